@@ -1,0 +1,268 @@
+// Everything the engine needs of a page-layout document, as abstract operations in the groups in which a reader would
+// look for them. The engine's logic depends on nothing else, so it runs against any model that offers these.
+//
+// Positions in a story are indexes of code points. A `textSpanRec` is a start and a length. Lengths are in points.
+// Operations that change a document return 0 on success and a code otherwise; a document that refused a change is as
+// it was before.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "document/geometry.h"
+#include "document/text_attributes.h"
+#include "document/uid.h"
+#include "engine/toolkit/types.h"
+
+namespace tarnova {
+
+struct textSpanRec {
+    std::int32_t start = 0;
+    std::int32_t length = 0;
+    friend bool operator==(const textSpanRec&, const textSpanRec&) = default;
+};
+
+/// An anchored item and the position of its anchor in the story.
+struct ownedItemRec {
+    std::int32_t position = 0;
+    UID item = kInvalidUID;
+};
+
+/// Rows and columns of a table; the limits lie outside.
+struct GridArea {
+    std::int32_t topRow = 0;
+    std::int32_t leftColumn = 0;
+    std::int32_t bottomRow = 0;
+    std::int32_t rightColumn = 0;
+};
+
+/// Class of a page item as the walk tells them apart. A `node` is the hierarchy node of a layer on a spread.
+enum class ItemClass : std::uint8_t { none, node, splineItem, textColumnItem, group, graphic };
+
+enum class ContentKind : std::uint8_t { unassigned, graphic, text };
+
+/// The page that an item lies on.
+struct pageOfItemRec {
+    UID page = kInvalidUID;  // none: the pasteboard
+    bool isMaster = false;
+};
+
+struct pathInfoRec {
+    std::int32_t pathCount = 0;
+    enum class Kind : std::uint8_t { none, rectangle, ellipse, line, polygon } firstKind = Kind::none;
+};
+
+struct transformValuesRec {
+    double rotationDegrees = 0;
+    double scaleX = 1;
+    double scaleY = 1;
+    double skewDegrees = 0;
+};
+
+/// A section start as the build of a document copies it.
+struct sectionRec {
+    UID startPage = kInvalidUID;
+    std::string prefix;
+    std::string marker;
+    std::int32_t startNumber = 1;
+    std::int32_t numberingStyle = 0;
+    bool continues = false;
+    bool includePrefix = false;
+};
+
+/// Changes go through named sequences that undo takes as one step. Sequences nest: only the outermost is a step.
+class DocumentCommands {
+   public:
+    /// Begins a sequence. With `undoable` clear nothing of it is kept, and steps before it can't be undone any more.
+    [[nodiscard]] virtual errorWord BeginCommandSequence(std::string_view name, bool undoable = true) = 0;
+    virtual void EndCommandSequence() = 0;
+    /// Undoes the last step when it has this name; says whether it did.
+    virtual bool undoNamedStep(std::string_view name) = 0;
+
+   protected:
+    ~DocumentCommands() = default;
+};
+
+/// Spreads, pages, masters and layers, all in document order.
+class DocumentPages {
+   public:
+    [[nodiscard]] virtual std::int32_t spreadCount() const = 0;
+    [[nodiscard]] virtual UID spreadAt(std::int32_t index) const = 0;
+    [[nodiscard]] virtual std::int32_t masterCount() const = 0;
+    [[nodiscard]] virtual UID masterAt(std::int32_t index) const = 0;
+    [[nodiscard]] virtual std::string masterName(UID master) const = 0;
+    /// The master is applied to a page, directly or through a master based on it.
+    [[nodiscard]] virtual bool masterInUse(UID master) const = 0;
+
+    /// Index 0 is the pages layer, which holds no items; the engine's layers start at 1.
+    [[nodiscard]] virtual std::int32_t layerCount() const = 0;
+    [[nodiscard]] virtual UID layerAt(std::int32_t index) const = 0;
+    [[nodiscard]] virtual bool layerVisible(UID layer) const = 0;
+    [[nodiscard]] virtual bool layerLocked(UID layer) const = 0;
+    virtual void setLayerLocked(UID layer, bool locked) = 0;
+    /// The hierarchy node of a layer on a spread or master spread.
+    [[nodiscard]] virtual UID spreadLayerNode(UID spread, UID layer) const = 0;
+
+    [[nodiscard]] virtual std::int32_t pageCount() const = 0;
+    [[nodiscard]] virtual UID pageAt(std::int32_t index) const = 0;
+    /// Index of a page in the document, or -1.
+    [[nodiscard]] virtual std::int32_t pageIndex(UID page) const = 0;
+    /// The printed name: number by section, with its prefix.
+    [[nodiscard]] virtual std::string pageName(UID page) const = 0;
+    [[nodiscard]] virtual UID spreadOfPage(UID page) const = 0;
+    /// Pages of a spread, left to right.
+    [[nodiscard]] virtual std::vector<UID> pagesOfSpread(UID spread) const = 0;
+    /// Copies a spread with its pages, items, stories and item data behind the last spread.
+    [[nodiscard]] virtual errorWord duplicateSpread(UID spread) = 0;
+    /// Adds empty pages of the first page's size at the end, each on a spread of its own.
+    [[nodiscard]] virtual errorWord addPages(std::int32_t count) = 0;
+    /// Deletes pages with the items on them; a spread that loses its last page goes too.
+    [[nodiscard]] virtual errorWord removePages(const std::vector<UID>& pages) = 0;
+    /// Sections that start on pages, in page order.
+    [[nodiscard]] virtual std::vector<sectionRec> sections() const = 0;
+    [[nodiscard]] virtual errorWord createSection(const sectionRec& section) = 0;
+
+   protected:
+    ~DocumentPages() = default;
+};
+
+/// Page items and what lies on them.
+class PageItems {
+   public:
+    [[nodiscard]] virtual ItemClass itemClass(UID item) const = 0;
+    [[nodiscard]] virtual bool itemExists(UID item) const = 0;
+    [[nodiscard]] virtual UID parent(UID item) const = 0;
+    /// Children from back to front.
+    [[nodiscard]] virtual std::int32_t childCount(UID item) const = 0;
+    [[nodiscard]] virtual UID childAt(UID item, std::int32_t index) const = 0;
+    [[nodiscard]] virtual pageOfItemRec pageOfItem(UID item) const = 0;
+
+    [[nodiscard]] virtual bool isGroup(UID item) const = 0;
+    [[nodiscard]] virtual bool isTextFrame(UID item) const = 0;
+    [[nodiscard]] virtual bool isGraphicFrame(UID item) const = 0;
+    [[nodiscard]] virtual ContentKind contentKind(UID item) const = 0;
+    [[nodiscard]] virtual pathInfoRec pathInfo(UID item) const = 0;
+    /// Bounds in the coordinates of the spread.
+    [[nodiscard]] virtual PMRect boundsInSpread(UID item) const = 0;
+    [[nodiscard]] virtual transformValuesRec transformValues(UID item) const = 0;
+    [[nodiscard]] virtual bool itemLocked(UID item) const = 0;
+    virtual void setItemLocked(UID item, bool locked) = 0;
+    [[nodiscard]] virtual errorWord deleteItem(UID item) = 0;
+
+    /// Index of a text column in its frame, 0 for the first; 0 for other items.
+    [[nodiscard]] virtual std::int32_t columnIndex(UID column) const = 0;
+    /// Text on the path of a frame, if it carries one.
+    [[nodiscard]] virtual UID textOnPath(UID item) const = 0;
+
+    /// The typed-entry block of one store (0 `Kelvane`, 1 `Tallyra`) on an item, or with `kInvalidUID` on the document;
+    /// bytes that the model doesn't read. Null when there is none; valid until the next change of the document.
+    [[nodiscard]] virtual const std::string* itemDataBlock(UID item, int store) const = 0;
+    /// Replaces the block, in a command; `nullopt` takes it away.
+    [[nodiscard]] virtual errorWord setItemDataBlock(UID item, int store, std::optional<std::string> block) = 0;
+
+   protected:
+    ~PageItems() = default;
+};
+
+/// Stories: one flat run of code points each, in threads that end in a closing mark (a return that is no text).
+class DocumentText {
+   public:
+    [[nodiscard]] virtual std::vector<UID> stories() const = 0;
+    /// The story of a text frame, of a text column, or of the text on a frame's path; `kInvalidUID` for others.
+    [[nodiscard]] virtual UID textOfFrame(UID item) const = 0;
+    /// The frames of a story's main thread, in thread order.
+    [[nodiscard]] virtual std::vector<UID> framesOfStory(UID story) const = 0;
+    /// Characters of all threads, closing marks included.
+    [[nodiscard]] virtual std::int32_t totalLength(UID story) const = 0;
+    /// The thread that a position lies in, its closing mark included.
+    [[nodiscard]] virtual textSpanRec threadSpan(UID story, std::int32_t position) const = 0;
+    /// Code points of a range; a range that leaves the story is cut to it.
+    [[nodiscard]] virtual std::u32string textRead(UID story, std::int32_t start, std::int32_t length) const = 0;
+
+    /// Replaces `count` characters. New text takes the attributes of the first replaced character; with a `count` of 0 it
+    /// inserts, with the attributes of the character in front (of the character behind at the story's start). A closing
+    /// mark can't be replaced or deleted: such a change is refused. With `keepCharacters` the text is taken as it
+    /// stands, else CR LF and LF become CR.
+    [[nodiscard]] virtual errorWord textReplace(UID story, std::int32_t start, std::int32_t count,
+                                                std::u32string_view text, bool keepCharacters) = 0;
+    [[nodiscard]] virtual errorWord textDelete(UID story, std::int32_t start, std::int32_t count) = 0;
+
+    [[nodiscard]] virtual attributeRunRec attributeRunAt(UID story, std::int32_t position) const = 0;
+    [[nodiscard]] virtual errorWord attributeApply(UID story, std::int32_t start, std::int32_t count,
+                                                   std::shared_ptr<const TextAttribute> attribute) = 0;
+    [[nodiscard]] virtual errorWord attributeRemove(UID story, std::int32_t start, std::int32_t count,
+                                                    TextAttributeClass attributeClass) = 0;
+
+    /// Anchored items in a range, by position.
+    [[nodiscard]] virtual std::vector<ownedItemRec> ownedItems(UID story, std::int32_t start,
+                                                               std::int32_t count) const = 0;
+    /// True when the range holds an anchored item or a table; the quick question of the tag tests.
+    [[nodiscard]] virtual bool hasOwnedItem(UID story, std::int32_t start, std::int32_t count) const = 0;
+    /// For an anchored item: its story and position.
+    [[nodiscard]] virtual std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID item) const = 0;
+    /// The paragraph at a position, its return included.
+    [[nodiscard]] virtual textSpanRec paragraphAt(UID story, std::int32_t position) const = 0;
+
+    /// Composes the whole document, or a story at least to the position. Asking below does it by itself.
+    virtual void composeDocument() = 0;
+    virtual void composeStoryThrough(UID story, std::int32_t position) = 0;
+    /// The frame that shows a position, or `kInvalidUID` in an overset part. A story with a single frame answers
+    /// without composition when the model can know that.
+    [[nodiscard]] virtual UID frameAt(UID story, std::int32_t position) = 0;
+    [[nodiscard]] virtual bool isOverset(UID story) = 0;
+
+   protected:
+    ~DocumentText() = default;
+};
+
+/// Tables: declared as they will stand; a model without tables answers none.
+class DocumentTables {
+   public:
+    /// The table whose cell a position lies in, or `kInvalidUID`.
+    [[nodiscard]] virtual UID tableOfCell(UID story, std::int32_t position) const = 0;
+    [[nodiscard]] virtual std::int32_t rowCount(UID table) const = 0;
+    [[nodiscard]] virtual std::int32_t columnCount(UID table) const = 0;
+    [[nodiscard]] virtual errorWord deleteRows(UID table, std::int32_t first, std::int32_t count) = 0;
+
+   protected:
+    ~DocumentTables() = default;
+};
+
+/// Where the document lives and what state it is in.
+class DocumentStorage {
+   public:
+    /// Folder and file name (UTF-8); empty for a document that was never saved.
+    [[nodiscard]] virtual std::string documentFolder() const = 0;
+    [[nodiscard]] virtual std::string documentName() const = 0;
+    [[nodiscard]] virtual bool documentIsSaved() const = 0;
+    /// A copy in memory with the same UIDs. It shares all content with this document until one of them changes it, so it
+    /// costs little, and what is still shared is known to repeat (see `markTemplate`).
+    [[nodiscard]] virtual std::unique_ptr<Document> documentCopy() const = 0;
+    /// Says that the pages as they are now will be repeated: what a copied page keeps unchanged from here on is written
+    /// once by an output that can share.
+    virtual void markTemplate() = 0;
+
+   protected:
+    ~DocumentStorage() = default;
+};
+
+/// A document: all groups in one, and the owner of the `UID`s.
+class Document : public DocumentCommands,
+                 public DocumentPages,
+                 public PageItems,
+                 public DocumentText,
+                 public DocumentTables,
+                 public DocumentStorage {
+   public:
+    virtual ~Document() = default;
+    /// The object that stands for the document itself in a `UIDRef`.
+    [[nodiscard]] virtual UID documentUid() const = 0;
+    [[nodiscard]] UIDRef ref() { return {this, documentUid()}; }
+};
+
+}  // namespace tarnova

@@ -1,0 +1,83 @@
+// The document behind the engine's operations: spreads, layers, items, stories, styles and swatches.
+//
+// What a reader of the model (composition, drawing, the layout file) needs beyond the engine's operations is here as plain
+// accessors. Building a document from scratch, as the layout reader does, goes through `DocumentBuilder`
+// (document_builder.h); every other change goes through the engine's operations and so through commands.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/document.h"
+#include "host/model/format.h"
+#include "host/model/page_item.h"
+#include "host/model/story.h"
+
+namespace tarnova {
+
+struct Page {
+    UID uid = kInvalidUID;
+    UID spread = kInvalidUID;
+    PMRect bounds;             // in the coordinates of its spread
+    UID master = kInvalidUID;  // master spread applied to it
+};
+
+struct Spread {
+    UID uid = kInvalidUID;
+    bool isMaster = false;
+    std::string name;              // of a master spread
+    std::vector<UID> pages;        // left to right
+    std::vector<UID> layerNodes;   // by layer index; [0], the pages layer, is kInvalidUID
+};
+
+struct Layer {
+    UID uid = kInvalidUID;
+    std::string name;
+    bool visible = true;
+    bool locked = false;
+    bool printable = true;
+};
+
+class DocumentModel : public Document {
+   public:
+    // What composition and drawing read. Unknown UIDs give null.
+    [[nodiscard]] virtual const std::string& title() const = 0;
+    [[nodiscard]] virtual const std::vector<Swatch>& swatches() const = 0;
+    [[nodiscard]] virtual const std::vector<CharacterStyle>& characterStyles() const = 0;
+    [[nodiscard]] virtual const std::vector<ParagraphStyle>& paragraphStyles() const = 0;
+    [[nodiscard]] virtual const std::vector<Layer>& layers() const = 0;
+    [[nodiscard]] virtual const Page* page(UID uid) const = 0;
+    [[nodiscard]] virtual const Spread* spread(UID uid) const = 0;
+    [[nodiscard]] virtual const PageItem* item(UID uid) const = 0;
+    [[nodiscard]] virtual const Story* story(UID uid) const = 0;
+    /// The top items of a spread that touch the page (bounds with stroke), back to front over the layers, hidden and
+    /// non-printing ones left out. A single page's spread gives all its items.
+    virtual void drawnItems(UID page, std::vector<const PageItem*>& out) const = 0;
+
+    /// The format of a run in a paragraph: default, paragraph style chain, paragraph overrides, character style chain, run
+    /// overrides. The result is interned: equal formats have one address for the life of the document and its copies.
+    [[nodiscard]] virtual const CharFormat* resolveChar(const ParagraphAttributes& paragraph,
+                                                        const RunAttributes& run) const = 0;
+    [[nodiscard]] virtual const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const = 0;
+
+    /// The composition of a story at least through the position, from the cache or made now.
+    [[nodiscard]] virtual const StoryLayout* layoutOf(UID story, std::int32_t through) const = 0;
+    /// Who composes; set once by the program. Null: nothing can be asked that needs composition.
+    virtual void setComposer(std::shared_ptr<Composer> composer) = 0;
+
+    /// Stamps below this were made before `markTemplate`: an item or story that has one repeats unchanged on the copies
+    /// of its page. 0: nothing is known to repeat.
+    [[nodiscard]] virtual std::uint64_t templateStamp() const = 0;
+
+    /// Records where the document lies now; the layout file's writer and reader call it.
+    virtual void setLocation(std::string folder, std::string name) = 0;
+};
+
+/// An empty document: one layer "Layer 1" besides the pages layer, the swatches "None" and "Black", the paragraph style
+/// "Basic Paragraph", and no pages.
+[[nodiscard]] std::unique_ptr<DocumentModel> makeDocument();
+
+}  // namespace tarnova

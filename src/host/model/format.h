@@ -1,0 +1,102 @@
+// How text looks: character and paragraph formats as composition reads them, resolved from styles and overrides.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "document/text_attributes.h"
+
+namespace tarnova {
+
+/// A colour of the document by its index in the swatch list, and a tint of it.
+struct Paint {
+    std::int32_t swatch = 0;  // index into `DocumentModel::swatches()`; 0 is "None", 1 is "Black"
+    double tint = 1;          // 0 to 1
+    friend bool operator==(const Paint&, const Paint&) = default;
+};
+inline constexpr std::int32_t swatchNone = 0;
+inline constexpr std::int32_t swatchBlack = 1;
+
+struct Swatch {
+    enum class Space : std::uint8_t { none, cmyk, rgb };
+    std::string name;
+    Space space = Space::cmyk;
+    double values[4] = {0, 0, 0, 1};  // 0 to 1: C M Y K, or R G B
+};
+
+/// All that shapes and paints a character. Sizes in points.
+struct CharFormat {
+    std::string family = "Helvetica";
+    std::string fontStyle = "Regular";  // "Regular", "Bold", "Italic", "Bold Italic", or a style name of the family
+    double pointSize = 10;
+    double leading = -1;  // below 0: auto, 1.2 times the size
+    Paint color{swatchBlack, 1};
+    double tracking = 0;  // thousandths of an em
+    double kerning = 0;   // thousandths of an em, added behind the character
+    bool pairKerning = true;
+    bool ligatures = true;
+    double baselineShift = 0;
+    double horizontalScale = 1;
+    double verticalScale = 1;
+    TextPosition position = TextPosition::normal;
+    bool underline = false;
+    bool strikeThrough = false;
+    enum class Caps : std::uint8_t { normal, allCaps, smallCaps } caps = Caps::normal;
+    std::string language = "en-US";  // BCP 47
+    friend bool operator==(const CharFormat&, const CharFormat&) = default;
+};
+
+enum class Alignment : std::uint8_t { left, center, right, justifyLeft, justifyAll };
+
+struct TabStop {
+    double position = 0;  // from the column's left edge
+    enum class Kind : std::uint8_t { left, center, right, decimal } kind = Kind::left;
+    friend bool operator==(const TabStop&, const TabStop&) = default;
+};
+
+struct ParaFormat {
+    Alignment alignment = Alignment::left;
+    double leftIndent = 0;
+    double rightIndent = 0;
+    double firstLineIndent = 0;  // added to the left indent; may be negative
+    double spaceBefore = 0;
+    double spaceAfter = 0;
+    std::vector<TabStop> tabs;
+    friend bool operator==(const ParaFormat&, const ParaFormat&) = default;
+};
+
+/// What a style or a run says of its own; what is absent comes from below (paragraph style, its base, the default).
+struct CharOverrides {
+    std::optional<std::string> family, fontStyle, language;
+    std::optional<double> pointSize, leading, tracking, kerning, baselineShift, horizontalScale, verticalScale;
+    std::optional<Paint> color;
+    std::optional<bool> pairKerning, ligatures, underline, strikeThrough;
+    std::optional<TextPosition> position;
+    std::optional<CharFormat::Caps> caps;
+    friend bool operator==(const CharOverrides&, const CharOverrides&) = default;
+};
+
+struct ParaOverrides {
+    std::optional<Alignment> alignment;
+    std::optional<double> leftIndent, rightIndent, firstLineIndent, spaceBefore, spaceAfter;
+    std::optional<std::vector<TabStop>> tabs;
+    friend bool operator==(const ParaOverrides&, const ParaOverrides&) = default;
+};
+
+struct CharacterStyle {
+    std::string name;
+    std::int32_t basedOn = -1;  // index into the same list, or -1
+    CharOverrides format;
+};
+
+struct ParagraphStyle {
+    std::string name;
+    std::int32_t basedOn = -1;
+    CharOverrides charFormat;
+    ParaOverrides paraFormat;
+};
+
+}  // namespace tarnova

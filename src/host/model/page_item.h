@@ -1,0 +1,77 @@
+// Page items: what is drawn and where. The drawn content is shared between copies until one of them changes it.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/document.h"
+#include "document/geometry.h"
+#include "host/model/format.h"
+
+namespace tarnova {
+
+/// One segment of a path: a line to `to`, or a cubic curve over the two control points.
+struct PathSegment {
+    enum class Kind : std::uint8_t { line, curve } kind = Kind::line;
+    PMPoint control1, control2, to;
+};
+
+struct SubPath {
+    PMPoint start;
+    std::vector<PathSegment> segments;
+    bool closed = true;
+};
+
+struct Stroke {
+    Paint paint{swatchNone, 1};
+    double weight = 1;
+    enum class Join : std::uint8_t { miter, round, bevel } join = Join::miter;
+    enum class Cap : std::uint8_t { butt, round, square } cap = Cap::butt;
+    double miterLimit = 4;
+    std::vector<double> dash;  // lengths on, off, on ...; empty is solid
+};
+
+enum class VerticalAlignment : std::uint8_t { top, center, bottom };
+
+struct TextFrameOptions {
+    double insetTop = 0, insetLeft = 0, insetBottom = 0, insetRight = 0;
+    std::int32_t columns = 1;
+    double gutter = 12;
+    VerticalAlignment verticalAlignment = VerticalAlignment::top;
+};
+
+/// The shape and look of an item in its own coordinates: immutable, shared by copies.
+struct ItemShape {
+    pathInfoRec::Kind kind = pathInfoRec::Kind::rectangle;
+    PMRect bounds;                // of the path, inner coordinates
+    std::vector<SubPath> path;    // what `kind` and `bounds` say, spelled out
+    Paint fill{swatchNone, 1};
+    Stroke stroke;
+    ContentKind content = ContentKind::unassigned;
+    TextFrameOptions text;        // for text frames
+};
+
+struct PageItem {
+    UID uid = kInvalidUID;
+    ItemClass itemClass = ItemClass::splineItem;
+    UID parent = kInvalidUID;
+    std::vector<UID> children;                    // back to front
+    std::shared_ptr<const ItemShape> shape;       // null for nodes and groups
+    PMMatrix toParent;                            // inner coordinates to those of the parent (a node's are the spread's)
+    UID story = kInvalidUID;                      // of a text frame or a text column
+    std::int32_t column = 0;                      // of a text column: its index in the frame
+    UID spread = kInvalidUID;
+    bool locked = false;
+    bool nonPrinting = false;
+    std::string name;
+    std::shared_ptr<const std::string> itemData[2];  // by store
+
+    /// Two items with one stamp draw the same shape at the same place of their spread: copies keep it, a change of the
+    /// item or of a group around it takes a new one. The text of a frame is stamped by its story.
+    std::uint64_t stamp = 0;
+};
+
+}  // namespace tarnova

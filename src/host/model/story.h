@@ -1,0 +1,99 @@
+// A story: its text with attributes, shared between copies until one of them changes it.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/document.h"
+#include "host/model/format.h"
+
+namespace tarnova {
+
+class Story;
+class DocumentModel;
+
+/// Interned attributes of a run: what it says of its own and, resolved, what composition needs. Two runs with the same
+/// attributes hold the same pointer; it lives as long as the process's pool (see `attribute_pool.h`).
+class RunAttributes : public AttributeBossList {
+   public:
+    std::int32_t characterStyle = -1;  // index into the document's character styles, or -1
+    CharOverrides overrides;
+    std::shared_ptr<const TagAttribute> tags[2];  // by store: Kelvane, Tallyra
+
+    [[nodiscard]] const TextAttribute* QueryByClassID(TextAttributeClass attributeClass) const override;
+
+    /// Answers of `QueryByClassID` for the number attributes that the run sets of its own.
+    std::vector<std::shared_ptr<const NumberAttribute>> numbers;
+    virtual ~RunAttributes() = default;
+};
+
+struct AttributeRun {
+    std::int32_t length = 0;
+    const RunAttributes* attributes = nullptr;
+};
+
+/// A paragraph's format: the style and what the paragraph says of its own, interned like runs.
+struct ParagraphAttributes {
+    std::int32_t style = 0;  // index into the document's paragraph styles
+    ParaOverrides overrides;
+    CharOverrides charOverrides;  // of the whole paragraph, below its runs
+};
+
+struct ParagraphRun {
+    std::int32_t length = 0;  // characters, its return included
+    const ParagraphAttributes* attributes = nullptr;
+};
+
+/// A thread of the story: the main text first, then cells and the like. Its last character is the closing mark.
+struct StoryThread {
+    std::int32_t length = 0;
+};
+
+/// The content of a story at one moment. Never changed while more than one story holds it.
+struct StoryText {
+    std::u32string text;                  // all threads; returns are U+000D
+    std::vector<AttributeRun> runs;       // lengths add up to the text's
+    std::vector<ParagraphRun> paragraphs; // likewise, one for each paragraph
+    std::vector<StoryThread> threads;     // likewise
+    std::vector<ownedItemRec> owned;      // anchored items by position (anchor character U+FFFC)
+};
+
+/// What composition knows of a story; made by `Composer`, never changed afterwards, shared by copies of the story.
+class StoryLayout {
+   public:
+    virtual ~StoryLayout() = default;
+    /// Positions below this are placed or known to be overset.
+    [[nodiscard]] virtual std::int32_t composedThrough() const = 0;
+    /// The column (counted through all frames of the story) that shows a position, or -1 when it is overset.
+    [[nodiscard]] virtual std::int32_t columnOf(std::int32_t position) const = 0;
+    [[nodiscard]] virtual bool isOverset() const = 0;
+};
+
+/// Turns a story into lines. `host/text` implements it and gives it to the model.
+class Composer {
+   public:
+    virtual ~Composer() = default;
+    /// Composes the story in its frames, at least through the position (it may go further).
+    [[nodiscard]] virtual std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
+                                                                     std::int32_t through) = 0;
+};
+
+class Story {
+   public:
+    UID uid = kInvalidUID;
+    std::vector<UID> frames;  // text frames of the main thread, in thread order
+    std::shared_ptr<StoryText> content;
+
+    /// Two stories with one stamp hold the same text in frames of the same shape: copies keep it, a change takes a new
+    /// one. So it names the composed lines too.
+    std::uint64_t stamp = 0;
+    /// The cached composition of this stamp, or null. Copies share it.
+    mutable std::shared_ptr<const StoryLayout> layout;
+
+    [[nodiscard]] std::int32_t length() const { return static_cast<std::int32_t>(content->text.size()); }
+};
+
+}  // namespace tarnova

@@ -1,0 +1,79 @@
+// A story after composition: positioned glyphs in lines, by column. Drawing reads it and changes nothing.
+//
+// Coordinates are those of the frame that holds the column, in points, y downward; a glyph's pen position is the sum of
+// the run's origin and the advances in front of it.
+
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "document/geometry.h"
+#include "document/uid.h"
+#include "host/model/story.h"
+
+namespace tarnova {
+
+class Font;
+
+/// One glyph. Advances are in thousandths of an em, as a PDF's TJ counts (ISO 32000-2, 9.4.3).
+struct PlacedGlyph {
+    std::uint16_t glyph = 0;
+    float advance = 0;           // to the next glyph, with kerning, tracking and justification
+    float offsetX = 0;           // of a mark, thousandths of an em
+    float offsetY = 0;           // upward
+    std::uint32_t position = 0;  // of the first character of its cluster in the story
+};
+
+/// Glyphs of one font, size and colour that follow each other on a line.
+struct GlyphRun {
+    const Font* font = nullptr;
+    const CharFormat* format = nullptr;  // colour, decorations; interned
+    float size = 0;                      // points, after superscript and small caps
+    float horizontalScale = 1;
+    float x = 0;                         // of the first glyph's origin, from the frame's left
+    float y = 0;                         // baseline, baseline shift included, from the frame's top
+    float width = 0;                     // points
+    std::uint32_t firstGlyph = 0;        // into ComposedStory::glyphs
+    std::uint32_t glyphCount = 0;
+};
+
+struct ComposedLine {
+    std::int32_t start = 0;  // characters of the story
+    std::int32_t limit = 0;
+    float baseline = 0;
+    float ascent = 0;
+    float descent = 0;
+    float left = 0;   // of what is set
+    float right = 0;
+    std::uint32_t firstRun = 0;
+    std::uint32_t runCount = 0;
+};
+
+struct ComposedColumn {
+    UID frame = kInvalidUID;        // in the story that was composed; a copy's frame has the same index
+    std::int32_t frameIndex = 0;    // in Story::frames
+    std::int32_t columnIndex = 0;   // in the frame
+    PMRect box;                     // of the column in the frame's coordinates
+    std::uint32_t firstLine = 0;
+    std::uint32_t lineCount = 0;
+    std::int32_t start = 0;         // characters shown
+    std::int32_t limit = 0;
+};
+
+class ComposedStory final : public StoryLayout {
+   public:
+    std::vector<ComposedColumn> columns;
+    std::vector<ComposedLine> lines;
+    std::vector<GlyphRun> runs;
+    std::vector<PlacedGlyph> glyphs;
+    std::int32_t composedLimit = 0;
+    std::int32_t shownLimit = 0;  // characters from here on are overset
+    bool overset = false;
+
+    [[nodiscard]] std::int32_t composedThrough() const override { return composedLimit; }
+    [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;
+    [[nodiscard]] bool isOverset() const override { return overset; }
+};
+
+}  // namespace tarnova
