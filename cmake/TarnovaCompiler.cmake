@@ -28,3 +28,9 @@ if(TARNOVA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g1)
     add_link_options(-fsanitize=address,undefined)
 endif()
+
+if(TARNOVA_FUZZ)
+    # Coverage in every layer; the targets themselves bring libFuzzer's main (fuzz/CMakeLists.txt).
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined -O1 -g1)
+    add_link_options(-fsanitize=address,undefined)
+endif()
