@@ -78,6 +78,9 @@ std::int64_t fileSizeOfPath(const char* path, std::uint16_t* outErrno);
 /// After a failure both stand where they were: errFileExchange.
 [[nodiscard]] errorWord fileExchange(const char* a, const char* b, errorWord priorError);
 
+/// The same in three renames, for file systems that can't exchange in one step; fileExchange falls back on it.
+[[nodiscard]] errorWord fileExchangeByRenames(const char* a, const char* b, errorWord priorError);
+
 /// Reads a whole file of at most `maxBytes`; a longer one is errFileRead. On failure `out` is unchanged.
 [[nodiscard]] errorWord fileReadWhole(const char* path, std::string& out, std::size_t maxBytes, errorWord priorError);
 /// Writes a whole file through a temporary file beside it, so that a failure leaves the old one in place.

@@ -79,8 +79,7 @@ void pstrFromKey(std::string_view key, std::uint8_t* dst);
 /// `what` replaces nothing.
 std::size_t pmReplaceAll(PMString& s, std::string_view what, std::string_view by);
 
-/// Joins a list, with the separator between an empty-so-far result and what follows left out: empty items at the start
-/// leave no separator behind.
+/// Joins a list with the separator between items; an empty item leaves neither text nor separator.
 PMString pmJoin(const std::vector<PMString>& list, std::string_view separator);
 
 enum class trimMode : std::uint16_t { leftEnd = 0, rightEnd = 1, bothEnds = 2, everywhere = 3 };

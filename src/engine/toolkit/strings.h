@@ -1,5 +1,5 @@
 // The texts of all string keys: resources/strings/<language>.txt, read at the first look-up. One key a line: the key, a
-// tab or "=>", the text. "#" begins a comment line; "\n", "\t" and "\\" are the escapes of the text.
+// tab or "=", the text. "#" begins a comment line; "\n", "\t" and "\\" are the escapes of the text.
 #pragma once
 
 #include <cstddef>
