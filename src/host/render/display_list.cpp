@@ -1,0 +1,119 @@
+#include "host/render/display_list.h"
+
+#include <algorithm>
+
+namespace tarnova {
+
+namespace {
+
+/// Fills one list; the page's document and the list are the same for every item of it.
+class ListBuilder {
+ public:
+    ListBuilder(const DocumentModel& source, UID itsPage, DisplayList& target)
+        : document(source), page(itsPage), list(target), templateStamp(source.templateStamp()) {}
+
+    [[nodiscard]] bool add(const PageItem& item, const PMMatrix& parentToPage) {
+        const PMMatrix toPage = item.toParent.then(parentToPage);
+        if (item.shape != nullptr) addShape(item, toPage);
+        if (item.story != kInvalidUID && item.itemClass != ItemClass::textColumnItem && !addText(item, toPage)) {
+            return false;
+        }
+        for (const UID childUid : item.children) {
+            const PageItem* child = document.item(childUid);
+            if (child == nullptr || child->nonPrinting || child->itemClass == ItemClass::textColumnItem) continue;
+            if (!add(*child, toPage)) return false;
+        }
+        return true;
+    }
+
+ private:
+    void addShape(const PageItem& item, const PMMatrix& toPage) {
+        const ItemShape& shape = *item.shape;
+        const bool filled = paints(shape.fill);
+        const bool stroked = shape.stroke.weight > 0 && paints(shape.stroke.paint);
+        if (!filled && !stroked) return;
+        DisplayItem& entry = list.items.emplace_back();
+        entry.toPage = toPage;
+        entry.shape = &shape;
+        entry.itemStamp = item.stamp;
+        entry.repeats = item.stamp < templateStamp;
+    }
+
+    [[nodiscard]] bool paints(const Paint& paint) const {
+        return resolvePaint(paint, *list.swatches).space != Swatch::Space::none;
+    }
+
+    [[nodiscard]] bool addText(const PageItem& item, const PMMatrix& toPage) {
+        const Story* story = document.story(item.story);
+        if (story == nullptr || story->content == nullptr) return true;
+        const auto* text = dynamic_cast<const ComposedStory*>(document.layoutOf(item.story, story->length()));
+        if (text == nullptr) return false;
+        const auto frame = std::find(story->frames.begin(), story->frames.end(), item.uid);
+        if (frame == story->frames.end()) return true;
+        if (text->isOverset() && item.uid == story->frames.back()) {
+            list.overset.push_back({item.story, item.uid, page});
+        }
+        addColumns(item, *story, *text, static_cast<std::int32_t>(frame - story->frames.begin()), toPage);
+        return true;
+    }
+
+    void addColumns(const PageItem& item, const Story& story, const ComposedStory& text, std::int32_t frameIndex,
+                    const PMMatrix& toPage) {
+        const auto byFrame = [](const ComposedColumn& column, std::int32_t index) { return column.frameIndex < index; };
+        const auto first = std::lower_bound(text.columns.begin(), text.columns.end(), frameIndex, byFrame);
+        auto limit = first;
+        std::uint32_t lineCount = 0;
+        for (; limit != text.columns.end() && limit->frameIndex == frameIndex; ++limit)
+            lineCount += limit->lineCount;
+        if (lineCount == 0) return;
+        DisplayItem& entry = list.items.emplace_back();
+        entry.toPage = toPage;
+        entry.text = &text;
+        entry.characters = story.content.get();
+        entry.firstColumn = static_cast<std::uint32_t>(first - text.columns.begin());
+        entry.columnCount = static_cast<std::uint32_t>(limit - first);
+        entry.itemStamp = item.stamp;
+        entry.storyStamp = story.stamp;
+        entry.repeats = item.stamp < templateStamp && story.stamp < templateStamp;
+    }
+
+    const DocumentModel& document;
+    UID page;
+    DisplayList& list;
+    std::uint64_t templateStamp;
+};
+
+}  // namespace
+
+bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& list) {
+    list.items.clear();
+    list.overset.clear();
+    list.swatches = &document.swatches();
+    const Page* page = document.page(pageUid);
+    if (page == nullptr) return false;
+    list.page = page->bounds;
+
+    static thread_local std::vector<const PageItem*> topItems;
+    topItems.clear();
+    document.drawnItems(pageUid, topItems);
+    const PMMatrix spreadToPage{1, 0, 0, 1, -page->bounds.left, -page->bounds.top};
+    ListBuilder builder(document, pageUid, list);
+    return std::all_of(topItems.begin(), topItems.end(),
+                       [&](const PageItem* item) { return builder.add(*item, spreadToPage); });
+}
+
+PaintColor resolvePaint(const Paint& paint, const std::vector<Swatch>& swatches) {
+    PaintColor color;
+    if (paint.swatch <= swatchNone || static_cast<std::size_t>(paint.swatch) >= swatches.size()) return color;
+    const Swatch& swatch = swatches[static_cast<std::size_t>(paint.swatch)];
+    color.space = swatch.space;
+    const double tint = std::clamp(paint.tint, 0.0, 1.0);
+    for (int i = 0; i < 4; ++i) {
+        const double full = std::clamp(swatch.values[i], 0.0, 1.0);
+        color.values[i] = swatch.space == Swatch::Space::rgb ? 1 - (1 - full) * tint : full * tint;
+    }
+    if (swatch.space == Swatch::Space::rgb) color.values[3] = 0;
+    return color;
+}
+
+}  // namespace tarnova

@@ -1,0 +1,55 @@
+// A page as a list of things to paint, back to front: what the PDF writer and the PNG output both read.
+//
+// Groups are flattened. A text frame gives up to two entries: its shape (when it has a fill or a stroke) and its text.
+// The list borrows from the document: it is valid until the document changes.
+
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "document/geometry.h"
+#include "document/uid.h"
+#include "host/model/document_model.h"
+#include "host/text/composed_story.h"
+
+namespace tarnova {
+
+struct DisplayItem {
+    PMMatrix toPage;                        // inner coordinates to points from the page's top left, y downward
+    const ItemShape* shape = nullptr;       // of a shape; null for text
+    const ComposedStory* text = nullptr;    // of text; null for a shape
+    const StoryText* characters = nullptr;  // what the glyphs of `text` stand for
+    std::uint32_t firstColumn = 0;          // of `text`, those of this frame
+    std::uint32_t columnCount = 0;
+    std::uint64_t itemStamp = 0;
+    std::uint64_t storyStamp = 0;  // of text
+    bool repeats = false;          // unchanged since the template was marked
+};
+
+/// A story with more text than its frames hold. It is told on the page of its last frame, so once in a document.
+struct OversetText {
+    UID story = kInvalidUID;
+    UID frame = kInvalidUID;  // its last
+    UID page = kInvalidUID;
+};
+
+struct DisplayList {
+    PMRect page;  // in the coordinates of the spread
+    const std::vector<Swatch>* swatches = nullptr;
+    std::vector<DisplayItem> items;
+    std::vector<OversetText> overset;
+};
+
+/// Fills `list`, whose buffers are used again, with what the page shows. Items that paint nothing are left out. False:
+/// no such page, or its text can't be composed because the document has no composer.
+[[nodiscard]] bool buildDisplayList(const DocumentModel& document, UID page, DisplayList& list);
+
+/// A colour ready to paint: the swatch with the tint applied. `Space::none` paints nothing.
+struct PaintColor {
+    Swatch::Space space = Swatch::Space::none;
+    double values[4] = {0, 0, 0, 0};  // 0 to 1; C M Y K or R G B
+};
+[[nodiscard]] PaintColor resolvePaint(const Paint& paint, const std::vector<Swatch>& swatches);
+
+}  // namespace tarnova

@@ -1,0 +1,59 @@
+// Writes pages to a PDF file as they come, and forgets them.
+//
+// What repeats from page to page (items and stories older than the document's template mark) is written once, as a Form
+// XObject, and only referred to afterwards. Memory holds the cross-reference, the forms' keys and one table of glyphs
+// for each font, never pages. The same pages give the same bytes.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/uid.h"
+#include "host/render/display_list.h"
+
+namespace tarnova {
+
+struct PdfOptions {
+    std::string title;                // shown by viewers; empty: none
+    std::string creator = "Tarnova";  // the program that made the pages
+    int compressionLevel = 1;         // 0 (none) to 12
+    bool objectStreams = true;        // clear: a classic cross-reference table, readable by the oldest programs
+};
+
+/// One file from `open` to `finish`. Pages may come from one document after another as long as these are copies of one
+/// template: what repeats is known by its stamp.
+///
+/// The functions that say false leave a message for people, with the file's path, in `error()`; the temporary file is
+/// then gone, an older file of that name is still there, and every later call says false too.
+class PdfWriter {
+ public:
+    PdfWriter();
+    ~PdfWriter();  // without `finish`, nothing of this file stays behind
+    PdfWriter(const PdfWriter&) = delete;
+    PdfWriter& operator=(const PdfWriter&) = delete;
+
+    /// Writes to a temporary file beside `path` until `finish` puts it in its place.
+    [[nodiscard]] bool open(const std::string& path, const PdfOptions& options);
+    /// Adds a page of the document behind the pages so far. The document needs a composer when it shows text.
+    [[nodiscard]] bool addPage(const DocumentModel& document, UID page);
+    /// The same for a page that is a list already; its swatches are used during the call only.
+    [[nodiscard]] bool addPage(const DisplayList& page);
+    /// Writes fonts, page tree and cross-reference, and puts the file in its place. At least one page is needed.
+    [[nodiscard]] bool finish();
+
+    [[nodiscard]] const std::string& error() const;
+    [[nodiscard]] std::int64_t pageCount() const;
+    /// Stories so far whose text didn't fit; what doesn't fit isn't drawn.
+    [[nodiscard]] std::int64_t oversetStories() const;
+    /// Those of the page added last.
+    [[nodiscard]] const std::vector<OversetText>& oversetOnLastPage() const;
+
+ private:
+    class File;
+    std::unique_ptr<File> file;
+};
+
+}  // namespace tarnova

@@ -1,0 +1,30 @@
+// Pages as PNG pictures, for proofs and previews: drawn with cairo from the same display list and the same positioned
+// glyphs as the PDF. Colours are RGB; CMYK is converted as R = (1 - C)(1 - K), without a profile.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "document/uid.h"
+#include "host/render/display_list.h"
+
+namespace tarnova {
+
+inline constexpr double pngDefaultDpi = 150;
+inline constexpr double pngMinimumDpi = 1;
+inline constexpr double pngMaximumDpi = 2400;
+
+/// Draws one page and writes it to `path` through a temporary file. Text that doesn't fit isn't drawn and is appended
+/// to `overset`, which may be null. False: `error` has a message for people, and an older file is still there.
+[[nodiscard]] bool writePagePng(const DocumentModel& document, UID page, const std::string& path, double dpi,
+                                std::vector<OversetText>* overset, std::string& error);
+[[nodiscard]] bool writePagePng(const DisplayList& page, const std::string& path, double dpi, std::string& error);
+
+/// Name of a page's file: `path` itself for a single page, else the page's number before the extension ("out-007.png"),
+/// with at least three digits and as many as the document's last number has. Numbers count from 1.
+[[nodiscard]] std::string pngPagePath(const std::string& path, std::int32_t pageNumber, std::int32_t pageCount,
+                                      bool single);
+
+}  // namespace tarnova
