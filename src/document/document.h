@@ -78,7 +78,8 @@ struct sectionRec {
 /// Changes go through named sequences that undo takes as one step. Sequences nest: only the outermost is a step.
 class DocumentCommands {
    public:
-    /// Begins a sequence. With `undoable` clear nothing of it is kept, and steps before it can't be undone any more.
+    /// Begins a sequence. With `undoable` clear nothing of it is kept, and steps before it can't be undone any more; inside
+    /// another sequence that holds for the outer one as a whole.
     [[nodiscard]] virtual errorWord BeginCommandSequence(std::string_view name, bool undoable = true) = 0;
     virtual void EndCommandSequence() = 0;
     /// Undoes the last step when it has this name; says whether it did.
@@ -117,7 +118,9 @@ class DocumentPages {
     [[nodiscard]] virtual UID spreadOfPage(UID page) const = 0;
     /// Pages of a spread, left to right.
     [[nodiscard]] virtual std::vector<UID> pagesOfSpread(UID spread) const = 0;
-    /// Copies a spread with its pages, items, stories and item data behind the last spread.
+    /// Copies a spread with its pages, items, stories and item data behind the last spread. A story with frames on other
+    /// spreads too is not copied whole: the copied frames get a story of their own, with the text when the story's
+    /// first frame is among them and empty otherwise.
     [[nodiscard]] virtual errorWord duplicateSpread(UID spread) = 0;
     /// Adds empty pages of the first page's size at the end, each on a spread of its own.
     [[nodiscard]] virtual errorWord addPages(std::int32_t count) = 0;
@@ -211,9 +214,13 @@ class DocumentText {
     /// Composes the whole document, or a story at least to the position. Asking below does it by itself.
     virtual void composeDocument() = 0;
     virtual void composeStoryThrough(UID story, std::int32_t position) = 0;
-    /// The frame that shows a position, or `kInvalidUID` in an overset part. A story with a single frame answers
-    /// without composition when the model can know that.
+    /// The frame that shows a position, or `kInvalidUID` in an overset part. This composes as far as the position unless
+    /// it is known already; `soleFrame` is the quick question. With nobody there to compose, every text is taken to fit
+    /// into its first frame.
     [[nodiscard]] virtual UID frameAt(UID story, std::int32_t position) = 0;
+    /// The frame of a story that has just one, else `kInvalidUID`. Never composes, and so says nothing of overset: it is
+    /// for callers that only want the page on which the text would stand.
+    [[nodiscard]] virtual UID soleFrame(UID story) const = 0;
     [[nodiscard]] virtual bool isOverset(UID story) = 0;
 
    protected:
@@ -240,7 +247,7 @@ class DocumentStorage {
     [[nodiscard]] virtual std::string documentFolder() const = 0;
     [[nodiscard]] virtual std::string documentName() const = 0;
     [[nodiscard]] virtual bool documentIsSaved() const = 0;
-    /// A copy in memory with the same UIDs. It shares all content with this document until one of them changes it, so it
+    /// A copy in memory with the same UIDs, which knows this document's folder and name but isn't saved. It shares all content with this document until one of them changes it, so it
     /// costs little, and what is still shared is known to repeat (see `markTemplate`).
     [[nodiscard]] virtual std::unique_ptr<Document> documentCopy() const = 0;
     /// Says that the pages as they are now will be repeated: what a copied page keeps unchanged from here on is written

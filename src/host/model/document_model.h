@@ -22,7 +22,8 @@ struct Page {
     UID uid = kInvalidUID;
     UID spread = kInvalidUID;
     PMRect bounds;             // in the coordinates of its spread
-    UID master = kInvalidUID;  // master spread applied to it
+    UID master = kInvalidUID;  // master spread applied to it; of a master's page, the master that it is based on
+    std::int32_t index = -1;   // in the document; -1 on a master
 };
 
 struct Spread {
@@ -41,10 +42,14 @@ struct Layer {
     bool printable = true;
 };
 
+class AttributePool;
+
 class DocumentModel : public Document {
    public:
     // What composition and drawing read. Unknown UIDs give null.
     [[nodiscard]] virtual const std::string& title() const = 0;
+    /// Width and height of a page that says nothing else, in points.
+    [[nodiscard]] virtual PMPoint pageSize() const = 0;
     [[nodiscard]] virtual const std::vector<Swatch>& swatches() const = 0;
     [[nodiscard]] virtual const std::vector<CharacterStyle>& characterStyles() const = 0;
     [[nodiscard]] virtual const std::vector<ParagraphStyle>& paragraphStyles() const = 0;
@@ -54,8 +59,15 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual const PageItem* item(UID uid) const = 0;
     [[nodiscard]] virtual const Story* story(UID uid) const = 0;
     /// The top items of a spread that touch the page (bounds with stroke), back to front over the layers, hidden and
-    /// non-printing ones left out. A single page's spread gives all its items.
+    /// non-printing ones left out. A single page's spread gives all its items. The items of the page's master stand in
+    /// front of the list, those of the master that it is based on in front of them; they lie in the coordinates of their
+    /// own spread (`pageOrigin`).
     virtual void drawnItems(UID page, std::vector<const PageItem*>& out) const = 0;
+    /// The top left corner of the page in the coordinates of the spread that the item lies on. For an item of a master it
+    /// is the corner of the master's page that serves this page.
+    [[nodiscard]] virtual PMPoint pageOrigin(UID page, const PageItem& item) const = 0;
+    /// The matrix from the item's inner coordinates to those of its spread.
+    [[nodiscard]] virtual PMMatrix toSpread(const PageItem& item) const = 0;
 
     /// The format of a run in a paragraph: default, paragraph style chain, paragraph overrides, character style chain, run
     /// overrides. The result is interned: equal formats have one address for the life of the document and its copies.
@@ -72,8 +84,13 @@ class DocumentModel : public Document {
     /// of its page. 0: nothing is known to repeat.
     [[nodiscard]] virtual std::uint64_t templateStamp() const = 0;
 
-    /// Records where the document lies now; the layout file's writer and reader call it.
+    /// Records where the document lies now and that it is saved as it is; the layout file's writer and reader call it.
     virtual void setLocation(std::string folder, std::string name) = 0;
+
+    // What only the layout file needs.
+    [[nodiscard]] virtual UID nextUid() const = 0;
+    [[nodiscard]] virtual std::uint32_t nextTagId() const = 0;
+    [[nodiscard]] virtual AttributePool& attributePool() const = 0;
 };
 
 /// An empty document: one layer "Layer 1" besides the pages layer, the swatches "None" and "Black", the paragraph style

@@ -59,7 +59,7 @@ struct PageItem {
     ItemClass itemClass = ItemClass::splineItem;
     UID parent = kInvalidUID;
     std::vector<UID> children;                    // back to front
-    std::shared_ptr<const ItemShape> shape;       // null for nodes and groups
+    std::shared_ptr<const ItemShape> shape;       // null for nodes, groups and text columns
     PMMatrix toParent;                            // inner coordinates to those of the parent (a node's are the spread's)
     UID story = kInvalidUID;                      // of a text frame or a text column
     std::int32_t column = 0;                      // of a text column: its index in the frame
@@ -70,8 +70,13 @@ struct PageItem {
     std::shared_ptr<const std::string> itemData[2];  // by store
 
     /// Two items with one stamp draw the same shape at the same place of their spread: copies keep it, a change of the
-    /// item or of a group around it takes a new one. The text of a frame is stamped by its story.
+    /// item, of a group around it or of a member of it takes a new one. The text of a frame is stamped by its story.
     std::uint64_t stamp = 0;
+
+    /// What `pageOfItem` found: the index of the page in the spread, `onPasteboard` or `pageUnknown`. Copies keep it.
+    mutable std::int32_t pageInSpread = pageUnknown;
+    static constexpr std::int32_t onPasteboard = -1;
+    static constexpr std::int32_t pageUnknown = -2;
 };
 
 }  // namespace tarnova

@@ -16,7 +16,7 @@ class Story;
 class DocumentModel;
 
 /// Interned attributes of a run: what it says of its own and, resolved, what composition needs. Two runs with the same
-/// attributes hold the same pointer; it lives as long as the process's pool (see `attribute_pool.h`).
+/// attributes hold the same pointer; it lives as long as the document and its copies (see `attribute_pool.h`).
 class RunAttributes : public AttributeBossList {
    public:
     std::int32_t characterStyle = -1;  // index into the document's character styles, or -1
@@ -52,13 +52,23 @@ struct StoryThread {
     std::int32_t length = 0;
 };
 
-/// The content of a story at one moment. Never changed while more than one story holds it.
+/// The last run or paragraph that was looked up. Look-ups mostly go forward, so the next one begins here.
+struct RunCursor {
+    std::size_t index = 0;
+    std::int32_t start = 0;  // of the run with that index
+};
+
+/// The content of a story at one moment. Never changed while more than one story holds it. How it may be changed stands
+/// in `story_text.h`.
 struct StoryText {
     std::u32string text;                  // all threads; returns are U+000D
     std::vector<AttributeRun> runs;       // lengths add up to the text's
     std::vector<ParagraphRun> paragraphs; // likewise, one for each paragraph
     std::vector<StoryThread> threads;     // likewise
     std::vector<ownedItemRec> owned;      // anchored items by position (anchor character U+FFFC)
+
+    mutable RunCursor runCursor;
+    mutable RunCursor paragraphCursor;
 };
 
 /// What composition knows of a story; made by `Composer`, never changed afterwards, shared by copies of the story.

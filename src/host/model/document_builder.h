@@ -1,0 +1,80 @@
+// Makes a document from nothing: what the layout file's reader and the tests use. What a finished document goes through
+// afterwards are the operations of document.h.
+//
+// Wherever a UID can be given, 0 takes the next free one. A UID that is given must be free (`uidIsFree`).
+
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/model/document_model.h"
+
+namespace tarnova {
+
+class ModelDocument;
+
+class DocumentBuilder {
+   public:
+    /// Starts with what `makeDocument` gives.
+    DocumentBuilder();
+    ~DocumentBuilder();
+    DocumentBuilder(const DocumentBuilder&) = delete;
+    DocumentBuilder& operator=(const DocumentBuilder&) = delete;
+
+    void setTitle(std::string title);
+    void setPageSize(PMPoint size);
+
+    [[nodiscard]] bool uidIsFree(UID uid) const;
+    /// UIDs that are handed out from here on are not below `next`.
+    void reserveUids(UID next);
+    /// The next identity of a tag: 1, 2, 3 and so on, from `first` on.
+    void reserveTagIds(std::uint32_t first);
+    [[nodiscard]] std::uint32_t newTagId();
+    [[nodiscard]] AttributePool& attributePool();
+
+    // Each gives the index in its list. A name that is there already is replaced where it stands.
+    std::int32_t addSwatch(Swatch swatch);
+    std::int32_t addCharacterStyle(CharacterStyle style);
+    std::int32_t addParagraphStyle(ParagraphStyle style);
+    /// The layers besides the pages layer, at least one, from back to front. Before the first spread.
+    void setLayers(const std::vector<Layer>& layers);
+    void setPagesLayerUid(UID uid);
+
+    /// `nodes` are the UIDs of the layers' nodes, from the layer with index 1 on; empty: new ones.
+    UID addSpread(UID uid = kInvalidUID, const std::vector<UID>& nodes = {});
+    UID addMaster(std::string name, UID uid = kInvalidUID, const std::vector<UID>& nodes = {});
+    /// `bounds` in the coordinates of the spread. `master` is kInvalidUID for none.
+    UID addPage(UID spread, const PMRect& bounds, UID master = kInvalidUID, UID uid = kInvalidUID);
+    void setMaster(UID page, UID master);
+
+    /// Adds an item in front of the others of its parent, a node or a group. Reads of `item` its class (spline item or
+    /// group), UID, shape, matrix, flags, name and data. A text frame must then get its story (`addStory`).
+    UID addItem(UID parent, PageItem item);
+    /// Gives text to frames, in thread order; `columns` are the UIDs of their columns, all frames in one list, or empty.
+    UID addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid = kInvalidUID,
+                 const std::vector<UID>& columns = {});
+
+    void addSection(sectionRec section);
+    void setDocumentData(int store, std::string block);
+    void setDocumentUid(UID uid);
+
+    // Short forms. Bounds are in the coordinates of the page's spread; items go to the layer with index 1.
+    UID addSinglePage(double width, double height);
+    UID addRectangle(UID page, const PMRect& bounds, Paint fill);
+    /// A frame with plain text in "Basic Paragraph"; a return (U+000D) or line feed ends a paragraph.
+    UID addTextFrame(UID page, const PMRect& bounds, std::u32string_view text);
+
+    /// The document, with nothing to undo; the builder is spent.
+    [[nodiscard]] std::unique_ptr<DocumentModel> finish();
+
+   private:
+    UID addSpreadOf(UID uid, bool isMaster, std::string name, const std::vector<UID>& nodes);
+    UID firstNode(UID page) const;
+
+    std::unique_ptr<ModelDocument> document;
+};
+
+}  // namespace tarnova
