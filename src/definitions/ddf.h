@@ -33,16 +33,15 @@ inline constexpr errorWord errDdfOpen = 45;
 inline constexpr errorWord errDdfCreateTemporary = 46;
 inline constexpr errorWord errDdfExchange = 106;
 
-/// What the lexer keeps from one block to the next. Starts cleared and lives for one read; ddfReadStream frees the
+/// What the lexer keeps from one block to the next. Starts cleared and lives for one read; ddfReadStream frees its
 /// buffers before it returns.
 struct ddfLexerRec {
-    char* tokenBuffer;            // bytes of the tokens of the statement under way, one behind the other
-    std::size_t tokenBufferSize;  // bytes allocated, a multiple of ddfBlockSize
-    std::size_t tokenLength;      // bytes of the token under way
-    std::size_t tokenStart;       // where the token under way begins in tokenBuffer
+    char* tokenBuffer;            // the tokens of the statement under way, one behind the other
+    std::size_t tokenBufferSize;  // bytes, a multiple of ddfBlockSize
+    std::size_t tokenLength;      // bytes in use, those of the token under way included
     std::size_t* ddfTokenStack;   // where each finished token ends in tokenBuffer
-    std::size_t tokenStackSize;   // entries allocated
-    std::size_t tokenDepth;       // finished tokens of the statement under way
+    std::size_t tokenStackSize;   // entries
+    std::size_t tokenDepth;       // finished tokens
     std::uint8_t inQuotes;
     std::uint8_t escaped;
 };
@@ -66,12 +65,15 @@ struct ddfRemarkRec {
     std::string text;
 };
 
+inline constexpr std::size_t ddfRemarkCapacity = 1000;
+
 /// For messages to people: where a read stopped, and what it dropped.
 struct ddfReadReport {
-    std::uint32_t line = 0;             // line of the statement at which the read failed, from 1; 0: it didn't
+    std::uint32_t line = 0;             // where the statement begins at which the read failed, from 1; 0: no such one
     std::uint64_t offset = 0;           // bytes from the start of the source to the end of that statement
-    std::string reason;                 // what is wrong there
-    std::vector<ddfRemarkRec> remarks;  // in the order of the source
+    std::string reason;                 // what is wrong there; empty when nothing is
+    std::vector<ddfRemarkRec> remarks;  // in the order of the source, the first ddfRemarkCapacity
+    std::uint32_t remarksLeftOut = 0;
 };
 
 /// Reads definitions into `set`, which isn't made dirty. After an error the set holds what was read before it, and the

@@ -85,6 +85,9 @@ void recordDefSetDiscard(recordDefSetRec*& list, recordDefSetRec* set);
 [[nodiscard]] errorWord recordDefCopy(recordDefSetRec& set, const recordDefRec& source, const std::uint8_t* name,
                                       recordDefRec*& definition, errorWord priorError);
 
+/// Puts `source` over the fixed part of `definition`, which keeps its own name, signature and rule data.
+void overlayFixedPart(recordDefRec& definition, const recordDefFixedRec& source);
+
 /// Takes `definition` out of `set` and frees it with its records and rule data. A currentRecordDef that points at it
 /// becomes null. The dirty flag is left alone. Always does its work; null, or a definition of another set, is ignored.
 void recordDefRemove(recordDefSetRec& set, recordDefRec* definition);
@@ -104,6 +107,9 @@ void recordDefRemove(recordDefSetRec& set, recordDefRec* definition);
 /// Gives the first definition of the set one search criteria record, variable link and price style where it has none.
 /// Adding one makes the set dirty. Errors: errNoMemorySearchCriteria, errNoMemoryExtraction, errNoMemoryStyle.
 [[nodiscard]] errorWord ensureDefaultRecords(recordDefSetRec* set, errorWord priorError);
+
+/// The same for any definition of `set`.
+[[nodiscard]] errorWord ensureDefaultRecordsOf(recordDefSetRec& set, recordDefRec& definition, errorWord priorError);
 
 // Records of a definition. None found: null.
 
@@ -146,10 +152,9 @@ void insertFieldName(recordDefFixedRec& definition, std::uint16_t fieldNumber, c
 
 // Rule data.
 
-/// Replaces the bytes of a definition's rule data (`data` is its ruleSetData or ruleSetData2; null becomes a handle of
-/// the set's pool). `bytes` may be null when `count` is 0. Error: errNoMemoryRuleData, which leaves the old bytes.
-[[nodiscard]] errorWord setRuleData(recordDefSetRec& set, blockHandle& data, const void* bytes, std::size_t count,
-                                    errorWord priorError);
+/// Puts a copy of `bytes` in the place of a definition's rule data; `data` is its ruleSetData or ruleSetData2. The old
+/// handle is freed. `bytes` may be null when `count` is 0. Error: errNoMemoryRuleData, which leaves the old data.
+[[nodiscard]] errorWord setRuleData(blockHandle& data, const void* bytes, std::size_t count, errorWord priorError);
 
 // Exchange blocks: how shell and dialogs reach the records. exchangeResult is cleared first; exchangeNotFound with
 // error 0 says that a get found nothing. An unknown exchangeOp does nothing.
