@@ -49,7 +49,7 @@ void timeOfDayText(std::uint8_t* out) {
     dateTimeRec now{};
     clockSeconds(&seconds);
     secondsToDateTime(seconds, &now);
-    const int hour = now.hour % 12 == 0 ? 12 : now.hour % 12;
+    const int hour = now.hour > 12 ? now.hour - 12 : now.hour;
     char text[16];
     std::snprintf(text, sizeof text, "%d:%02d %s", hour, now.minute % 60, now.hour < 12 ? "AM" : "PM");
     pstrFromView(out, sizeof "12:59 PM", text);

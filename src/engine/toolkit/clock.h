@@ -28,7 +28,8 @@ void secondsToDateTime(std::uint32_t seconds, dateTimeRec* out);
 std::uint32_t clockTicks();
 /// Waits `count` ticks; gives clockTicks() at the end when `outTicks` isn't null.
 void delayTicks(std::uint32_t count, std::uint32_t* outTicks);
-/// Local time such as "9:05 AM": 12-hour clock without leading zero. `out` takes 9 bytes.
+/// Local time such as "9:05 AM": 12-hour clock without leading zero. Noon is "12:00 PM", midnight "0:00 AM". `out` takes
+/// 9 bytes.
 void timeOfDayText(std::uint8_t* out);
 
 /// Takes the time from `seconds` from now on, for repeatable runs; null goes back to the system's clock. Ticks are not
