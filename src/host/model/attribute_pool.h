@@ -21,20 +21,22 @@ struct RunDescription {
 };
 
 class AttributePool {
-   public:
+ public:
     [[nodiscard]] const RunAttributes* run(const RunDescription& description);
     /// The list of a run without style, overrides and tags.
     [[nodiscard]] const RunAttributes* plainRun() { return run({}); }
     /// The list with the attribute in place of its own of that class; the same list when that changes nothing.
-    [[nodiscard]] const RunAttributes* with(const RunAttributes& list, const std::shared_ptr<const TextAttribute>& attribute);
+    [[nodiscard]] const RunAttributes* with(const RunAttributes& list,
+                                            const std::shared_ptr<const TextAttribute>& attribute);
     [[nodiscard]] const RunAttributes* without(const RunAttributes& list, TextAttributeClass attributeClass);
 
     [[nodiscard]] const ParagraphAttributes* paragraph(const ParagraphAttributes& attributes);
 
     /// One object for equal tags, as the reader of a file needs it.
-    [[nodiscard]] std::shared_ptr<const TagAttribute> tag(TextAttributeClass store, const TagAttribute::Content& content);
+    [[nodiscard]] std::shared_ptr<const TagAttribute> tag(TextAttributeClass store,
+                                                          const TagAttribute::Content& content);
 
-   private:
+ private:
     std::unordered_multimap<std::size_t, std::unique_ptr<const RunAttributes>> runs;
     std::unordered_multimap<std::size_t, std::unique_ptr<const ParagraphAttributes>> paragraphs;
     std::unordered_multimap<std::size_t, std::shared_ptr<const TagAttribute>> tags;

@@ -17,7 +17,7 @@ namespace tarnova {
 class ModelDocument;
 
 class DocumentBuilder {
-   public:
+ public:
     /// Starts with what `makeDocument` gives.
     DocumentBuilder();
     ~DocumentBuilder();
@@ -53,10 +53,12 @@ class DocumentBuilder {
     /// Adds an item in front of the others of its parent, a node or a group. Reads of `item` its class (spline item or
     /// group), UID, shape, matrix, flags, name and data. A text frame must then get its story (`addStory`).
     UID addItem(UID parent, PageItem item);
-    /// Gives text to frames, in thread order; `columns` are the UIDs of their columns, all frames in one list, or empty.
+    /// Gives text to frames, in thread order; `columns` are the UIDs of their columns, all frames in one list, or
+    /// empty.
     UID addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid = kInvalidUID,
                  const std::vector<UID>& columns = {});
 
+    /// A section on a page of a spread; takes its place when the document is finished.
     void addSection(sectionRec section);
     void setDocumentData(int store, std::string block);
     void setDocumentUid(UID uid);
@@ -70,11 +72,12 @@ class DocumentBuilder {
     /// The document, with nothing to undo; the builder is spent.
     [[nodiscard]] std::unique_ptr<DocumentModel> finish();
 
-   private:
+ private:
     UID addSpreadOf(UID uid, bool isMaster, std::string name, const std::vector<UID>& nodes);
     UID firstNode(UID page) const;
 
     std::unique_ptr<ModelDocument> document;
+    std::vector<sectionRec> sections;
 };
 
 }  // namespace tarnova

@@ -8,8 +8,8 @@
 
 namespace tarnova {
 
-/// The path of a rectangle, an ellipse in four curves, or a line from the top left to the bottom right corner. A polygon
-/// has no path of its own: the result is empty.
+/// The path of a rectangle, an ellipse in four curves, or a line from the top left to the bottom right corner. A
+/// polygon has no path of its own: the result is empty.
 [[nodiscard]] std::vector<SubPath> pathOf(pathInfoRec::Kind kind, const PMRect& bounds);
 
 /// The exact bounds of a path, curves at their extremes; an empty path gives an empty rectangle.

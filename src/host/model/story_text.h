@@ -35,8 +35,8 @@ inline constexpr char32_t anchorCharacter = U'\uFFFC';
 /// above U+10FFFF) becomes U+FFFD.
 [[nodiscard]] std::u32string storyCharacters(std::u32string_view text, bool keepCharacters);
 
-/// True when the range may be replaced: it lies in the story and holds no closing mark, and an insertion stands in front
-/// of one at most.
+/// True when the range may be replaced: it lies in the story and holds no closing mark, and an insertion stands in
+/// front of one at most.
 [[nodiscard]] bool mayReplace(const StoryText& story, std::int32_t start, std::int32_t count);
 
 /// Replaces a range that `mayReplace` allows by `characters`. The new text takes the attributes of the first replaced
@@ -48,8 +48,8 @@ void replaceCharacters(StoryText& story, std::int32_t start, std::int32_t count,
 template <typename Change>
 void changeRuns(StoryText& story, std::int32_t start, std::int32_t count, Change change);
 
-/// Makes a boundary between runs at a position and gives the index of the run that begins there (the count of the runs at
-/// the text's end). `joinRuns` makes the runs canonical again.
+/// Makes a boundary between runs at a position and gives the index of the run that begins there (the count of the runs
+/// at the text's end). `joinRuns` makes the runs canonical again.
 std::size_t splitRunAt(StoryText& story, std::int32_t position);
 void joinRuns(StoryText& story);
 
@@ -57,7 +57,8 @@ template <typename Change>
 void changeRuns(StoryText& story, std::int32_t start, std::int32_t count, Change change) {
     const std::size_t first = splitRunAt(story, start);
     const std::size_t limit = splitRunAt(story, start + count);
-    for (std::size_t i = first; i < limit; ++i) story.runs[i].attributes = change(*story.runs[i].attributes);
+    for (std::size_t i = first; i < limit; ++i)
+        story.runs[i].attributes = change(*story.runs[i].attributes);
     joinRuns(story);
 }
 

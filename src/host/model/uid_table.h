@@ -1,5 +1,5 @@
-// Objects by UID. UIDs only grow, so the table is an array in pieces: a look-up is two steps, and a piece whose objects are
-// all gone is given back, which keeps a document small through which thousands of pages pass.
+// Objects by UID. UIDs only grow, so the table is an array in pieces: a look-up is two steps, and a piece whose objects
+// are all gone is given back, which keeps a document small through which thousands of pages pass.
 
 #pragma once
 
@@ -22,7 +22,7 @@ using ObjectSlot = std::variant<std::monostate, std::unique_ptr<Page>, std::uniq
                                 std::unique_ptr<PageItem>, std::unique_ptr<Story>>;
 
 class UidTable {
-   public:
+ public:
     /// The object of the UID when it is of this class, else null.
     template <typename Object>
     [[nodiscard]] Object* find(UID uid) const {
@@ -35,6 +35,13 @@ class UidTable {
     [[nodiscard]] bool contains(UID uid) const {
         const ObjectSlot* slot = slotOf(uid);
         return slot != nullptr && slot->index() != 0;
+    }
+
+    /// What stands under the UID; the empty slot when nothing does.
+    [[nodiscard]] const ObjectSlot& slot(UID uid) const {
+        static const ObjectSlot empty;
+        const ObjectSlot* found = slotOf(uid);
+        return found == nullptr ? empty : *found;
     }
 
     /// Puts an object into a free slot; `uid` is below `uidLimit`.
@@ -71,7 +78,7 @@ class UidTable {
         }
     }
 
-   private:
+ private:
     static constexpr std::size_t pieceSize = 64;
     struct Piece {
         std::array<ObjectSlot, pieceSize> slots;

@@ -1,0 +1,215 @@
+#include "host/model/document_builder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/model/item_shape.h"
+#include "host/model/model_document.h"
+#include "host/model/story_text.h"
+
+namespace tarnova {
+
+namespace {
+
+/// Puts a named entry in the place of the one with its name, or at the end; gives its index.
+template <typename Named>
+std::int32_t putNamed(std::vector<Named>& list, Named entry) {
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&entry](const Named& other) { return other.name == entry.name; });
+    const auto index = static_cast<std::int32_t>(found - list.begin());
+    if (found == list.end()) {
+        list.push_back(std::move(entry));
+    } else {
+        *found = std::move(entry);
+    }
+    return index;
+}
+
+}  // namespace
+
+DocumentBuilder::DocumentBuilder() : document(std::make_unique<ModelDocument>()) {
+    // Nothing of the building can be undone.
+    static_cast<void>(document->BeginCommandSequence({}, false));
+}
+
+DocumentBuilder::~DocumentBuilder() = default;
+
+void DocumentBuilder::setTitle(std::string title) {
+    document->documentTitle = std::move(title);
+}
+
+void DocumentBuilder::setPageSize(PMPoint size) {
+    document->defaultPageSize = size;
+}
+
+bool DocumentBuilder::uidIsFree(UID uid) const {
+    return uid != kInvalidUID && uid < uidLimit && !document->itemExists(uid);
+}
+
+void DocumentBuilder::reserveUids(UID next) {
+    document->uidCounter = std::max(document->uidCounter, next);
+}
+
+void DocumentBuilder::reserveTagIds(std::uint32_t first) {
+    document->tagIdCounter = std::max(document->tagIdCounter, first);
+}
+
+std::uint32_t DocumentBuilder::newTagId() {
+    return document->tagIdCounter++;
+}
+
+AttributePool& DocumentBuilder::attributePool() {
+    return document->formats->attributes;
+}
+
+std::int32_t DocumentBuilder::addSwatch(Swatch swatch) {
+    return putNamed(document->formats->swatches, std::move(swatch));
+}
+
+std::int32_t DocumentBuilder::addCharacterStyle(CharacterStyle style) {
+    return putNamed(document->formats->characterStyles, std::move(style));
+}
+
+std::int32_t DocumentBuilder::addParagraphStyle(ParagraphStyle style) {
+    return putNamed(document->formats->paragraphStyles, std::move(style));
+}
+
+void DocumentBuilder::setLayers(const std::vector<Layer>& layers) {
+    document->lists.layers.resize(1);
+    for (Layer layer : layers) {
+        if (layer.uid == kInvalidUID) layer.uid = document->takeUid();
+        document->lists.layers.push_back(std::move(layer));
+    }
+}
+
+void DocumentBuilder::setPagesLayerUid(UID uid) {
+    document->lists.layers[0].uid = uid;
+}
+
+void DocumentBuilder::setDocumentUid(UID uid) {
+    document->ownUid = uid;
+}
+
+UID DocumentBuilder::addSpreadOf(UID uid, bool isMaster, std::string name, const std::vector<UID>& nodes) {
+    Spread spread;
+    spread.isMaster = isMaster;
+    spread.name = std::move(name);
+    spread.layerNodes.push_back(kInvalidUID);
+    Spread* made = document->create(std::move(spread), uid == kInvalidUID ? document->takeUid() : uid);
+    for (std::size_t i = 1; i < document->lists.layers.size(); ++i) {
+        PageItem node;
+        node.itemClass = ItemClass::node;
+        node.spread = made->uid;
+        const UID nodeUid = i <= nodes.size() && nodes[i - 1] != kInvalidUID ? nodes[i - 1] : document->takeUid();
+        made->layerNodes.push_back(document->create(std::move(node), nodeUid)->uid);
+    }
+    return made->uid;
+}
+
+UID DocumentBuilder::addSpread(UID uid, const std::vector<UID>& nodes) {
+    document->lists.spreads.push_back(addSpreadOf(uid, false, {}, nodes));
+    return document->lists.spreads.back();
+}
+
+UID DocumentBuilder::addMaster(std::string name, UID uid, const std::vector<UID>& nodes) {
+    document->lists.masters.push_back(addSpreadOf(uid, true, std::move(name), nodes));
+    return document->lists.masters.back();
+}
+
+UID DocumentBuilder::addPage(UID spreadUid, const PMRect& bounds, UID master, UID uid) {
+    Spread* spread = document->table.find<Spread>(spreadUid);
+    Page page;
+    page.spread = spreadUid;
+    page.bounds = bounds;
+    page.master = master;
+    spread->pages.push_back(document->create(page, uid == kInvalidUID ? document->takeUid() : uid)->uid);
+    return spread->pages.back();
+}
+
+void DocumentBuilder::setMaster(UID page, UID master) {
+    document->table.find<Page>(page)->master = master;
+}
+
+UID DocumentBuilder::addItem(UID parentUid, PageItem item) {
+    PageItem* parent = document->table.find<PageItem>(parentUid);
+    item.parent = parentUid;
+    item.spread = parent->spread;
+    item.stamp = newStamp();
+    const UID uid = item.uid == kInvalidUID ? document->takeUid() : item.uid;
+    parent->children.push_back(document->create(std::move(item), uid)->uid);
+    return uid;
+}
+
+UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid,
+                              const std::vector<UID>& columns) {
+    Story story;
+    story.frames = frames;
+    story.content = std::move(content);
+    story.stamp = newStamp();
+    const UID storyUid = document->create(std::move(story), uid == kInvalidUID ? document->takeUid() : uid)->uid;
+    std::size_t next = 0;
+    for (UID frameUid : frames) {
+        PageItem* frame = document->table.find<PageItem>(frameUid);
+        frame->story = storyUid;
+        for (std::int32_t i = 0; i < frame->shape->text.columns; ++i, ++next) {
+            PageItem column;
+            column.itemClass = ItemClass::textColumnItem;
+            column.column = i;
+            column.uid = next < columns.size() ? columns[next] : kInvalidUID;
+            column.story = storyUid;
+            addItem(frameUid, std::move(column));
+        }
+    }
+    return storyUid;
+}
+
+void DocumentBuilder::addSection(sectionRec section) {
+    sections.push_back(std::move(section));
+}
+
+void DocumentBuilder::setDocumentData(int store, std::string block) {
+    document->lists.itemData[store] = std::make_shared<const std::string>(std::move(block));
+}
+
+UID DocumentBuilder::firstNode(UID page) const {
+    return document->spread(document->spreadOfPage(page))->layerNodes[1];
+}
+
+UID DocumentBuilder::addSinglePage(double width, double height) {
+    return addPage(addSpread(), {0, 0, width, height});
+}
+
+UID DocumentBuilder::addRectangle(UID page, const PMRect& bounds, Paint fill) {
+    auto shape = std::make_shared<ItemShape>();
+    shape->bounds = {0, 0, bounds.width(), bounds.height()};
+    shape->path = pathOf(shape->kind, shape->bounds);
+    shape->fill = fill;
+    PageItem item;
+    item.shape = std::move(shape);
+    item.toParent.tx = bounds.left;
+    item.toParent.ty = bounds.top;
+    return addItem(firstNode(page), std::move(item));
+}
+
+UID DocumentBuilder::addTextFrame(UID page, const PMRect& bounds, std::u32string_view text) {
+    const UID frame = addRectangle(page, bounds, {swatchNone, 1});
+    PageItem* item = document->table.find<PageItem>(frame);
+    auto shape = std::make_shared<ItemShape>(*item->shape);
+    shape->content = ContentKind::text;
+    item->shape = std::move(shape);
+    auto content = emptyStoryText(attributePool().paragraph({}), attributePool().plainRun());
+    replaceCharacters(*content, 0, 0, storyCharacters(text, false));
+    addStory({frame}, std::move(content));
+    return frame;
+}
+
+std::unique_ptr<DocumentModel> DocumentBuilder::finish() {
+    document->renumberPages();
+    for (const sectionRec& section : sections)
+        static_cast<void>(document->createSection(section));
+    document->EndCommandSequence();
+    document->changed = true;
+    return std::move(document);
+}
+
+}  // namespace tarnova

@@ -1,0 +1,266 @@
+// The one implementation of `DocumentModel`. Its functions stand in files by the groups of document.h: model_pages.cpp,
+// model_items.cpp, model_text.cpp, model_commands.cpp; model_document.cpp has what belongs to no group.
+//
+// Objects lie in a table by UID and hold each other by UID. What a copied page needn't have of its own (shapes, texts,
+// item data, composed lines) hangs on shared pointers, and a change puts a new object in place of a shared one. The
+// model belongs to one thread: look-ups keep cursors and caches.
+
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "host/model/document_formats.h"
+#include "host/model/document_model.h"
+#include "host/model/uid_table.h"
+
+namespace tarnova {
+
+/// A story stays below this many characters.
+inline constexpr std::int32_t storyLengthLimit = 1 << 30;
+
+/// How many steps can be undone one after the other.
+inline constexpr std::size_t undoStepCapacity = 64;
+
+/// The next of the process: every change of an item or a story takes one.
+[[nodiscard]] std::uint64_t newStamp();
+
+class ModelDocument final : public DocumentModel {
+ public:
+    ModelDocument();
+    ~ModelDocument() override = default;
+    ModelDocument(const ModelDocument&) = delete;
+    ModelDocument& operator=(const ModelDocument&) = delete;
+
+    // DocumentCommands
+    errorWord BeginCommandSequence(std::string_view name, bool undoable) override;
+    void EndCommandSequence() override;
+    bool undoNamedStep(std::string_view name) override;
+
+    // DocumentPages
+    std::int32_t spreadCount() const override;
+    UID spreadAt(std::int32_t index) const override;
+    std::int32_t masterCount() const override;
+    UID masterAt(std::int32_t index) const override;
+    std::string masterName(UID master) const override;
+    bool masterInUse(UID master) const override;
+    std::int32_t layerCount() const override;
+    UID layerAt(std::int32_t index) const override;
+    bool layerVisible(UID layer) const override;
+    bool layerLocked(UID layer) const override;
+    void setLayerLocked(UID layer, bool locked) override;
+    UID spreadLayerNode(UID spread, UID layer) const override;
+    std::int32_t pageCount() const override;
+    UID pageAt(std::int32_t index) const override;
+    std::int32_t pageIndex(UID page) const override;
+    std::string pageName(UID page) const override;
+    UID spreadOfPage(UID page) const override;
+    std::vector<UID> pagesOfSpread(UID spread) const override;
+    errorWord duplicateSpread(UID spread) override;
+    errorWord addPages(std::int32_t count) override;
+    errorWord removePages(const std::vector<UID>& pages) override;
+    std::vector<sectionRec> sections() const override;
+    errorWord createSection(const sectionRec& section) override;
+
+    // PageItems
+    ItemClass itemClass(UID item) const override;
+    bool itemExists(UID item) const override;
+    UID parent(UID item) const override;
+    std::int32_t childCount(UID item) const override;
+    UID childAt(UID item, std::int32_t index) const override;
+    pageOfItemRec pageOfItem(UID item) const override;
+    bool isGroup(UID item) const override;
+    bool isTextFrame(UID item) const override;
+    bool isGraphicFrame(UID item) const override;
+    ContentKind contentKind(UID item) const override;
+    pathInfoRec pathInfo(UID item) const override;
+    PMRect boundsInSpread(UID item) const override;
+    transformValuesRec transformValues(UID item) const override;
+    bool itemLocked(UID item) const override;
+    void setItemLocked(UID item, bool locked) override;
+    errorWord deleteItem(UID item) override;
+    std::int32_t columnIndex(UID column) const override;
+    UID textOnPath(UID item) const override;
+    const std::string* itemDataBlock(UID item, int store) const override;
+    errorWord setItemDataBlock(UID item, int store, std::optional<std::string> block) override;
+
+    // DocumentText
+    std::vector<UID> stories() const override;
+    UID textOfFrame(UID item) const override;
+    std::vector<UID> framesOfStory(UID story) const override;
+    std::int32_t totalLength(UID story) const override;
+    textSpanRec threadSpan(UID story, std::int32_t position) const override;
+    std::u32string textRead(UID story, std::int32_t start, std::int32_t length) const override;
+    errorWord textReplace(UID story, std::int32_t start, std::int32_t count, std::u32string_view text,
+                          bool keepCharacters) override;
+    errorWord textDelete(UID story, std::int32_t start, std::int32_t count) override;
+    attributeRunRec attributeRunAt(UID story, std::int32_t position) const override;
+    errorWord attributeApply(UID story, std::int32_t start, std::int32_t count,
+                             std::shared_ptr<const TextAttribute> attribute) override;
+    errorWord attributeRemove(UID story, std::int32_t start, std::int32_t count,
+                              TextAttributeClass attributeClass) override;
+    std::vector<ownedItemRec> ownedItems(UID story, std::int32_t start, std::int32_t count) const override;
+    bool hasOwnedItem(UID story, std::int32_t start, std::int32_t count) const override;
+    std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID item) const override;
+    textSpanRec paragraphAt(UID story, std::int32_t position) const override;
+    void composeDocument() override;
+    void composeStoryThrough(UID story, std::int32_t position) override;
+    UID frameAt(UID story, std::int32_t position) override;
+    UID soleFrame(UID story) const override;
+    bool isOverset(UID story) override;
+
+    // DocumentTables: no tables yet.
+    UID tableOfCell(UID, std::int32_t) const override { return kInvalidUID; }
+    std::int32_t rowCount(UID) const override { return 0; }
+    std::int32_t columnCount(UID) const override { return 0; }
+    errorWord deleteRows(UID, std::int32_t, std::int32_t) override { return errFailed; }
+
+    // DocumentStorage
+    std::string documentFolder() const override { return folder; }
+    std::string documentName() const override { return fileName; }
+    bool documentIsSaved() const override { return !fileName.empty() && !changed; }
+    std::unique_ptr<Document> documentCopy() const override;
+    void markTemplate() override;
+
+    UID documentUid() const override { return ownUid; }
+
+    // DocumentModel
+    const std::string& title() const override { return documentTitle; }
+    PMPoint pageSize() const override { return defaultPageSize; }
+    const std::vector<Swatch>& swatches() const override { return formats->swatches; }
+    const std::vector<CharacterStyle>& characterStyles() const override { return formats->characterStyles; }
+    const std::vector<ParagraphStyle>& paragraphStyles() const override { return formats->paragraphStyles; }
+    const std::vector<Layer>& layers() const override { return lists.layers; }
+    const Page* page(UID uid) const override { return table.find<Page>(uid); }
+    const Spread* spread(UID uid) const override { return table.find<Spread>(uid); }
+    const PageItem* item(UID uid) const override { return table.find<PageItem>(uid); }
+    const Story* story(UID uid) const override { return table.find<Story>(uid); }
+    void drawnItems(UID page, std::vector<const PageItem*>& out) const override;
+    PMPoint pageOrigin(UID page, const PageItem& item) const override;
+    PMMatrix toSpread(const PageItem& item) const override;
+    const CharFormat* resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const override;
+    const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const override;
+    const StoryLayout* layoutOf(UID story, std::int32_t through) const override;
+    void setComposer(std::shared_ptr<Composer> newComposer) override { composer = std::move(newComposer); }
+    std::uint64_t templateStamp() const override { return templateStampValue; }
+    void setLocation(std::string newFolder, std::string newName) override;
+    UID nextUid() const override { return uidCounter; }
+    std::uint32_t nextTagId() const override { return tagIdCounter; }
+    AttributePool& attributePool() const override { return formats->attributes; }
+
+ private:
+    friend class DocumentBuilder;
+    friend class SpreadCopy;
+
+    /// What the document itself has, beside its objects; kept whole by an undo step that changes any of it.
+    struct Lists {
+        std::vector<UID> spreads;
+        std::vector<UID> masters;
+        std::vector<Layer> layers;
+        std::vector<sectionRec> sections;  // by page
+        std::shared_ptr<const std::string> itemData[2];
+    };
+
+    /// An object as it was before a step; nothing: it didn't exist.
+    using ObjectState = std::variant<std::monostate, Page, Spread, PageItem, Story>;
+    struct UndoStep {
+        std::string name;
+        std::unordered_map<UID, ObjectState> before;
+        std::optional<Lists> listsBefore;
+    };
+
+    /// A change outside of a sequence is a step of its own.
+    class Command {
+     public:
+        Command(ModelDocument& itsDocument, std::string_view name);
+        ~Command();
+        Command(const Command&) = delete;
+        Command& operator=(const Command&) = delete;
+
+     private:
+        ModelDocument& document;
+        bool ownsSequence;
+    };
+
+    // Every change of an object goes through one of these first, so that the open step knows what was there.
+    [[nodiscard]] static ObjectState stateOf(const ObjectSlot& slot);
+    void keep(UID uid);
+    void keepLists();
+    template <typename Object>
+    Object* changeable(UID uid);
+    template <typename Object>
+    Object* create(Object object, UID uid);
+    void destroy(UID uid);
+    void restore(UndoStep& step);
+
+    [[nodiscard]] UID takeUid() { return uidCounter++; }
+    [[nodiscard]] bool uidsLeft(std::size_t count) const { return count < uidLimit - uidCounter; }
+    void renumberPages();
+    void dropGonePages(std::size_t goneCount);
+    void moveSectionsOff(const std::vector<UID>& removed);
+    [[nodiscard]] const Layer* layer(UID uid) const;
+    [[nodiscard]] std::int32_t layerIndex(UID uid) const;
+    [[nodiscard]] std::int32_t sectionFirstNumber(std::size_t index) const;
+    UID addEmptySpread(PMPoint size);
+    void removeWholeSpread(UID spread);
+    void removePageOfSpread(UID page);
+
+    [[nodiscard]] PMRect boundsOf(const PageItem& item, bool withStroke) const;
+    [[nodiscard]] std::int32_t locateInSpread(const PageItem& item) const;
+    void collectItems(UID node, std::vector<UID>& out) const;
+    void destroyTree(UID item);
+    void detachFrame(UID storyUid, UID frame);
+    void restampAround(UID item);
+    [[nodiscard]] PMRect columnBox(const PageItem& column) const;
+
+    /// The story with a content that no other holds, stamped anew; null when there is no such story.
+    Story* changeableText(UID uid);
+    [[nodiscard]] UID frameOfColumn(const Story& story, std::int32_t column) const;
+    void drawnOfSpread(const Spread& spread, const PMRect* pageBounds, std::vector<const PageItem*>& out) const;
+
+    UidTable table;
+    UID uidCounter = 1;
+    UID ownUid = kInvalidUID;
+    std::uint32_t tagIdCounter = 1;
+    Lists lists;
+    std::vector<UID> pages;  // in document order; from the spreads
+    std::shared_ptr<DocumentFormats> formats;
+    std::shared_ptr<Composer> composer;
+    std::uint64_t templateStampValue = 0;
+    std::string documentTitle;
+    PMPoint defaultPageSize{595.276, 841.89};  // A4
+    std::string folder;
+    std::string fileName;
+    bool changed = false;
+
+    mutable std::vector<std::int32_t> sectionNumbers;  // first number of each section, as far as it is known
+
+    std::int32_t sequenceDepth = 0;
+    bool recording = false;  // the open sequence can be undone
+    UndoStep openStep;
+    std::deque<UndoStep> steps;
+};
+
+template <typename Object>
+Object* ModelDocument::changeable(UID uid) {
+    keep(uid);
+    changed = true;
+    return table.find<Object>(uid);
+}
+
+template <typename Object>
+Object* ModelDocument::create(Object object, UID uid) {
+    keep(uid);
+    changed = true;
+    object.uid = uid;
+    return table.put(uid, std::make_unique<Object>(std::move(object)));
+}
+
+}  // namespace tarnova

@@ -1,0 +1,318 @@
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "host/model/item_shape.h"
+#include "host/model/model_document.h"
+
+namespace tarnova {
+
+namespace {
+
+/// True when the two share at least a point.
+bool touches(const PMRect& a, const PMRect& b) {
+    return a.left <= b.right && b.left <= a.right && a.top <= b.bottom && b.top <= a.bottom;
+}
+
+bool holds(const PMRect& r, PMPoint p) {
+    return p.x >= r.left && p.x < r.right && p.y >= r.top && p.y < r.bottom;
+}
+
+PMRect grown(const PMRect& r, double by) {
+    return {r.left - by, r.top - by, r.right + by, r.bottom + by};
+}
+
+bool isTextFrameItem(const PageItem& item) {
+    return item.itemClass == ItemClass::splineItem && item.story != kInvalidUID;
+}
+
+}  // namespace
+
+ItemClass ModelDocument::itemClass(UID uid) const {
+    const PageItem* found = item(uid);
+    return found == nullptr ? ItemClass::none : found->itemClass;
+}
+
+bool ModelDocument::itemExists(UID uid) const {
+    return uid == ownUid || table.contains(uid) || layer(uid) != nullptr;
+}
+
+UID ModelDocument::parent(UID uid) const {
+    const PageItem* found = item(uid);
+    return found == nullptr ? kInvalidUID : found->parent;
+}
+
+std::int32_t ModelDocument::childCount(UID uid) const {
+    const PageItem* found = item(uid);
+    return found == nullptr ? 0 : static_cast<std::int32_t>(found->children.size());
+}
+
+UID ModelDocument::childAt(UID uid, std::int32_t index) const {
+    const PageItem* found = item(uid);
+    if (found == nullptr || index < 0 || static_cast<std::size_t>(index) >= found->children.size()) return kInvalidUID;
+    return found->children[static_cast<std::size_t>(index)];
+}
+
+/// The page that holds the middle of the item; an item over the edge of all pages lies on the first that it touches.
+std::int32_t ModelDocument::locateInSpread(const PageItem& which) const {
+    const Spread* on = spread(which.spread);
+    if (on == nullptr) return PageItem::onPasteboard;
+    const PMRect bounds = boundsOf(which, false);
+    const PMPoint middle{(bounds.left + bounds.right) / 2, (bounds.top + bounds.bottom) / 2};
+    std::int32_t touched = PageItem::onPasteboard;
+    for (std::size_t i = 0; i < on->pages.size(); ++i) {
+        const PMRect& pageBounds = page(on->pages[i])->bounds;
+        if (holds(pageBounds, middle)) return static_cast<std::int32_t>(i);
+        if (touched == PageItem::onPasteboard && touches(pageBounds, bounds)) touched = static_cast<std::int32_t>(i);
+    }
+    return touched;
+}
+
+pageOfItemRec ModelDocument::pageOfItem(UID uid) const {
+    const PageItem* found = item(uid);
+    if (found != nullptr && found->itemClass == ItemClass::textColumnItem) found = item(found->parent);
+    if (found == nullptr || found->itemClass == ItemClass::node) return {};
+    if (found->pageInSpread == PageItem::pageUnknown) found->pageInSpread = locateInSpread(*found);
+    const Spread* on = spread(found->spread);
+    if (on == nullptr) return {};
+    if (found->pageInSpread == PageItem::onPasteboard) return {kInvalidUID, on->isMaster};
+    return {on->pages[static_cast<std::size_t>(found->pageInSpread)], on->isMaster};
+}
+
+bool ModelDocument::isGroup(UID uid) const {
+    return itemClass(uid) == ItemClass::group;
+}
+
+bool ModelDocument::isTextFrame(UID uid) const {
+    const PageItem* found = item(uid);
+    return found != nullptr && isTextFrameItem(*found);
+}
+
+bool ModelDocument::isGraphicFrame(UID uid) const {
+    return contentKind(uid) == ContentKind::graphic;
+}
+
+ContentKind ModelDocument::contentKind(UID uid) const {
+    const PageItem* found = item(uid);
+    return found == nullptr || found->shape == nullptr ? ContentKind::unassigned : found->shape->content;
+}
+
+pathInfoRec ModelDocument::pathInfo(UID uid) const {
+    const PageItem* found = item(uid);
+    if (found == nullptr || found->shape == nullptr) return {};
+    return {static_cast<std::int32_t>(found->shape->path.size()), found->shape->kind};
+}
+
+PMRect ModelDocument::boundsInSpread(UID uid) const {
+    const PageItem* found = item(uid);
+    return found == nullptr ? PMRect{} : boundsOf(*found, false);
+}
+
+PMMatrix ModelDocument::toSpread(const PageItem& which) const {
+    PMMatrix out = which.toParent;
+    for (const PageItem* at = item(which.parent); at != nullptr; at = item(at->parent)) {
+        if (at->itemClass != ItemClass::node) out = out.then(at->toParent);
+    }
+    return out;
+}
+
+PMRect ModelDocument::boundsOf(const PageItem& which, bool withStroke) const {
+    if (which.itemClass == ItemClass::textColumnItem) return toSpread(which).mapBounds(columnBox(which));
+    if (which.shape != nullptr) {
+        return toSpread(which).mapBounds(grown(which.shape->bounds, withStroke ? strokeReach(*which.shape) : 0));
+    }
+    PMRect out;
+    bool first = true;
+    for (UID child : which.children) {
+        const PMRect bounds = boundsOf(*item(child), withStroke);
+        out = std::exchange(first, false) ? bounds : out.united(bounds);
+    }
+    return out;
+}
+
+/// The columns share the frame's inside, less the insets, with a gutter between each two.
+PMRect ModelDocument::columnBox(const PageItem& column) const {
+    const PageItem* frame = item(column.parent);
+    if (frame == nullptr || frame->shape == nullptr) return {};
+    const TextFrameOptions& text = frame->shape->text;
+    PMRect box = frame->shape->bounds;
+    box = {box.left + text.insetLeft, box.top + text.insetTop, box.right - text.insetRight,
+           box.bottom - text.insetBottom};
+    const double width = (box.width() - text.gutter * (text.columns - 1)) / text.columns;
+    box.left += column.column * (width + text.gutter);
+    box.right = box.left + width;
+    return box;
+}
+
+transformValuesRec ModelDocument::transformValues(UID uid) const {
+    const PageItem* found = item(uid);
+    if (found == nullptr) return {};
+    const PMMatrix m = toSpread(*found);
+    constexpr double degrees = 57.29577951308232;
+    transformValuesRec out;
+    out.scaleX = std::hypot(m.a, m.b);
+    if (out.scaleX == 0) return {0, 0, std::hypot(m.c, m.d), 0};
+    // In a spread y runs downward, so that a turn to the left, which counts as positive, has a negative b.
+    out.rotationDegrees = m.b == 0 && m.a > 0 ? 0 : std::atan2(-m.b, m.a) * degrees;
+    out.scaleY = (m.a * m.d - m.b * m.c) / out.scaleX;
+    const double shear = (m.a * m.c + m.b * m.d) / out.scaleX;
+    out.skewDegrees = shear == 0 || out.scaleY == 0 ? 0 : -std::atan(shear / out.scaleY) * degrees;
+    return out;
+}
+
+bool ModelDocument::itemLocked(UID uid) const {
+    const PageItem* found = item(uid);
+    return found != nullptr && found->locked;
+}
+
+void ModelDocument::setItemLocked(UID uid, bool locked) {
+    if (item(uid) == nullptr) return;
+    Command command(*this, "Lock Item");
+    changeable<PageItem>(uid)->locked = locked;
+}
+
+std::int32_t ModelDocument::columnIndex(UID uid) const {
+    const PageItem* found = item(uid);
+    return found != nullptr && found->itemClass == ItemClass::textColumnItem ? found->column : 0;
+}
+
+UID ModelDocument::textOnPath(UID) const {
+    return kInvalidUID;
+}
+
+const std::string* ModelDocument::itemDataBlock(UID uid, int store) const {
+    if (store < 0 || store > 1) return nullptr;
+    if (uid == kInvalidUID || uid == ownUid) return lists.itemData[store].get();
+    const PageItem* found = item(uid);
+    return found == nullptr ? nullptr : found->itemData[store].get();
+}
+
+errorWord ModelDocument::setItemDataBlock(UID uid, int store, std::optional<std::string> block) {
+    if (store < 0 || store > 1) return errFailed;
+    std::shared_ptr<const std::string> data;
+    if (block) data = std::make_shared<const std::string>(std::move(*block));
+    const bool onDocument = uid == kInvalidUID || uid == ownUid;
+    if (!onDocument && item(uid) == nullptr) return errFailed;
+    Command command(*this, "Set Item Data");
+    if (onDocument) {
+        keepLists();
+        lists.itemData[store] = std::move(data);
+    } else {
+        changeable<PageItem>(uid)->itemData[store] = std::move(data);
+    }
+    return 0;
+}
+
+errorWord ModelDocument::deleteItem(UID uid) {
+    const PageItem* found = item(uid);
+    if (found == nullptr || (found->itemClass != ItemClass::splineItem && found->itemClass != ItemClass::group)) {
+        return errFailed;
+    }
+    Command command(*this, "Delete Item");
+    const UID above = found->parent;
+    destroyTree(uid);
+    if (item(above) == nullptr) return 0;
+    std::erase(changeable<PageItem>(above)->children, uid);
+    restampAround(above);
+    return 0;
+}
+
+void ModelDocument::collectItems(UID uid, std::vector<UID>& out) const {
+    const PageItem* found = item(uid);
+    if (found == nullptr) return;
+    out.push_back(uid);
+    for (UID child : found->children)
+        collectItems(child, out);
+}
+
+void ModelDocument::destroyTree(UID uid) {
+    const PageItem* found = item(uid);
+    if (found == nullptr) return;
+    for (UID child : found->children)
+        destroyTree(child);
+    if (isTextFrameItem(*found)) detachFrame(found->story, uid);
+    destroy(uid);
+}
+
+/// The text of a story that keeps other frames flows on in those; a story without frames goes, with what is anchored in
+/// it.
+void ModelDocument::detachFrame(UID storyUid, UID frame) {
+    const Story* from = story(storyUid);
+    if (from == nullptr) return;
+    if (from->frames.size() == 1) {
+        const std::shared_ptr<StoryText> content = from->content;
+        destroy(storyUid);
+        for (const ownedItemRec& owned : content->owned)
+            destroyTree(owned.item);
+        return;
+    }
+    Story* left = changeable<Story>(storyUid);
+    std::erase(left->frames, frame);
+    left->stamp = newStamp();
+    left->layout.reset();
+}
+
+/// A group whose member changed draws something else, and so do the groups around it.
+void ModelDocument::restampAround(UID uid) {
+    for (const PageItem* at = item(uid); at != nullptr && at->itemClass == ItemClass::group; at = item(at->parent)) {
+        PageItem* group = changeable<PageItem>(at->uid);
+        group->stamp = newStamp();
+        group->pageInSpread = PageItem::pageUnknown;
+    }
+}
+
+void ModelDocument::drawnOfSpread(const Spread& from, const PMRect* pageBounds,
+                                  std::vector<const PageItem*>& out) const {
+    for (std::size_t i = 1; i < from.layerNodes.size(); ++i) {
+        if (!lists.layers[i].visible || !lists.layers[i].printable) continue;
+        const PageItem* node = item(from.layerNodes[i]);
+        for (UID uid : node->children) {
+            const PageItem* child = item(uid);
+            if (child->nonPrinting) continue;
+            if (pageBounds == nullptr || touches(*pageBounds, boundsOf(*child, true))) out.push_back(child);
+        }
+    }
+}
+
+namespace {
+
+/// The page of a master that serves the page with this index in its spread.
+UID masterPageFor(const Spread& master, std::size_t index) {
+    if (master.pages.empty()) return kInvalidUID;
+    return master.pages[std::min(index, master.pages.size() - 1)];
+}
+
+std::size_t indexInSpread(const Spread& spread, UID page) {
+    const auto found = std::find(spread.pages.begin(), spread.pages.end(), page);
+    return static_cast<std::size_t>(found - spread.pages.begin());
+}
+
+}  // namespace
+
+void ModelDocument::drawnItems(UID uid, std::vector<const PageItem*>& out) const {
+    // From the page to its master and the master's base; drawn the other way round. A circle ends at the count of
+    // masters.
+    std::vector<const Page*> chain;
+    const Page* at = page(uid);
+    while (at != nullptr && chain.size() <= lists.masters.size()) {
+        chain.push_back(at);
+        const Spread* master = spread(at->master);
+        if (master == nullptr) break;
+        at = page(masterPageFor(*master, indexInSpread(*spread(at->spread), at->uid)));
+    }
+    for (auto level = chain.rbegin(); level != chain.rend(); ++level) {
+        const Spread& on = *spread((*level)->spread);
+        drawnOfSpread(on, on.pages.size() == 1 ? nullptr : &(*level)->bounds, out);
+    }
+}
+
+PMPoint ModelDocument::pageOrigin(UID uid, const PageItem& which) const {
+    const Page* at = page(uid);
+    for (std::size_t level = 0; at != nullptr && at->spread != which.spread && level <= lists.masters.size(); ++level) {
+        const Spread* master = spread(at->master);
+        at = master == nullptr ? nullptr : page(masterPageFor(*master, indexInSpread(*spread(at->spread), at->uid)));
+    }
+    return at == nullptr ? PMPoint{} : PMPoint{at->bounds.left, at->bounds.top};
+}
+
+}  // namespace tarnova

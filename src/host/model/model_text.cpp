@@ -1,0 +1,196 @@
+#include <algorithm>
+#include <utility>
+
+#include "host/model/model_document.h"
+#include "host/model/story_text.h"
+
+namespace tarnova {
+
+std::vector<UID> ModelDocument::stories() const {
+    std::vector<UID> out;
+    table.forEach([&out](UID uid, const ObjectSlot& slot) {
+        if (std::holds_alternative<std::unique_ptr<Story>>(slot)) out.push_back(uid);
+    });
+    return out;
+}
+
+UID ModelDocument::textOfFrame(UID uid) const {
+    const PageItem* found = item(uid);
+    return found == nullptr ? kInvalidUID : found->story;
+}
+
+std::vector<UID> ModelDocument::framesOfStory(UID uid) const {
+    const Story* found = story(uid);
+    return found == nullptr ? std::vector<UID>() : found->frames;
+}
+
+std::int32_t ModelDocument::totalLength(UID uid) const {
+    const Story* found = story(uid);
+    return found == nullptr ? 0 : found->length();
+}
+
+textSpanRec ModelDocument::threadSpan(UID uid, std::int32_t position) const {
+    const Story* found = story(uid);
+    return found == nullptr ? textSpanRec{} : threadAt(*found->content, position);
+}
+
+std::u32string ModelDocument::textRead(UID uid, std::int32_t start, std::int32_t length) const {
+    const Story* found = story(uid);
+    if (found == nullptr) return {};
+    const std::int64_t limit = std::min<std::int64_t>(std::int64_t{start} + length, found->length());
+    start = std::max(start, 0);
+    if (limit <= start) return {};
+    return found->content->text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(limit - start));
+}
+
+Story* ModelDocument::changeableText(UID uid) {
+    Story* out = changeable<Story>(uid);
+    if (out == nullptr) return nullptr;
+    if (out->content.use_count() > 1) out->content = std::make_shared<StoryText>(*out->content);
+    out->stamp = newStamp();
+    out->layout.reset();
+    return out;
+}
+
+errorWord ModelDocument::textReplace(UID uid, std::int32_t start, std::int32_t count, std::u32string_view text,
+                                     bool keepCharacters) {
+    const Story* found = story(uid);
+    if (found == nullptr || !mayReplace(*found->content, start, count)) return errFailed;
+    if (text.size() >= static_cast<std::size_t>(storyLengthLimit - found->length())) return errRunMemory;
+    if (count == 0 && text.empty()) return 0;
+    Command command(*this, "Replace Text");
+    std::vector<UID> anchored;
+    for (const ownedItemRec& owned : ownedItems(uid, start, count))
+        anchored.push_back(owned.item);
+    StoryText& content = *changeableText(uid)->content;
+    replaceCharacters(content, start, count, storyCharacters(text, keepCharacters));
+    for (UID anchor : anchored)
+        destroyTree(anchor);
+    return 0;
+}
+
+errorWord ModelDocument::textDelete(UID uid, std::int32_t start, std::int32_t count) {
+    return textReplace(uid, start, count, {}, true);
+}
+
+attributeRunRec ModelDocument::attributeRunAt(UID uid, std::int32_t position) const {
+    const Story* found = story(uid);
+    if (found == nullptr || position < 0 || position >= found->length()) return {};
+    const RunCursor at = runAt(*found->content, position);
+    const AttributeRun& run = found->content->runs[at.index];
+    return {run.attributes, at.start + run.length - position};
+}
+
+errorWord ModelDocument::attributeApply(UID uid, std::int32_t start, std::int32_t count,
+                                        std::shared_ptr<const TextAttribute> attribute) {
+    const Story* found = story(uid);
+    if (found == nullptr || attribute == nullptr || start < 0 || count < 0 || start > found->length() ||
+        count > found->length() - start) {
+        return errFailed;
+    }
+    if (count == 0) return 0;
+    Command command(*this, "Apply Attribute");
+    changeRuns(*changeableText(uid)->content, start, count,
+               [&](const RunAttributes& list) { return formats->attributes.with(list, attribute); });
+    return 0;
+}
+
+errorWord ModelDocument::attributeRemove(UID uid, std::int32_t start, std::int32_t count,
+                                         TextAttributeClass attributeClass) {
+    const Story* found = story(uid);
+    if (found == nullptr || start < 0 || count < 0 || start > found->length() || count > found->length() - start) {
+        return errFailed;
+    }
+    if (count == 0) return 0;
+    Command command(*this, "Remove Attribute");
+    changeRuns(*changeableText(uid)->content, start, count,
+               [&](const RunAttributes& list) { return formats->attributes.without(list, attributeClass); });
+    return 0;
+}
+
+std::vector<ownedItemRec> ModelDocument::ownedItems(UID uid, std::int32_t start, std::int32_t count) const {
+    const Story* found = story(uid);
+    std::vector<ownedItemRec> out;
+    if (found == nullptr) return out;
+    const std::int64_t limit = std::int64_t{start} + count;
+    for (const ownedItemRec& owned : found->content->owned) {
+        if (owned.position >= start && owned.position < limit) out.push_back(owned);
+    }
+    return out;
+}
+
+bool ModelDocument::hasOwnedItem(UID uid, std::int32_t start, std::int32_t count) const {
+    const Story* found = story(uid);
+    return found != nullptr && !found->content->owned.empty() && !ownedItems(uid, start, count).empty();
+}
+
+std::optional<std::pair<UID, std::int32_t>> ModelDocument::inlinePosition(UID uid) const {
+    // The anchor of an item is its outermost parent that is no node; its story names it.
+    const PageItem* anchor = item(uid);
+    while (anchor != nullptr && item(anchor->parent) != nullptr)
+        anchor = item(anchor->parent);
+    if (anchor == nullptr || anchor->itemClass == ItemClass::node) return std::nullopt;
+    for (UID storyUid : stories()) {
+        for (const ownedItemRec& owned : story(storyUid)->content->owned) {
+            if (owned.item == anchor->uid) return std::pair(storyUid, owned.position);
+        }
+    }
+    return std::nullopt;
+}
+
+textSpanRec ModelDocument::paragraphAt(UID uid, std::int32_t position) const {
+    const Story* found = story(uid);
+    if (found == nullptr || position < 0 || position >= found->length()) return {};
+    const RunCursor at = paragraphRunAt(*found->content, position);
+    return {at.start, found->content->paragraphs[at.index].length};
+}
+
+const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const {
+    const Story* found = story(uid);
+    if (found == nullptr) return nullptr;
+    const std::int32_t needed = std::min(through, found->length() - 1);
+    if (found->layout != nullptr && found->layout->composedThrough() > needed) return found->layout.get();
+    if (composer == nullptr) return nullptr;
+    found->layout = composer->compose(*this, *found, needed);
+    return found->layout.get();
+}
+
+void ModelDocument::composeDocument() {
+    for (UID uid : stories())
+        composeStoryThrough(uid, totalLength(uid));
+}
+
+void ModelDocument::composeStoryThrough(UID uid, std::int32_t position) {
+    layoutOf(uid, position);
+}
+
+UID ModelDocument::frameOfColumn(const Story& from, std::int32_t column) const {
+    for (UID frame : from.frames) {
+        column -= item(frame)->shape->text.columns;
+        if (column < 0) return frame;
+    }
+    return kInvalidUID;
+}
+
+UID ModelDocument::frameAt(UID uid, std::int32_t position) {
+    const Story* found = story(uid);
+    if (found == nullptr || position < 0 || position >= found->length()) return kInvalidUID;
+    const StoryLayout* layout = layoutOf(uid, position);
+    if (layout == nullptr) return found->frames.front();
+    const std::int32_t column = layout->columnOf(position);
+    return column < 0 ? kInvalidUID : frameOfColumn(*found, column);
+}
+
+UID ModelDocument::soleFrame(UID uid) const {
+    const Story* found = story(uid);
+    return found != nullptr && found->frames.size() == 1 ? found->frames.front() : kInvalidUID;
+}
+
+bool ModelDocument::isOverset(UID uid) {
+    const Story* found = story(uid);
+    if (found == nullptr) return false;
+    const StoryLayout* layout = layoutOf(uid, found->length());
+    return layout != nullptr && layout->isOverset();
+}
+
+}  // namespace tarnova
