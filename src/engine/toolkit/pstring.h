@@ -100,8 +100,8 @@ void pstrTrim(std::uint8_t* s);
 void pstrCutAtLineEnd(std::uint8_t* s);
 /// Copy without any CR or LF. `dst` may be `src`.
 void pstrStripLineEnds(std::uint8_t* dst, const std::uint8_t* src);
-/// Removes the escapes of special characters: runs of six characters that begin with "<" and end with ">". The search
-/// starts over behind each removal, so an escape that only then closes up goes too.
+/// Removes the escapes of special characters: runs of six characters that begin with "<" and end with ">". After each
+/// removal the search starts over, so an escape that only then closes up goes too.
 void pstrStripEscapes(std::uint8_t* s);
 
 /// Decimal text of a number.
