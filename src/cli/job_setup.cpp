@@ -1,0 +1,150 @@
+#include "cli/job_setup.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "data/key_index.h"
+#include "data/quick_setup.h"
+#include "definitions/ddf.h"
+#include "definitions/definition_state.h"
+#include "definitions/record_def_set.h"
+#include "engine/session/preferences.h"
+#include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
+#include "engine/toolkit/pstring.h"
+#include "host/files/layout_file.h"
+#include "host/text/composer.h"
+
+namespace tarnova {
+namespace {
+
+constexpr std::int16_t deleteLineWhenBlank = 1;  // `deleteline` with `nodata` 2
+
+/// Text of an error for people, its parameter filled in; both are cleared.
+std::string takeErrorText(errorWord error) {
+    auto& pending = session().pendingErrorParam;
+    const std::string text = fillMarkers(errorString(error).view(), pending).bytes();
+    pending[0] = 0;
+    session().engineError = 0;
+    return text.empty() ? fmt::format("failed with code {}", codeOfError(error)) : text;
+}
+
+bool fileExists(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored);
+}
+
+recordDefSetRec* newSetFor(const std::string& path) {
+    Str255 setName;
+    pstrFromView(setName, sizeof(setName), std::filesystem::path(path).filename().string());
+    recordDefSetRec* set = nullptr;
+    const errorWord error = recordDefSetNew(setName, path.c_str(), session().currentDefSet, set, 0);
+    return error == 0 ? set : nullptr;
+}
+
+recordDefRec* definitionAt(const recordDefSetRec& set, std::int32_t index) {
+    recordDefRec* definition = nullptr;
+    return recordDefAt(&set, index, definition, 0) == 0 ? definition : nullptr;
+}
+
+std::string definitionNames(const recordDefSetRec& set) {
+    std::string names;
+    for (std::int32_t i = 0; i < recordDefCount(&set); ++i) {
+        names += fmt::format("{}\"{}\"", names.empty() ? "" : ", ", pstrView(definitionAt(set, i)->name));
+    }
+    return names;
+}
+
+recordDefRec* definitionOfDdf(const dataChoiceRec& choice, recordDefSetRec& set) {
+    ddfReadReport report;
+    const errorWord error = ddfReadFile(choice.ddfPath.c_str(), set, &report, 0);
+    if (error != 0) {
+        const std::string reason = report.reason.empty() ? takeErrorText(error) : report.reason;
+        sayError(report.line > 0 ? fmt::format("{}:{}: {}", choice.ddfPath, report.line, reason)
+                                 : fmt::format("{}: {}", choice.ddfPath, reason));
+        return nullptr;
+    }
+    if (choice.definitionName.empty()) {
+        if (recordDefCount(&set) == 1) return definitionAt(set, 0);
+        sayError(recordDefCount(&set) == 0
+                     ? fmt::format("{}: the file holds no definition", choice.ddfPath)
+                     : fmt::format("{}: say which definition with --definition: {}", choice.ddfPath,
+                                   definitionNames(set)));
+        return nullptr;
+    }
+    Str31 name;
+    pstrFromView(name, sizeof(name), choice.definitionName);
+    recordDefRec* definition = nullptr;
+    if (findRecordDef(&set, name, definition, 0) != 0 || definition == nullptr) {
+        sayError(fmt::format("{}: no definition \"{}\"; the file holds {}", choice.ddfPath, choice.definitionName,
+                             definitionNames(set)));
+    }
+    return definition;
+}
+
+/// A definition from the first line of the data. An empty field takes its link's text away and, when nothing else
+/// stands there, its line: what a person expects of an address.
+recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice, recordDefSetRec& set) {
+    quickSetupAnalysis analysis;
+    errorWord error = quickSetupAnalyze(choice.dataPath.c_str(), analysis, 0);
+    if (error != 0 || analysis.cancelled) {
+        sayError(fmt::format("{}: {}", choice.dataPath, error != 0 ? takeErrorText(error) : "not a text file"));
+        return nullptr;
+    }
+    quickSetupChoices choices;
+    choices.nodata = nodataDelete;
+    choices.deleteline = deleteLineWhenBlank;
+    Str31 name;
+    defaultDefName(name);
+    recordDefRec* definition = nullptr;
+    error = quickSetupDefinition(set, name, analysis, choices, definition, 0);
+    if (error != 0) sayError(fmt::format("{}: {}", choice.dataPath, takeErrorText(error)));
+    return error == 0 ? definition : nullptr;
+}
+
+}  // namespace
+
+void sayError(const std::string& text) {
+    fmt::print(stderr, "tarnova: {}\n", text);
+}
+
+std::unique_ptr<DocumentModel> openLayoutForVerb(const std::string& path) {
+    layoutError error;
+    std::unique_ptr<DocumentModel> document = openLayout(path, error);
+    if (!document) {
+        sayError(error.line > 0 ? fmt::format("{}:{}: {}", path, error.line, error.message)
+                                : fmt::format("{}: {}", path, error.message));
+        return nullptr;
+    }
+    document->setComposer(makeComposer());
+    return document;
+}
+
+bool selectData(const dataChoiceRec& choice) {
+    if (!fileExists(choice.dataPath)) {
+        sayError(fmt::format("{}: no such data file", choice.dataPath));
+        return false;
+    }
+    recordDefSetRec* const set = newSetFor(choice.ddfPath.empty() ? choice.dataPath : choice.ddfPath);
+    if (set == nullptr) {
+        sayError("out of memory for a definition");
+        return false;
+    }
+    recordDefRec* const definition =
+        choice.ddfPath.empty() ? definitionOfFirstLine(choice, *set) : definitionOfDdf(choice, *set);
+    if (definition == nullptr) return false;
+    const std::string indexPath = stableIndexPath(*definition, choice.dataPath);
+    if (indexPath.empty() || !prepareIndexFile(indexPath, choice.dataPath)) {
+        sayError(fmt::format("{}: no index can be made for it in {}", choice.dataPath, indexFolderPath()));
+        return false;
+    }
+    pstrFromView(session().currentDefName, sizeof(Str255), pstrView(definition->name));
+    std::strncpy(definition->databasePath, indexPath.c_str(), sizeof(definition->databasePath) - 1);
+    appPrefs().hasHeaderRecord = choice.hasHeader ? 1 : 0;
+    return true;
+}
+
+}  // namespace tarnova

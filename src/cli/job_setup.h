@@ -1,0 +1,29 @@
+// What the verbs that run a job have in common: opening a layout, and making a definition current for a data file.
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/model/document_model.h"
+
+namespace tarnova {
+
+/// Opens a layout with a composer in place. Null after telling why on standard error.
+[[nodiscard]] std::unique_ptr<DocumentModel> openLayoutForVerb(const std::string& path);
+
+struct dataChoiceRec {
+    std::string dataPath;
+    std::string ddfPath;         // empty: the definition comes from the data's first line
+    std::string definitionName;  // empty: the only one of the DDF
+    bool hasHeader = true;
+};
+
+/// Makes the definition for a data file the session's current one, with an index path of its own. False after telling
+/// why on standard error.
+[[nodiscard]] bool selectData(const dataChoiceRec& choice);
+
+/// Writes "tarnova: <text>" to standard error.
+void sayError(const std::string& text);
+
+}  // namespace tarnova

@@ -1,0 +1,71 @@
+// The merge of text: replaces the run of each link in a story by its value.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "document/story_callback.h"
+#include "engine/toolkit/pm_string.h"
+#include "merge/tag_value.h"
+#include "tags/tag_record.h"
+
+namespace tarnova {
+
+/// A visitor for one walk of a pass. A link's tag stays on its new text, so that the next pass can merge it again.
+class ZavoPullStoryCallback final : public ZavoStoryCallback {
+   public:
+    /// Opens the data of the current definition; a failure is in `engineError` and makes `GetInitError` non-zero. With a
+    /// text in `statusText` the progress is shown. `changedWord` (borrowed, may be null) gets what changed.
+    ZavoPullStoryCallback(PMString statusText, std::uint16_t* changedWord);
+
+    bool StoryBegin(UIDRef story) override;
+    bool TagIsMine(UIDRef story, const TagAttribute& attribute) override;
+    std::int32_t TagProcess(UIDRef story) override;
+    std::int32_t StoryEnd(UIDRef story) override;
+
+   private:
+    /// A paragraph to look at when the story ends.
+    struct queuedParagraphRec {
+        std::int32_t position = 0;   // its start
+        bool unconditional = false;  // deleted also when it isn't blank
+    };
+
+    enum class Deletion : std::uint8_t { none, run };
+
+    std::int32_t pageEntryOfTag(UIDRef story);
+    errorWord chooseRecord(UIDRef story, errorWord priorError);
+    errorWord prepareValue(errorWord priorError);
+    void decideAction();
+    void refuseTag();
+    void decodeValue();
+    errorWord replaceRun(UIDRef story, errorWord priorError);
+    errorWord deleteRun(UIDRef story);
+    void queueParagraph(UIDRef story, std::int32_t atPosition, bool unconditional);
+    void resizeTag(std::int32_t newTextLength);
+    errorWord cleanParagraphs(UIDRef story, errorWord priorError);
+    errorWord cleanParagraph(UIDRef story, const queuedParagraphRec& entry);
+    void checkOverset(UIDRef story);
+
+    std::uint16_t* sharedChanged;
+    std::uint16_t changed = 0;  // bit 0: this story was touched
+    std::uint8_t mergeOn;       // the session's flag at construction
+
+    // The story: which page all its frames lie on, so that a link needs no composition to know its page.
+    std::int32_t storyPageEntry = 0;
+    bool storyPageKnown = false;
+    std::vector<queuedParagraphRec> paragraphQueue;
+
+    // The tag, from TagIsMine on.
+    tagDataRec tagRec{};
+    tagValueRec value;
+    bool keepMode = false;  // a value replaces the run
+    Deletion deleteMode = Deletion::none;
+    std::int16_t deleteLine = 0;
+    bool lockedLink = false;
+    bool associated = false;
+    std::u32string newText;  // the value as characters; its room is used again
+};
+
+}  // namespace tarnova

@@ -1,0 +1,39 @@
+// The value of one link: from a decoded tag to the bytes that the data gives for it.
+
+#pragma once
+
+#include <cstdint>
+
+#include "data/data_source.h"
+#include "definitions/record_def.h"
+#include "engine/toolkit/memory.h"
+#include "engine/toolkit/types.h"
+#include "tags/tag_record.h"
+
+namespace tarnova {
+
+struct tagValueRec {
+    const extractionRec* extraction = nullptr;  // the link's record; null when the definition has none of that name
+    const searchCriteriaRec* criteria = nullptr;
+    blockPtr<char> bytes;            // the value; null when there is none to put in place
+    std::uint32_t length = 0;        // of `bytes`
+    bool isHostText = false;         // a stand-in text of ours (UTF-8), not bytes of the data
+    std::int16_t status = 0;         // fetchStatus
+    std::int32_t recordNumber = -1;  // 0-based; after a search by key the record found
+    std::uint16_t encoding = 0;      // of data bytes: 0 Windows-1252, 1 UTF-8
+};
+
+/// Opens the data of the current definition as it stands now, and writes a new source back into the definition. Cheap
+/// when nothing changed: it runs before each fetch. `source` is null below `openStatus` 0.
+[[nodiscard]] errorWord openCurrentData(dataSourceRec*& source, std::int16_t& openStatus, std::uint16_t* encoding,
+                                        errorWord priorError);
+
+/// Fetches the value of a tag. `value.recordNumber` says which record; below 0 it is searched by the tag's key. A link
+/// or search criteria that the definition doesn't have give `fetchStatus` -1 and the bad tag text, without a fetch.
+[[nodiscard]] errorWord fetchForTag(const tagDataRec& tag, std::uint16_t defaultSet, tagValueRec& value,
+                                    errorWord priorError);
+
+/// Makes `text`, a Pascal string of ours, the value; null or an unset text leaves none.
+[[nodiscard]] errorWord takeHostText(const std::uint8_t* text, tagValueRec& value, errorWord priorError);
+
+}  // namespace tarnova

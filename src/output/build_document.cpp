@@ -1,0 +1,121 @@
+#include "output/build_document.h"
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "document/document.h"
+#include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
+#include "engine/toolkit/strings.h"
+#include "output/build_tables.h"
+
+namespace tarnova {
+namespace {
+
+/// Ends an expansion that has become slow: a running mean of the rounds against the mean of the first five.
+class SlowdownWatch {
+   public:
+    /// Notes one round; true on the tenth strike.
+    bool noteRound(double ticks, std::int32_t slotCount) {
+        if (slotCount <= baselineSlots) {
+            baseline = baseline == 0 ? ticks : (baseline + ticks) / 2;
+            return false;
+        }
+        recent = recent == 0 ? ticks : (recent + ticks) / 2;
+        if (recent > slowdownFactor * baseline) ++strikes;
+        return strikes >= strikeLimit;
+    }
+
+   private:
+    static constexpr std::int32_t baselineSlots = 5;
+    static constexpr double slowdownFactor = 1.2;
+    static constexpr int strikeLimit = 10;
+    double baseline = 0;
+    double recent = 0;
+    int strikes = 0;
+};
+
+/// Ticks of 1/60 second.
+double ticksNow() {
+    const std::chrono::duration<double, std::milli> now = std::chrono::steady_clock::now().time_since_epoch();
+    return now.count() / 16.6667;
+}
+
+/// Makes the next page of the expansion exist: it may be there already, as one of the template's or as a further page
+/// of a spread that was just copied; else the spread with the template's page is copied behind the last spread.
+errorWord addPage(Document& document) {
+    auto& run = session();
+    if (document.pageCount() == run.nextPageIndex) {
+        const UID templatePage = document.pageAt(run.nextPageIndex % run.templatePageCount);
+        const errorWord error = document.duplicateSpread(document.spreadOfPage(templatePage));
+        if (error != 0) return error;
+    }
+    ++run.nextPageIndex;
+    return 0;
+}
+
+errorWord addSlot(Document& document, errorWord priorError) {
+    errorWord error = priorError;
+    for (std::int32_t page = 0; page < session().templatePageCount && error == 0; ++page) {
+        error = addPage(document);
+        error = appendPageEntry(page, error);
+    }
+    return appendSlot(error);
+}
+
+}  // namespace
+
+void computeSlots() {
+    auto& run = session();
+    const std::uint32_t first = run.rangeFirst;
+    std::uint32_t last = run.rangeLast;
+    const bool cutsStacks = run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackSubset;
+    const bool stacksWholeFile =
+        run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackRange;
+    run.stackFirst = stacksWholeFile ? 0 : first - 1;
+    run.stackLast = run.recordPassMode == passModeStackSubset ? last : run.totalRecords;
+    if (cutsStacks) last = first - 1 + (run.stepBy + (last - first)) / run.stepBy;
+    run.recordBase = first - 1;
+    run.recordsToDo = last - first + 1;
+    run.recordsDone = 0;
+    if (run.recordPassMode == passModeStep) {
+        run.slotTarget = static_cast<std::int32_t>((run.recordsToDo + run.stepBy - 1) / run.stepBy);
+    } else if (run.recordPassMode != passModeNoStepping) {
+        run.slotTarget = static_cast<std::int32_t>(run.recordsToDo);
+    }
+}
+
+errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    auto& run = session();
+    const bool showsBar = showProgress && run.slotTarget != 1;
+    const PMString text = showsBar ? PMString(stringOfKey("kZavoBuildingDocumentMessageStringKey")) : PMString();
+    errorWord error = statusDialog(text, 0, showsBar, false, 0);
+    SlowdownWatch watch;
+    int shownPercent = 0;
+    while (error == 0 && run.slotCount < run.slotTarget) {
+        const double start = adaptive ? ticksNow() : 0;
+        error = addSlot(*document.database, error);
+        if (adaptive && error == 0 && watch.noteRound(ticksNow() - start, run.slotCount)) run.slotTarget = run.slotCount;
+        const int percent = static_cast<int>(std::int64_t{run.slotCount} * 100 / std::max(run.slotTarget, 1));
+        if (percent < shownPercent + 10) continue;
+        shownPercent = percent;
+        error = statusDialog(text, percent, showsBar, false, error);
+    }
+    return statusDialog(text, -1, showsBar, false, error);
+}
+
+errorWord pruneUnusedPages(UIDRef document, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    std::vector<UID> pages;
+    for (std::int32_t i = 0; const pageMapRec* page = pageMapAt(i); ++i) {
+        const recordSlotRec* const slot = recordSlotAt(page->slot);
+        if (slot == nullptr || slot->hasData != 0 || slot->slotIndex == 0) continue;
+        if (slot->hasMergeError != 0 || page->pageFlags != 0) continue;
+        pages.push_back(document.database->pageAt(i));
+    }
+    return pages.empty() ? 0 : document.database->removePages(pages);
+}
+
+}  // namespace tarnova

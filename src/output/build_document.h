@@ -1,0 +1,33 @@
+// Expanding a template into a document of many record slots, and taking away what received no record.
+
+#pragma once
+
+#include <cstdint>
+
+#include "document/uid.h"
+#include "engine/toolkit/types.h"
+
+namespace tarnova {
+
+inline constexpr errorWord errPruningMemory = 326;
+
+/// How records go to slots (`recordPassMode`).
+inline constexpr std::uint32_t passModeStep = 1;
+inline constexpr std::uint32_t passModeNoStepping = 2;
+inline constexpr std::uint32_t passModeCutAndStack = 3;
+inline constexpr std::uint32_t passModeStackRange = 4;
+inline constexpr std::uint32_t passModeStackSubset = 5;
+
+/// Derives `stackFirst`, `stackLast`, `recordBase`, `recordsToDo` and `slotTarget` from the range, the step and the pass
+/// mode of the session, at the start of a run.
+void computeSlots();
+
+/// Expands the document until it has `slotTarget` slots: the template's own pages are the first slot, each further one
+/// is a copy of its spreads. With `adaptive` the expansion ends early, and `slotTarget` with it, once adding pages has
+/// become slower than at the start (ten rounds above 1.2 times the first five).
+[[nodiscard]] errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, errorWord priorError);
+
+/// Deletes the pages of slots without data. Slot 0, slots with a merge error and flagged pages stay.
+[[nodiscard]] errorWord pruneUnusedPages(UIDRef document, errorWord priorError);
+
+}  // namespace tarnova

@@ -1,0 +1,170 @@
+#include "output/build_tables.h"
+
+#include <algorithm>
+
+#include "document/document.h"
+#include "engine/session/preferences.h"
+#include "engine/session/session.h"
+#include "output/build_document.h"
+
+namespace tarnova {
+namespace {
+
+struct tablesRec {
+    handlePtr slots;
+    handlePtr pages;
+};
+
+tablesRec& tables() {
+    static tablesRec instance;
+    return instance;
+}
+
+template <typename Entry>
+Entry* entriesOf(const handlePtr& table) {
+    return table ? reinterpret_cast<Entry*>(*table.get()) : nullptr;
+}
+
+/// Makes room for entry `count`. False when there is no memory; the table is then as it was.
+template <typename Entry>
+bool growTable(handlePtr& table, std::int32_t count) {
+    if (!table) table.reset(newHandle(0));
+    if (!table) return false;
+    const std::size_t size = handleSize(table.get());
+    if (static_cast<std::size_t>(count) * sizeof(Entry) < size) return true;
+    return resizeHandle(table.get(), size + tableGrowth * sizeof(Entry)) == 0;
+}
+
+void freePaddedRecords() {
+    for (std::int32_t i = 0; i < session().slotCount; ++i) freeHandle(recordSlotAt(i)->paddedRecords);
+    session().slotCount = 0;
+}
+
+/// A list with room for each sequence number in use, all free.
+blockHandle newPaddedRecords() {
+    const std::size_t count = std::max<std::size_t>(session().sequencesInUse, 1);
+    blockHandle list = newHandle(count * sizeof(std::int32_t));
+    if (list == nullptr) return nullptr;
+    auto* const records = reinterpret_cast<std::int32_t*>(*list);
+    std::fill(records, records + count, noPaddedRecord);
+    return list;
+}
+
+/// Enters the record at the first free place unless it stands there already.
+errorWord notePaddedRecord(const recordSlotRec& slot, std::int32_t recordNumber) {
+    auto* const first = reinterpret_cast<std::int32_t*>(*slot.paddedRecords);
+    auto* const limit = first + handleSize(slot.paddedRecords) / sizeof(std::int32_t);
+    auto* const place = std::find_if(
+        first, limit, [&](std::int32_t entry) { return entry == recordNumber || entry == noPaddedRecord; });
+    if (place == limit) return errTooManyPadded;
+    *place = recordNumber;
+    return 0;
+}
+
+bool lastEntryIsInData(std::int32_t recordNumber) {
+    const auto& run = session();
+    return recordNumber < static_cast<std::int32_t>(run.skipFirst + run.totalRecords);
+}
+
+const std::uint8_t* fillerText(std::int32_t recordNumber, const defaultStringSet& defaults) {
+    const bool isStackPad = lastEntryIsInData(recordNumber) || session().recordPassMode != passModeStep;
+    const defaultStringRec& entry = isStackPad ? defaults.stackPad : defaults.endOfFile;
+    return entry.enable != 0 ? entry.string : nullptr;
+}
+
+}  // namespace
+
+errorWord resetBuildTables(UIDRef document, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    freePaddedRecords();
+    auto& run = session();
+    run.pageEntryCount = 0;
+    run.nextPageIndex = 0;
+    run.templatePageCount = document.database->pageCount();
+    return 0;
+}
+
+void freeBuildTables() {
+    freePaddedRecords();
+    session().pageEntryCount = 0;
+    tables() = {};
+}
+
+recordSlotRec* recordSlotAt(std::int32_t index) {
+    if (index < 0 || index >= session().slotCount) return nullptr;
+    return entriesOf<recordSlotRec>(tables().slots) + index;
+}
+
+pageMapRec* pageMapAt(std::int32_t index) {
+    if (index < 0 || index >= session().pageEntryCount) return nullptr;
+    return entriesOf<pageMapRec>(tables().pages) + index;
+}
+
+errorWord appendPageEntry(std::int32_t pageInSlot, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    auto& run = session();
+    if (!growTable<pageMapRec>(tables().pages, run.pageEntryCount)) return errPageMapMemory;
+    entriesOf<pageMapRec>(tables().pages)[run.pageEntryCount] = {run.slotCount, pageInSlot, 0, 0, 0};
+    ++run.pageEntryCount;
+    return 0;
+}
+
+errorWord appendSlot(errorWord priorError) {
+    if (priorError != 0) return priorError;
+    auto& run = session();
+    if (!growTable<recordSlotRec>(tables().slots, run.slotCount)) return errSlotTableMemory;
+    recordSlotRec slot{};
+    slot.slotIndex = run.slotCount;
+    slot.firstRecord = noFirstRecord;
+    slot.paddedRecords = newPaddedRecords();
+    if (slot.paddedRecords == nullptr) return errSlotTableMemory;
+    entriesOf<recordSlotRec>(tables().slots)[run.slotCount] = slot;
+    ++run.slotCount;
+    return 0;
+}
+
+std::int32_t recordNumberOfPage(std::int32_t pageEntry) {
+    const auto& run = session();
+    const pageMapRec* const page = pageMapAt(pageEntry);
+    const std::int32_t slot = page != nullptr ? page->slot : std::max(run.slotCount - 1, 0);
+    const auto recordsPerSlot = static_cast<std::int32_t>(run.recordPassMode == passModeStep ? run.stepBy : 1);
+    return recordsPerSlot * slot + static_cast<std::int32_t>(run.skipFirst) + static_cast<std::int32_t>(run.recordBase);
+}
+
+std::int32_t recordNumberOfLink(std::int32_t pageEntry, std::int32_t sequence) {
+    const auto& run = session();
+    const std::int32_t first = recordNumberOfPage(pageEntry);
+    if (run.recordPassMode == passModeStep) return first + sequence - 1;
+    const auto step = static_cast<std::int32_t>(std::max<std::uint32_t>(run.stepBy, 1));
+    const auto stackHeight =
+        (step - static_cast<std::int32_t>(run.stackFirst) + static_cast<std::int32_t>(run.stackLast) - 1) / step;
+    return first + (sequence - 1) * stackHeight;
+}
+
+errorWord noteRecordRequest(std::int32_t pageEntry, std::int32_t recordNumber, const defaultStringSet& defaults,
+                            recordRequestRec& out, errorWord priorError) {
+    out = {};
+    if (priorError != 0) return priorError;
+    const auto& run = session();
+    if (!runIsActive()) return 0;
+    const pageMapRec* const page = pageMapAt(pageEntry);
+    recordSlotRec* const slot = page != nullptr ? recordSlotAt(page->slot) : nullptr;
+    errorWord error = 0;
+    if (lastEntryIsInData(recordNumber) && recordNumber < static_cast<std::int32_t>(run.skipFirst + run.stackLast)) {
+        if (slot != nullptr) slot->hasData |= 1;
+    } else {
+        out.pastEnd = true;
+        out.filler = fillerText(recordNumber, defaults);
+        if (slot != nullptr) {
+            if (appPrefs().pastEndCounts != 0) slot->pastEnd |= 1;
+            error = notePaddedRecord(*slot, recordNumber);
+        }
+    }
+    if (slot != nullptr) {
+        slot->firstRecord = std::min(slot->firstRecord, recordNumber);
+        slot->lastRecord = std::max(slot->lastRecord, recordNumber);
+    }
+    return error;
+}
+
+}  // namespace tarnova
