@@ -1,0 +1,277 @@
+#include "host/render/pdf_writer.h"
+
+#include <fmt/format.h>
+
+#include <span>
+
+#include "host/render/pdf_content.h"
+#include "host/render/pdf_fonts.h"
+#include "host/render/pdf_forms.h"
+#include "host/render/pdf_metadata.h"
+#include "host/render/pdf_objects.h"
+
+namespace tarnova {
+
+namespace {
+
+constexpr std::size_t pagesInNode = 100;
+
+void putReference(ByteBuffer& out, std::uint32_t number) {
+    out.putInteger(number);
+    out.put(" 0 R");
+}
+
+}  // namespace
+
+/// The parts of one file. Pages hang in nodes of 100, and these below the root (ISO 32000-2, 7.7.3); the resources are
+/// inherited from the root, one dictionary for all pages and forms.
+class PdfWriter::File {
+ public:
+    [[nodiscard]] bool open(const std::string& path, const PdfOptions& fileOptions) {
+        options = fileOptions;
+        if (!output.open(path)) return false;
+        objects.emplace(output, options.compressionLevel, options.objectStreams);
+        rootNode = objects->reserve();
+        resources = objects->reserve();
+        return true;
+    }
+
+    [[nodiscard]] bool addPage(const DocumentModel& document, UID page) {
+        if (closed()) return false;
+        if (!buildDisplayList(document, page, list)) {
+            return fail(document.page(page) == nullptr ? "the page isn't in the document"
+                                                       : "the document has no composer for its text");
+        }
+        return addPage(list);
+    }
+
+    [[nodiscard]] bool addPage(const DisplayList& page) {
+        if (closed()) return false;
+        if (!(page.page.width() > 0 && page.page.height() > 0)) return fail("a page has no area");
+        if (&page != &list) list.overset = page.overset;
+        oversetCount += static_cast<std::int64_t>(page.overset.size());
+        makeForms(page);
+        content.begin(page, false);
+        std::size_t nextForm = 0;
+        for (std::size_t i = 0; i < page.items.size();) {
+            if (page.items[i].repeats) {
+                const FormUse& use = formUses[nextForm++];
+                content.useForm(forms.forms()[use.form].name);
+                i = use.limit;
+            } else {
+                content.draw(page.items[i++]);
+            }
+        }
+        const std::uint32_t stream = objects->reserve();
+        objects->writeStream(stream, "", content.end());
+        writePage(page.page, stream);
+        return !output.failed();
+    }
+
+    [[nodiscard]] bool finish() {
+        if (closed()) return false;
+        if (pages == 0) return fail("it would have no pages");
+        if (!nodePages.empty()) writeNode();
+        writeRoot();
+        if (!writeResources()) return false;
+        writeCatalog();
+        const bool written = !output.failed() && output.finish();
+        objects.reset();
+        return written;
+    }
+
+    [[nodiscard]] const std::string& error() const { return output.failed() ? output.error() : notOpen; }
+
+    std::int64_t pages = 0;
+    std::int64_t oversetCount = 0;
+    DisplayList list;
+
+ private:
+    struct FormUse {
+        std::size_t form;   // index in the table
+        std::size_t limit;  // of its items on the page
+    };
+
+    [[nodiscard]] bool closed() {
+        if (!objects) notOpen = "the PDF file isn't open";
+        return !objects || output.failed();
+    }
+
+    bool fail(std::string_view reason) {
+        output.fail(reason);
+        return false;
+    }
+
+    /// Finds the form of each run of repeating items, and writes those that are new. A reference is shorter than any
+    /// drawing, so even a single small item is worth one.
+    void makeForms(const DisplayList& page) {
+        formUses.clear();
+        for (std::size_t i = 0; i < page.items.size(); ++i) {
+            if (!page.items[i].repeats) continue;
+            std::size_t limit = i + 1;
+            while (limit < page.items.size() && page.items[limit].repeats)
+                ++limit;
+            const std::span run(page.items.data() + i, limit - i);
+            const PdfForm* form = forms.find(page, run);
+            if (form == nullptr) form = &writeForm(page, run);
+            formUses.push_back({static_cast<std::size_t>(form - forms.forms().data()), limit});
+            i = limit;
+        }
+    }
+
+    const PdfForm& writeForm(const DisplayList& page, std::span<const DisplayItem> items) {
+        content.begin(page, true);
+        for (const DisplayItem& item : items)
+            content.draw(item);
+        body.clear();
+        body.put("/Type/XObject/Subtype/Form/BBox");
+        putBox(page.page);
+        body.put("/Resources ");
+        putReference(body, resources);
+        const std::uint32_t number = objects->reserve();
+        objects->writeStream(number, body.view(), content.end());
+        return forms.add(number);
+    }
+
+    void putBox(const PMRect& bounds) {
+        body.put("[0 0 ");
+        body.putFixed(ByteBuffer::quantize(bounds.width(), 1000), 3);
+        body.put(' ');
+        body.putFixed(ByteBuffer::quantize(bounds.height(), 1000), 3);
+        body.put(']');
+    }
+
+    void writePage(const PMRect& bounds, std::uint32_t stream) {
+        if (nodePages.empty()) {
+            nodes.push_back(objects->reserve());
+            nodePages.reserve(pagesInNode);
+        }
+        body.clear();
+        body.put("<</Type/Page/Parent ");
+        putReference(body, nodes.back());
+        for (const std::string_view box : {"/MediaBox", "/CropBox", "/TrimBox"}) {
+            body.put(box);
+            putBox(bounds);
+        }
+        body.put("/Contents ");
+        putReference(body, stream);
+        body.put(">>");
+        const std::uint32_t number = objects->reserve();
+        objects->write(number, body.view());
+        nodePages.push_back(number);
+        ++pages;
+        if (nodePages.size() == pagesInNode) writeNode();
+    }
+
+    void writeNode() {
+        putKids(nodePages, static_cast<std::int64_t>(nodePages.size()));
+        body.put("/Parent ");
+        putReference(body, rootNode);
+        body.put(">>");
+        objects->write(nodes.back(), body.view());
+        nodePages.clear();
+    }
+
+    void writeRoot() {
+        putKids(nodes, pages);
+        body.put("/Resources ");
+        putReference(body, resources);
+        body.put(">>");
+        objects->write(rootNode, body.view());
+    }
+
+    void putKids(const std::vector<std::uint32_t>& kids, std::int64_t count) {
+        body.clear();
+        body.put("<</Type/Pages/Count ");
+        body.putInteger(count);
+        body.put("/Kids[");
+        for (const std::uint32_t kid : kids) {
+            putReference(body, kid);
+            body.put(' ');
+        }
+        body.put(']');
+    }
+
+    [[nodiscard]] bool writeResources() {
+        body.clear();
+        body.put("<<");
+        if (!fonts.empty()) {
+            std::string error;
+            body.put("/Font<<");
+            if (!fonts.write(*objects, body, error)) return fail(error);
+            body.put(">>");
+        }
+        if (!forms.forms().empty()) {
+            body.put("/XObject<<");
+            for (const PdfForm& form : forms.forms()) {
+                body.put('/');
+                body.put(form.name);
+                body.put(' ');
+                putReference(body, form.number);
+            }
+            body.put(">>");
+        }
+        body.put(">>");
+        objects->write(resources, body.view());
+        return true;
+    }
+
+    void writeCatalog() {
+        const std::uint32_t metadata = objects->reserve();
+        objects->writePlainStream(metadata, "/Type/Metadata/Subtype/XML", pdfXmpPacket(options.title, options.creator));
+        const std::uint32_t catalog = objects->reserve();
+        std::string entries = fmt::format("<</Type/Catalog/Pages {} 0 R/Metadata {} 0 R", rootNode, metadata);
+        if (!content.language().empty()) entries += "/Lang" + pdfTextString(content.language());
+        if (!options.title.empty()) entries += "/ViewerPreferences<</DisplayDocTitle true>>";
+        objects->write(catalog, entries + ">>");
+        const std::uint32_t info = objects->reserve();
+        objects->write(info, pdfInfoDictionary(options.title, options.creator));
+        objects->finish(fmt::format("/Root {} 0 R/Info {} 0 R", catalog, info));
+    }
+
+    PdfOptions options;
+    OutputFile output;
+    std::optional<PdfObjects> objects;
+    PdfFontTable fonts;
+    PdfFormTable forms;
+    PdfContent content{fonts};
+    std::string notOpen;
+    ByteBuffer body;
+    std::uint32_t rootNode = 0;
+    std::uint32_t resources = 0;
+    std::vector<std::uint32_t> nodes;
+    std::vector<std::uint32_t> nodePages;  // of the last node, while it isn't written
+    std::vector<FormUse> formUses;
+};
+
+PdfWriter::PdfWriter() : file(std::make_unique<File>()) {}
+PdfWriter::~PdfWriter() = default;
+
+bool PdfWriter::open(const std::string& path, const PdfOptions& options) {
+    file = std::make_unique<File>();
+    return file->open(path, options);
+}
+
+bool PdfWriter::addPage(const DocumentModel& document, UID page) {
+    return file->addPage(document, page);
+}
+bool PdfWriter::addPage(const DisplayList& page) {
+    return file->addPage(page);
+}
+bool PdfWriter::finish() {
+    return file->finish();
+}
+const std::string& PdfWriter::error() const {
+    return file->error();
+}
+std::int64_t PdfWriter::pageCount() const {
+    return file->pages;
+}
+std::int64_t PdfWriter::oversetStories() const {
+    return file->oversetCount;
+}
+const std::vector<OversetText>& PdfWriter::oversetOnLastPage() const {
+    return file->list.overset;
+}
+
+}  // namespace tarnova
