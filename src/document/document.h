@@ -77,21 +77,21 @@ struct sectionRec {
 
 /// Changes go through named sequences that undo takes as one step. Sequences nest: only the outermost is a step.
 class DocumentCommands {
-   public:
-    /// Begins a sequence. With `undoable` clear nothing of it is kept, and steps before it can't be undone any more; inside
-    /// another sequence that holds for the outer one as a whole.
+ public:
+    /// Begins a sequence. With `undoable` clear nothing of it is kept, and steps before it can't be undone any more;
+    /// inside another sequence that holds for the outer one as a whole.
     [[nodiscard]] virtual errorWord BeginCommandSequence(std::string_view name, bool undoable = true) = 0;
     virtual void EndCommandSequence() = 0;
     /// Undoes the last step when it has this name; says whether it did.
     virtual bool undoNamedStep(std::string_view name) = 0;
 
-   protected:
+ protected:
     ~DocumentCommands() = default;
 };
 
 /// Spreads, pages, masters and layers, all in document order.
 class DocumentPages {
-   public:
+ public:
     [[nodiscard]] virtual std::int32_t spreadCount() const = 0;
     [[nodiscard]] virtual UID spreadAt(std::int32_t index) const = 0;
     [[nodiscard]] virtual std::int32_t masterCount() const = 0;
@@ -118,9 +118,9 @@ class DocumentPages {
     [[nodiscard]] virtual UID spreadOfPage(UID page) const = 0;
     /// Pages of a spread, left to right.
     [[nodiscard]] virtual std::vector<UID> pagesOfSpread(UID spread) const = 0;
-    /// Copies a spread with its pages, items, stories and item data behind the last spread. A story with frames on other
-    /// spreads too is not copied whole: the copied frames get a story of their own, with the text when the story's
-    /// first frame is among them and empty otherwise.
+    /// Copies a spread with its pages, items, stories and item data behind the last spread. A story with frames on
+    /// other spreads too is not copied whole: the copied frames get a story of their own, with the text when the
+    /// story's first frame is among them and empty otherwise.
     [[nodiscard]] virtual errorWord duplicateSpread(UID spread) = 0;
     /// Adds empty pages of the first page's size at the end, each on a spread of its own.
     [[nodiscard]] virtual errorWord addPages(std::int32_t count) = 0;
@@ -130,13 +130,13 @@ class DocumentPages {
     [[nodiscard]] virtual std::vector<sectionRec> sections() const = 0;
     [[nodiscard]] virtual errorWord createSection(const sectionRec& section) = 0;
 
-   protected:
+ protected:
     ~DocumentPages() = default;
 };
 
 /// Page items and what lies on them.
 class PageItems {
-   public:
+ public:
     [[nodiscard]] virtual ItemClass itemClass(UID item) const = 0;
     [[nodiscard]] virtual bool itemExists(UID item) const = 0;
     [[nodiscard]] virtual UID parent(UID item) const = 0;
@@ -168,13 +168,13 @@ class PageItems {
     /// Replaces the block, in a command; `nullopt` takes it away.
     [[nodiscard]] virtual errorWord setItemDataBlock(UID item, int store, std::optional<std::string> block) = 0;
 
-   protected:
+ protected:
     ~PageItems() = default;
 };
 
 /// Stories: one flat run of code points each, in threads that end in a closing mark (a return that is no text).
 class DocumentText {
-   public:
+ public:
     [[nodiscard]] virtual std::vector<UID> stories() const = 0;
     /// The story of a text frame, of a text column, or of the text on a frame's path; `kInvalidUID` for others.
     [[nodiscard]] virtual UID textOfFrame(UID item) const = 0;
@@ -187,10 +187,10 @@ class DocumentText {
     /// Code points of a range; a range that leaves the story is cut to it.
     [[nodiscard]] virtual std::u32string textRead(UID story, std::int32_t start, std::int32_t length) const = 0;
 
-    /// Replaces `count` characters. New text takes the attributes of the first replaced character; with a `count` of 0 it
-    /// inserts, with the attributes of the character in front (of the character behind at the story's start). A closing
-    /// mark can't be replaced or deleted: such a change is refused. With `keepCharacters` the text is taken as it
-    /// stands, else CR LF and LF become CR.
+    /// Replaces `count` characters. New text takes the attributes of the first replaced character; with a `count` of 0
+    /// it inserts, with the attributes of the character in front (of the character behind at the story's start). A
+    /// closing mark can't be replaced or deleted: such a change is refused. With `keepCharacters` the text is taken as
+    /// it stands, else CR LF and LF become CR.
     [[nodiscard]] virtual errorWord textReplace(UID story, std::int32_t start, std::int32_t count,
                                                 std::u32string_view text, bool keepCharacters) = 0;
     [[nodiscard]] virtual errorWord textDelete(UID story, std::int32_t start, std::int32_t count) = 0;
@@ -214,47 +214,48 @@ class DocumentText {
     /// Composes the whole document, or a story at least to the position. Asking below does it by itself.
     virtual void composeDocument() = 0;
     virtual void composeStoryThrough(UID story, std::int32_t position) = 0;
-    /// The frame that shows a position, or `kInvalidUID` in an overset part. This composes as far as the position unless
-    /// it is known already; `soleFrame` is the quick question. With nobody there to compose, every text is taken to fit
-    /// into its first frame.
+    /// The frame that shows a position, or `kInvalidUID` in an overset part. This composes as far as the position
+    /// unless it is known already; `soleFrame` is the quick question. With nobody there to compose, every text is taken
+    /// to fit into its first frame.
     [[nodiscard]] virtual UID frameAt(UID story, std::int32_t position) = 0;
-    /// The frame of a story that has just one, else `kInvalidUID`. Never composes, and so says nothing of overset: it is
-    /// for callers that only want the page on which the text would stand.
+    /// The frame of a story that has just one, else `kInvalidUID`. Never composes, and so says nothing of overset: it
+    /// is for callers that only want the page on which the text would stand.
     [[nodiscard]] virtual UID soleFrame(UID story) const = 0;
     [[nodiscard]] virtual bool isOverset(UID story) = 0;
 
-   protected:
+ protected:
     ~DocumentText() = default;
 };
 
 /// Tables: declared as they will stand; a model without tables answers none.
 class DocumentTables {
-   public:
+ public:
     /// The table whose cell a position lies in, or `kInvalidUID`.
     [[nodiscard]] virtual UID tableOfCell(UID story, std::int32_t position) const = 0;
     [[nodiscard]] virtual std::int32_t rowCount(UID table) const = 0;
     [[nodiscard]] virtual std::int32_t columnCount(UID table) const = 0;
     [[nodiscard]] virtual errorWord deleteRows(UID table, std::int32_t first, std::int32_t count) = 0;
 
-   protected:
+ protected:
     ~DocumentTables() = default;
 };
 
 /// Where the document lives and what state it is in.
 class DocumentStorage {
-   public:
+ public:
     /// Folder and file name (UTF-8); empty for a document that was never saved.
     [[nodiscard]] virtual std::string documentFolder() const = 0;
     [[nodiscard]] virtual std::string documentName() const = 0;
     [[nodiscard]] virtual bool documentIsSaved() const = 0;
-    /// A copy in memory with the same UIDs, which knows this document's folder and name but isn't saved. It shares all content with this document until one of them changes it, so it
-    /// costs little, and what is still shared is known to repeat (see `markTemplate`).
+    /// A copy in memory with the same UIDs, which knows this document's folder and name but isn't saved. It shares all
+    /// content with this document until one of them changes it, so it costs little, and what is still shared is known
+    /// to repeat (see `markTemplate`).
     [[nodiscard]] virtual std::unique_ptr<Document> documentCopy() const = 0;
     /// Says that the pages as they are now will be repeated: what a copied page keeps unchanged from here on is written
     /// once by an output that can share.
     virtual void markTemplate() = 0;
 
-   protected:
+ protected:
     ~DocumentStorage() = default;
 };
 
@@ -265,7 +266,7 @@ class Document : public DocumentCommands,
                  public DocumentText,
                  public DocumentTables,
                  public DocumentStorage {
-   public:
+ public:
     virtual ~Document() = default;
     /// The object that stands for the document itself in a `UIDRef`.
     [[nodiscard]] virtual UID documentUid() const = 0;

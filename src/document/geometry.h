@@ -44,8 +44,11 @@ struct PMMatrix {
     [[nodiscard]] PMPoint map(PMPoint p) const { return {a * p.x + c * p.y + tx, b * p.x + d * p.y + ty}; }
     /// This matrix first, then `next`.
     [[nodiscard]] PMMatrix then(const PMMatrix& next) const {
-        return {next.a * a + next.c * b,  next.b * a + next.d * b,  next.a * c + next.c * d,
-                next.b * c + next.d * d,  next.a * tx + next.c * ty + next.tx,
+        return {next.a * a + next.c * b,
+                next.b * a + next.d * b,
+                next.a * c + next.c * d,
+                next.b * c + next.d * d,
+                next.a * tx + next.c * ty + next.tx,
                 next.b * tx + next.d * ty + next.ty};
     }
     /// The bounds of the mapped rectangle.
@@ -53,7 +56,8 @@ struct PMMatrix {
         const PMPoint p[4] = {map({r.left, r.top}), map({r.right, r.top}), map({r.left, r.bottom}),
                               map({r.right, r.bottom})};
         PMRect out{p[0].x, p[0].y, p[0].x, p[0].y};
-        for (const PMPoint& q : p) out = out.united({q.x, q.y, q.x, q.y});
+        for (const PMPoint& q : p)
+            out = out.united({q.x, q.y, q.x, q.y});
         return out;
     }
     [[nodiscard]] bool isIdentity() const { return *this == PMMatrix{}; }

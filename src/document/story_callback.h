@@ -68,19 +68,23 @@ class ZavoStoryCallback : public IStoryCallback {
     std::int32_t tagLength = 0;  // 0: no tag is open
     std::int32_t tagTail = 0;    // 1 when the tag ends at its thread's end
     std::uint32_t tagId = 0;
-    UIDRef frameRef;  // the frame that shows the tag's first character; nothing when that is overset
+    UIDRef frameRef;  // the frame that shows the tag's first character; no item when that is overset
+    /// Cleared by a callback that doesn't read `frameRef`: finding it may have to compose the story.
+    bool wantsFrame = true;
     std::uint16_t* cancel = nullptr;
 
  private:
     void readRun(UIDRef story);
-    bool continuesTag(UIDRef story) const;
+    [[nodiscard]] bool continuesTag() const;
+    void openTag();
     std::int32_t closeTag(UIDRef story);
     std::int32_t scan(UIDRef story);
     void moveProgress();
 
-    const TagAttribute* runTag = nullptr;
-    std::int32_t threadEnd = 0;  // of the thread that the run lies in
-    std::int32_t tagThreadEnd = 0;
+    const TagAttribute* runTag = nullptr;  // of the run under the scan
+    std::int32_t threadStart = 0;          // the thread that the run lies in; an empty one is asked for anew
+    std::int32_t threadLimit = 0;
+    std::int32_t tagThreadLimit = 0;
     std::int32_t lastTenth = 0;
 };
 

@@ -25,26 +25,26 @@ enum class TextAttributeClass : std::uint8_t {
 enum class TextPosition : std::uint8_t { normal, superscript, subscript };
 
 class TextAttribute {
-   public:
+ public:
     virtual ~TextAttribute() = default;
     [[nodiscard]] virtual TextAttributeClass attributeClass() const = 0;
 };
 
 /// A number in points, or 0/1 for the underline, or a `TextPosition`.
 class NumberAttribute final : public TextAttribute {
-   public:
+ public:
     NumberAttribute(TextAttributeClass itsClass, double itsValue) : kind(itsClass), number(itsValue) {}
     [[nodiscard]] TextAttributeClass attributeClass() const override { return kind; }
     [[nodiscard]] double value() const { return number; }
 
-   private:
+ private:
     TextAttributeClass kind;
     double number;
 };
 
 /// The attribute of a text link. It is shared, unchanged, by every run that carries it.
 class TagAttribute final : public TextAttribute {
-   public:
+ public:
     /// Text for display and identity of the run's tag; `data` is the stored tag record.
     struct Content {
         std::string ownerName;        // the store: "Kelvane" or "Tallyra"
@@ -70,18 +70,18 @@ class TagAttribute final : public TextAttribute {
     [[nodiscard]] const std::string& data() const { return content_.data; }
     [[nodiscard]] const Content& content() const { return content_; }
 
-   private:
+ private:
     TextAttributeClass kind;
     Content content_;
 };
 
 /// The attributes of one run. Owned by the document, valid until the story changes.
 class AttributeBossList {
-   public:
+ public:
     /// The run's own attribute of the class, or null.
     [[nodiscard]] virtual const TextAttribute* QueryByClassID(TextAttributeClass attributeClass) const = 0;
 
-   protected:
+ protected:
     ~AttributeBossList() = default;
 };
 

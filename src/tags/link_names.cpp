@@ -21,26 +21,26 @@ void noteName(std::string_view storedTag, std::vector<std::string>& names) {
 }
 
 class TextLinkNames final : public ZavoStoryCallback {
-   public:
+ public:
     explicit TextLinkNames(std::vector<std::string>& out) : names(out) {}
     bool TagIsMine(UIDRef, const TagAttribute& attribute) override {
         if (attribute.ownerName() == engineName()) noteName(attribute.data(), names);
         return false;
     }
 
-   private:
+ private:
     std::vector<std::string>& names;
 };
 
 class FrameLinkNames final : public ZavoFrameCallback {
-   public:
+ public:
     explicit FrameLinkNames(std::vector<std::string>& out) : names(out) {}
     bool TagIsMine(std::string_view data) override {
         noteName(data, names);
         return false;
     }
 
-   private:
+ private:
     std::vector<std::string>& names;
 };
 

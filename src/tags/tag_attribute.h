@@ -22,12 +22,20 @@ struct tagStrings {
 /// Fills the texts of a new tag for engine mode 0 or 1; for any other mode `ownerName` stays as it is.
 void tagStringsInit(tagStrings& strings, std::uint16_t mode);
 
+/// The class of the tag attributes of the engine mode's store.
+[[nodiscard]] TextAttributeClass tagClassOfMode();
+
 /// True when the attribute belongs to the store of the engine mode. Every reader of attributes asks before it believes
 /// one.
 [[nodiscard]] bool tagIsOwn(const TagAttribute& attribute);
 
 /// The tag attribute of the store in a run's attributes, or null; valid as long as they are.
 [[nodiscard]] const TagAttribute* ownTagOf(const AttributeBossList* attributes);
+
+/// Whether a run of characters that has a tag attribute is a tag at all, with the run clipped to its thread: one that
+/// holds an anchored item or a table isn't, nor is a single character that is its thread's closing mark.
+[[nodiscard]] bool runCarriesTag(const Document& document, UID story, std::int32_t start, std::int32_t length,
+                                 bool endsThread);
 
 /// An identity for a new text tag of the document: no tag of either store has it, and the last one given out was
 /// another.
