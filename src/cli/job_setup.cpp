@@ -42,7 +42,8 @@ recordDefSetRec* newSetFor(const std::string& path) {
     pstrFromView(setName, sizeof(setName), std::filesystem::path(path).filename().string());
     recordDefSetRec* set = nullptr;
     const errorWord error = recordDefSetNew(setName, path.c_str(), session().currentDefSet, set, 0);
-    return error == 0 ? set : nullptr;
+    if (error != 0) sayError(fmt::format("{}: {}", path, takeErrorText(error)));
+    return set;
 }
 
 recordDefRec* definitionAt(const recordDefSetRec& set, std::int32_t index) {
@@ -58,15 +59,18 @@ std::string definitionNames(const recordDefSetRec& set) {
     return names;
 }
 
-recordDefRec* definitionOfDdf(const dataChoiceRec& choice, recordDefSetRec& set) {
+recordDefSetRec* readDdf(const std::string& path) {
+    recordDefSetRec* set = nullptr;
     ddfReadReport report;
-    const errorWord error = ddfReadFile(choice.ddfPath.c_str(), set, &report, 0);
-    if (error != 0) {
-        const std::string reason = report.reason.empty() ? takeErrorText(error) : report.reason;
-        sayError(report.line > 0 ? fmt::format("{}:{}: {}", choice.ddfPath, report.line, reason)
-                                 : fmt::format("{}: {}", choice.ddfPath, reason));
-        return nullptr;
-    }
+    const errorWord error = ddfReadFile(path.c_str(), session().currentDefSet, set, &report, 0);
+    if (error == 0) return set;
+    const std::string reason = report.reason.empty() ? takeErrorText(error) : report.reason;
+    sayError(report.line > 0 ? fmt::format("{}:{}: {}", path, report.line, reason) : fmt::format("{}: {}", path, reason));
+    return nullptr;
+}
+
+/// The definition that was asked for by name, or the only one.
+recordDefRec* definitionOfDdf(const dataChoiceRec& choice, const recordDefSetRec& set) {
     if (choice.definitionName.empty()) {
         if (recordDefCount(&set) == 1) return definitionAt(set, 0);
         sayError(recordDefCount(&set) == 0
@@ -128,13 +132,10 @@ bool selectData(const dataChoiceRec& choice) {
         sayError(fmt::format("{}: no such data file", choice.dataPath));
         return false;
     }
-    recordDefSetRec* const set = newSetFor(choice.ddfPath.empty() ? choice.dataPath : choice.ddfPath);
-    if (set == nullptr) {
-        sayError("out of memory for a definition");
-        return false;
-    }
-    recordDefRec* const definition =
-        choice.ddfPath.empty() ? definitionOfFirstLine(choice, *set) : definitionOfDdf(choice, *set);
+    const bool fromDdf = !choice.ddfPath.empty();
+    recordDefSetRec* const set = fromDdf ? readDdf(choice.ddfPath) : newSetFor(choice.dataPath);
+    if (set == nullptr) return false;
+    recordDefRec* const definition = fromDdf ? definitionOfDdf(choice, *set) : definitionOfFirstLine(choice, *set);
     if (definition == nullptr) return false;
     const std::string indexPath = stableIndexPath(*definition, choice.dataPath);
     if (indexPath.empty() || !prepareIndexFile(indexPath, choice.dataPath)) {

@@ -43,6 +43,10 @@ void appendData(std::u32string& out, std::string_view bytes, bool isUtf8Text) {
 /// The page entry on which all frames of a story lie, or nothing when they lie on several (or the story has none).
 bool commonPageEntry(UIDRef story, std::int32_t& pageEntry) {
     const Document& document = *story.database;
+    if (const UID frame = document.soleFrame(story.uid); frame != kInvalidUID) {
+        pageEntry = std::max(document.pageIndex(document.pageOfItem(frame).page), 0);
+        return true;
+    }
     const std::vector<UID> frames = document.framesOfStory(story.uid);
     if (frames.empty()) return false;
     const UID page = document.pageOfItem(frames.front()).page;
@@ -58,6 +62,7 @@ ZavoPullStoryCallback::ZavoPullStoryCallback(PMString statusText, std::uint16_t*
     : ZavoStoryCallback(!statusText.empty(), std::move(statusText)),
       sharedChanged(changedWord),
       mergeOn(session().mergeOn) {
+    wantsFrame = false;  // asked for only where the page can't be known without composition
     dataSourceRec* source = nullptr;
     std::int16_t status = openStatusNothing;
     session().engineError = openCurrentData(source, status, nullptr, session().engineError);
