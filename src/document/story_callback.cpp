@@ -89,11 +89,17 @@ void ZavoStoryCallback::openTag() {
 std::int32_t ZavoStoryCallback::closeTag(UIDRef story) {
     tagTail = tagStart + tagLength >= tagThreadLimit ? 1 : 0;
     frameRef = kInvalidUIDRef;
-    if (wantsFrame) frameRef = {story.database, story.database->frameAt(story.uid, tagStart)};
+    if (wantsFrame) frameRef = {story.database, frameOfTag(story)};
     const std::int32_t result = TagProcess(story);
     tagLength = 0;
     threadStart = threadLimit = 0;
     return result;
+}
+
+// A story in a single frame isn't composed for the answer, which a merge asks for at every tag.
+UID ZavoStoryCallback::frameOfTag(UIDRef story) const {
+    const UID sole = story.database->soleFrame(story.uid);
+    return sole != kInvalidUID ? sole : story.database->frameAt(story.uid, tagStart);
 }
 
 void ZavoStoryCallback::moveProgress() {

@@ -68,7 +68,9 @@ class ZavoStoryCallback : public IStoryCallback {
     std::int32_t tagLength = 0;  // 0: no tag is open
     std::int32_t tagTail = 0;    // 1 when the tag ends at its thread's end
     std::uint32_t tagId = 0;
-    UIDRef frameRef;  // the frame that shows the tag's first character; no item when that is overset
+    /// The frame that shows the tag's first character; no item when that is overset in a story of several frames. A
+    /// story with a single frame gives that one, overset or not.
+    UIDRef frameRef;
     /// Cleared by a callback that doesn't read `frameRef`: finding it may have to compose the story.
     bool wantsFrame = true;
     std::uint16_t* cancel = nullptr;
@@ -78,6 +80,7 @@ class ZavoStoryCallback : public IStoryCallback {
     [[nodiscard]] bool continuesTag() const;
     void openTag();
     std::int32_t closeTag(UIDRef story);
+    [[nodiscard]] UID frameOfTag(UIDRef story) const;
     std::int32_t scan(UIDRef story);
     void moveProgress();
 

@@ -245,6 +245,7 @@ bool Walker::showsTextFirst(UID column) const {
     if (document.columnIndex(column) != 0) return false;
     const UID story = document.textOfFrame(column);
     if (story == kInvalidUID) return false;
+    if (document.soleFrame(story) == document.parent(column)) return true;
     const std::vector<UID> thread = document.framesOfStory(story);
     return thread.empty() || thread.front() == document.parent(column);
 }
