@@ -1,7 +1,8 @@
 // A story after composition: positioned glyphs in lines, by column. Drawing reads it and changes nothing.
 //
-// Coordinates are those of the frame that holds the column, in points, y downward; a glyph's pen position is the sum of
-// the run's origin and the advances in front of it.
+// Coordinates are the inner ones of the frame that holds the column, those of its shape's bounds, in points, y downward;
+// a glyph's pen position is the sum of the run's origin and the advances in front of it. Spaces at a line's end, soft
+// hyphens inside a line, tabs, returns and the closing mark have no glyphs. Runs and glyphs are in visual order.
 
 #pragma once
 
@@ -31,8 +32,8 @@ struct GlyphRun {
     const CharFormat* format = nullptr;  // colour, decorations; interned
     float size = 0;                      // points, after superscript and small caps
     float horizontalScale = 1;
-    float x = 0;                         // of the first glyph's origin, from the frame's left
-    float y = 0;                         // baseline, baseline shift included, from the frame's top
+    float x = 0;                         // of the first glyph's origin
+    float y = 0;                         // baseline, baseline shift included
     float width = 0;                     // points
     std::uint32_t firstGlyph = 0;        // into ComposedStory::glyphs
     std::uint32_t glyphCount = 0;

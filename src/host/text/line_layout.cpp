@@ -1,0 +1,326 @@
+#include "host/text/line_layout.h"
+
+#include <unicode/ubidi.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+#include "host/text/tab_gap.h"
+
+namespace tarnova {
+
+namespace {
+
+bool isStretchable(char32_t c) {
+    return c == U' ' || c == 0xA0;
+}
+
+/// Finds the end of a line, piece by piece.
+class LineBreaker {
+ public:
+    LineBreaker(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format)
+        : paragraph_(paragraph), measure_(measure), format_(format), extent_{first, first, false, false} {}
+
+    LineExtent run() {
+        for (std::size_t at = extent_.first; at < paragraph_.pieces.size(); ++at) {
+            if (!add(at)) return extent_;
+            if (paragraph_.pieces[at].breakAfter == LineBreak::mandatory) return endAt(at + 1, true);
+            noteOpportunity(at);
+        }
+        return endAt(paragraph_.pieces.size(), true);
+    }
+
+ private:
+    LineExtent endAt(std::size_t limit, bool isForced) {
+        closeTab(limit);
+        extent_.limit = limit;
+        extent_.isForced = isForced;
+        return extent_;
+    }
+
+    /// Adds a piece. False when the line ended in front of it or inside; `extent_` is then complete.
+    bool add(std::size_t at) {
+        Piece& piece = paragraph_.pieces[at];
+        if (piece.isTab) {
+            closeTab(at);
+            openTab(at);
+            return true;
+        }
+        const float end = x_ + (tab_ ? tab_->gapWith(paragraph_, piece) : 0.0F) + piece.width;
+        if (end <= measure_.width + lengthTolerance) {
+            take(piece);
+            return true;
+        }
+        if (opportunity_) {
+            endAt(*opportunity_, false);
+            extent_.showsHyphen = opportunityHyphenates_;
+        } else {
+            cutWord(at);
+        }
+        return false;
+    }
+
+    void take(const Piece& piece) {
+        if (tab_) tab_->add(paragraph_, piece);
+        x_ += piece.width + piece.hangingWidth;
+    }
+
+    /// A word that is longer than the line ends it wherever it must.
+    void cutWord(std::size_t at) {
+        const bool isFirst = at == extent_.first;
+        const float left = measure_.width + lengthTolerance - x_ - (tab_ ? tab_->gap() : 0.0F);
+        const bool wasCut = paragraph_.splitPiece(at, left, isFirst);
+        endAt(wasCut || isFirst ? at + 1 : at, false);
+        extent_.isForced = extent_.limit == paragraph_.pieces.size();
+    }
+
+    void noteOpportunity(std::size_t at) {
+        const Piece& piece = paragraph_.pieces[at];
+        if (piece.breakAfter == LineBreak::none) return;
+        if (piece.hyphenates) {
+            const float hyphen = paragraph_.hyphenFor(piece).advance * paragraph_.styleOf(piece).scale();
+            const float end = x_ + (tab_ ? tab_->gap() : 0.0F) + hyphen;
+            if (end > measure_.width + lengthTolerance) return;
+        }
+        opportunity_ = at + 1;
+        opportunityHyphenates_ = piece.hyphenates;
+    }
+
+    void openTab(std::size_t at) {
+        const float column = measure_.left + x_;
+        const TabStop stop = nextTabStop(format_, measure_, column);
+        const float room = std::min(static_cast<float>(stop.position) - measure_.left, measure_.width) - x_;
+        tab_.emplace(stop.kind, std::max(room, 0.0F), at);
+    }
+
+    /// Settles the width of the open tab by the pieces behind it up to `limit`, which may be fewer than were tried.
+    void closeTab(std::size_t limit) {
+        if (!tab_) return;
+        tab_->restart();
+        for (std::size_t i = tab_->piece() + 1; i < limit; ++i)
+            tab_->add(paragraph_, paragraph_.pieces[i]);
+        paragraph_.pieces[tab_->piece()].width = tab_->gap();
+        x_ += tab_->gap();
+        tab_.reset();
+    }
+
+    Paragraph& paragraph_;
+    const LineMeasure& measure_;
+    const ParaFormat& format_;
+    LineExtent extent_;
+    float x_ = 0;  // behind the last piece, without the gap of an open tab
+    std::optional<TabGap> tab_;
+    std::optional<std::size_t> opportunity_;  // the piece behind it
+    bool opportunityHyphenates_ = false;
+};
+
+/// What is set of a line: the pieces without those that hang at its end.
+struct VisiblePart {
+    std::size_t limit = 0;      // pieces
+    std::uint32_t dropped = 0;  // glyphs at the end of the last one
+    float width = 0;
+    std::size_t stretchFrom = 0;  // first piece behind the last tab
+};
+
+VisiblePart visiblePart(const Paragraph& paragraph, const LineExtent& extent) {
+    VisiblePart part{extent.limit, 0, 0, extent.first};
+    const auto hangs = [](const Piece& piece) { return piece.glyphCount == piece.hangingGlyphs && !piece.isTab; };
+    while (part.limit > extent.first && hangs(paragraph.pieces[part.limit - 1]))
+        --part.limit;
+    for (std::size_t i = extent.first; i < part.limit; ++i) {
+        const Piece& piece = paragraph.pieces[i];
+        part.width += piece.width + (i + 1 < part.limit ? piece.hangingWidth : 0);
+        if (piece.isTab) part.stretchFrom = i + 1;
+    }
+    if (part.limit > extent.first) part.dropped = paragraph.pieces[part.limit - 1].hangingGlyphs;
+    return part;
+}
+
+/// Writes the pieces of a line into a story.
+class LinePlacer {
+ public:
+    LinePlacer(const Paragraph& paragraph, const VisiblePart& part, ComposedStory& story)
+        : paragraph_(paragraph), part_(part), story_(story) {}
+
+    float x = 0;
+    float baseline = 0;
+    float stretch = 0;  // points for each space
+    std::u32string_view text;
+
+    void placeAll(std::size_t first) {
+        const bool hasLevels = std::any_of(paragraph_.pieces.begin() + static_cast<std::ptrdiff_t>(first),
+                                           paragraph_.pieces.begin() + static_cast<std::ptrdiff_t>(part_.limit),
+                                           [](const Piece& piece) { return piece.level != 0; });
+        if (hasLevels) {
+            placeReordered(first);
+            return;
+        }
+        for (std::size_t i = first; i < part_.limit; ++i)
+            place(i);
+    }
+
+    void placeHyphen(const Piece& piece) {
+        const PlacedGlyph hyphen = paragraph_.hyphenFor(piece);
+        GlyphRun& run = runFor(paragraph_.styleOf(piece));
+        append(run, &hyphen, 1);
+    }
+
+ private:
+    void placeReordered(std::size_t first) {
+        static thread_local std::vector<UBiDiLevel> levels;
+        static thread_local std::vector<std::int32_t> order;
+        levels.clear();
+        for (std::size_t i = first; i < part_.limit; ++i)
+            levels.push_back(paragraph_.pieces[i].level);
+        order.resize(levels.size());
+        ubidi_reorderVisual(levels.data(), static_cast<std::int32_t>(levels.size()), order.data());
+        for (std::int32_t index : order)
+            place(first + static_cast<std::size_t>(index));
+    }
+
+    void place(std::size_t index) {
+        const Piece& piece = paragraph_.pieces[index];
+        if (piece.isTab) {
+            x += piece.width;
+            open_ = false;
+            return;
+        }
+        const std::uint32_t count = piece.glyphCount - (index + 1 == part_.limit ? part_.dropped : 0);
+        if (count == 0) return;
+        GlyphRun& run = runFor(paragraph_.styleOf(piece));
+        const std::size_t from = story_.glyphs.size();
+        append(run, paragraph_.glyphs.data() + piece.firstGlyph, count);
+        if (stretch != 0 && index >= part_.stretchFrom) widenSpaces(run, from);
+    }
+
+    /// The run that goes on at `x` with a style: the last one, or a new one.
+    GlyphRun& runFor(const TextStyle& style) {
+        if (open_ && style_ == &style) return story_.runs.back();
+        GlyphRun run;
+        run.font = &style.font();
+        run.format = style.format;
+        run.size = style.size;
+        run.horizontalScale = style.horizontalScale;
+        run.x = x;
+        run.y = baseline - style.shift;
+        run.firstGlyph = static_cast<std::uint32_t>(story_.glyphs.size());
+        open_ = true;
+        style_ = &style;
+        return story_.runs.emplace_back(run);
+    }
+
+    void append(GlyphRun& run, const PlacedGlyph* glyphs, std::uint32_t count) {
+        story_.glyphs.insert(story_.glyphs.end(), glyphs, glyphs + count);
+        run.glyphCount += count;
+        float advance = 0;
+        for (std::uint32_t i = 0; i < count; ++i)
+            advance += glyphs[i].advance;
+        grow(run, advance * style_->scale());
+    }
+
+    void grow(GlyphRun& run, float width) {
+        run.width += width;
+        x += width;
+    }
+
+    void widenSpaces(GlyphRun& run, std::size_t from) {
+        const float perSpace = stretch / style_->scale();
+        for (std::size_t i = from; i < story_.glyphs.size(); ++i) {
+            PlacedGlyph& glyph = story_.glyphs[i];
+            if (!isStretchable(text[glyph.position])) continue;
+            glyph.advance += perSpace;
+            grow(run, stretch);
+        }
+    }
+
+    const Paragraph& paragraph_;
+    const VisiblePart& part_;
+    ComposedStory& story_;
+    const TextStyle* style_ = nullptr;
+    bool open_ = false;
+};
+
+std::size_t stretchableSpaces(const Paragraph& paragraph, const VisiblePart& part, std::u32string_view text) {
+    std::size_t count = 0;
+    for (std::size_t i = part.stretchFrom; i < part.limit; ++i) {
+        const Piece& piece = paragraph.pieces[i];
+        const std::uint32_t glyphs = piece.glyphCount - (i + 1 == part.limit ? part.dropped : 0);
+        for (std::uint32_t g = 0; g < glyphs; ++g)
+            count += isStretchable(text[paragraph.glyphs[piece.firstGlyph + g].position]) ? 1 : 0;
+    }
+    return count;
+}
+
+bool isJustified(Alignment alignment, bool isForced) {
+    return alignment == Alignment::justifyAll || (alignment == Alignment::justifyLeft && !isForced);
+}
+
+/// How far in the line begins, as its alignment says. What is justified but has no space to stretch begins like the
+/// paragraph's last line.
+float alignedStart(const Paragraph& paragraph, Alignment alignment, float slack) {
+    switch (alignment) {
+        case Alignment::center:
+            return slack / 2;
+        case Alignment::right:
+            return slack;
+        case Alignment::left:
+            return 0;
+        default:
+            return paragraph.isRightToLeft() ? slack : 0;
+    }
+}
+
+}  // namespace
+
+void LineHeight::include(const TextStyle& style) {
+    ascent = std::max(ascent, style.ascent);
+    descent = std::max(descent, style.descent);
+    leading = std::max(leading, style.leading);
+}
+
+LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format) {
+    return LineBreaker(paragraph, first, measure, format).run();
+}
+
+LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent) {
+    LineHeight height;
+    const TextStyle* last = nullptr;
+    for (std::size_t i = extent.first; i < extent.limit; ++i) {
+        const TextStyle& style = paragraph.styleOf(paragraph.pieces[i]);
+        if (&style != last) height.include(style);
+        last = &style;
+    }
+    return height;
+}
+
+void placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineMeasure& measure,
+               const ParaFormat& format, std::u32string_view text, float columnLeft, float baseline,
+               ComposedStory& story, ComposedLine& line) {
+    VisiblePart part = visiblePart(paragraph, extent);
+    const Piece* hyphenated = extent.showsHyphen ? &paragraph.pieces[extent.limit - 1] : nullptr;
+    if (hyphenated != nullptr) {
+        part.width += paragraph.hyphenFor(*hyphenated).advance * paragraph.styleOf(*hyphenated).scale();
+    }
+    const float slack = measure.width - part.width;
+    LinePlacer placer(paragraph, part, story);
+    placer.text = text;
+    placer.baseline = baseline;
+    placer.x = columnLeft + measure.left;
+    std::size_t spaces = 0;
+    if (isJustified(format.alignment, extent.isForced)) spaces = stretchableSpaces(paragraph, part, text);
+    if (spaces > 0) {
+        placer.stretch = std::max(slack, 0.0F) / static_cast<float>(spaces);
+    } else {
+        placer.x += alignedStart(paragraph, format.alignment, slack);
+    }
+    line.left = placer.x;
+    line.firstRun = static_cast<std::uint32_t>(story.runs.size());
+    placer.placeAll(extent.first);
+    if (hyphenated != nullptr) placer.placeHyphen(*hyphenated);
+    line.runCount = static_cast<std::uint32_t>(story.runs.size()) - line.firstRun;
+    line.right = placer.x;
+}
+
+}  // namespace tarnova

@@ -1,0 +1,54 @@
+// One line: which pieces of a paragraph it takes, and where their glyphs stand.
+
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/text/compose_input.h"
+#include "host/text/composed_story.h"
+#include "host/text/paragraph.h"
+
+namespace tarnova {
+
+inline constexpr double defaultTabStop = 36;     // points between the stops behind the last one that is set
+inline constexpr float lengthTolerance = 0.01F;  // points that rounding may add to a length that just fits
+
+/// Where a line lies in its column, in points.
+struct LineMeasure {
+    float left = 0;  // of the text, indents taken off, from the column's left edge
+    float width = 0;
+    bool isFirst = false;  // of its paragraph
+};
+
+/// The pieces of a line.
+struct LineExtent {
+    std::size_t first = 0;
+    std::size_t limit = 0;
+    bool showsHyphen = false;
+    bool isForced = false;  // it ends at a forced line end or with its paragraph
+};
+
+/// Height of a line in points: the largest of what stands on it.
+struct LineHeight {
+    float ascent = 0;
+    float descent = 0;
+    float leading = 0;
+
+    void include(const TextStyle& style);
+};
+
+/// Takes as many pieces from `first` on as fit, one grapheme at least; a word longer than the line is cut. Sets the
+/// width of tabs.
+[[nodiscard]] LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure,
+                                   const ParaFormat& format);
+
+[[nodiscard]] LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent);
+
+/// Appends the glyphs and runs of a line whose column begins at `columnLeft`, and sets the line's sides and runs.
+/// `text` is the story's, to tell its spaces.
+void placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineMeasure& measure,
+               const ParaFormat& format, std::u32string_view text, float columnLeft, float baseline,
+               ComposedStory& story, ComposedLine& line);
+
+}  // namespace tarnova

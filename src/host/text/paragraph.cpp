@@ -1,0 +1,292 @@
+#include "host/text/paragraph.h"
+
+#include <algorithm>
+
+namespace tarnova {
+
+namespace {
+
+constexpr char32_t softHyphen = 0xAD;
+constexpr char32_t lineSeparator = 0x2028;
+
+/// Characters that act on lines instead of being set, or that aren't set at all.
+bool isControl(char32_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == softHyphen || c == lineSeparator || c == 0x2029 || c == 0xFFFC;
+}
+
+bool forcesLine(char32_t c) {
+    return c == lineSeparator || c == 0x2029 || c == '\n' || c == 0x0B || c == 0x0C || c == 0x85;
+}
+
+bool isAllLatin(std::u32string_view text) {
+    return std::all_of(text.begin(), text.end(), isPlainLatin);
+}
+
+}  // namespace
+
+void Paragraph::clear() {
+    pieces.clear();
+    glyphs.clear();
+    styles.clear();
+    spans_.clear();
+    marks_.clear();
+    sources_.clear();
+    reduced_.clear();
+    rightToLeft_ = false;
+}
+
+void Paragraph::assign(std::u32string_view text, std::int32_t position, const std::vector<FormatSpan>& formats,
+                       std::size_t firstSpan, std::int32_t spanOffset) {
+    clear();
+    text_ = text;
+    position_ = position;
+    auto left = static_cast<std::int32_t>(text.size());
+    for (std::size_t i = firstSpan; left > 0 && i < formats.size(); ++i, spanOffset = 0) {
+        const std::int32_t length = std::min(left, formats[i].length - spanOffset);
+        spans_.push_back({length, formats[i].format});
+        left -= length;
+    }
+    const bool changesCase = hasCapitals();
+    if (changesCase) changeCase();
+    const bool isLatin = isAllLatin(text_);
+    if (isLatin) {
+        findLatinBreaks(text_, breaks_);
+    } else {
+        findBreaks(text_, breaks_);
+    }
+    if (!isLatin || changesCase || !cutLatin()) cutMarked(isLatin);
+    if (!pieces.empty() && pieces.back().breakAfter == LineBreak::mandatory) {
+        // A forced line end closes the text: the paragraph ends in an empty line.
+        const auto end = static_cast<std::int32_t>(text_.size());
+        Piece& last = pieces.emplace_back(Piece{.start = end, .limit = end});
+        last.style = pieces[pieces.size() - 2].style;
+    }
+}
+
+/// Cuts and shapes text that is all plain Latin. False when a font lacks a character.
+bool Paragraph::cutLatin() {
+    std::size_t start = 0, span = 0, spanLimit = 0;
+    std::uint32_t style = 0;
+    for (std::size_t at = 0; at < text_.size(); ++at) {
+        if (at == spanLimit) {
+            if (!addLatinPiece(start, at, style)) return false;
+            start = at;
+            spanLimit += static_cast<std::size_t>(spans_[span].length);
+            style = styleIndex(styles_.of(*spans_[span++].format));
+        }
+        const char32_t c = text_[at];
+        if (c == U'\t' || c == softHyphen || c == lineSeparator) {
+            if (!addLatinPiece(start, at, style)) return false;
+            addControl(at, style);
+            start = at + 1;
+        }
+        if (breaks_[at] == LineBreak::none) continue;
+        if (!addLatinPiece(start, at + 1, style)) return false;
+        closeUnit(breaks_[at]);
+        start = at + 1;
+    }
+    return addLatinPiece(start, text_.size(), style);
+}
+
+/// A tab and a forced line end are pieces; a soft hyphen is a quality of the piece in front; others leave nothing.
+void Paragraph::addControl(std::size_t at, std::uint32_t style) {
+    const char32_t c = text_[at];
+    if (c == softHyphen) {
+        if (!pieces.empty() && !pieces.back().isTab && pieces.back().glyphCount > 0) pieces.back().hyphenates = true;
+        return;
+    }
+    if (c != U'\t' && !forcesLine(c)) return;
+    Piece piece;
+    piece.start = static_cast<std::int32_t>(at);
+    piece.limit = piece.start + 1;
+    piece.style = style;
+    piece.level = rightToLeft_ ? 1 : 0;
+    piece.isTab = c == U'\t';
+    piece.breakAfter = piece.isTab ? LineBreak::none : LineBreak::mandatory;
+    pieces.push_back(piece);
+}
+
+void Paragraph::closeUnit(LineBreak behind) {
+    if (!pieces.empty() && pieces.back().breakAfter == LineBreak::none) pieces.back().breakAfter = behind;
+}
+
+bool Paragraph::addLatinPiece(std::size_t start, std::size_t limit, std::uint32_t style) {
+    if (start >= limit) return true;
+    kernBorder(start, style);
+    Piece piece;
+    piece.start = static_cast<std::int32_t>(start);
+    piece.limit = static_cast<std::int32_t>(limit);
+    piece.style = style;
+    if (!setLatin(piece)) {
+        pieces.clear();
+        glyphs.clear();
+        styles.clear();
+        return false;
+    }
+    pieces.push_back(piece);
+    return true;
+}
+
+bool Paragraph::setLatin(Piece& piece) {
+    const std::u32string_view text = textOf(piece);
+    piece.firstGlyph = static_cast<std::uint32_t>(glyphs.size());
+    if (!shaper_.shapeLatin(*styleOf(piece).face, text, static_cast<std::uint32_t>(position_ + piece.start), glyphs)) {
+        return false;
+    }
+    const std::size_t lastVisible = text.find_last_not_of(U' ');
+    piece.hangingGlyphs = static_cast<std::uint32_t>(text.size() - (lastVisible + 1));  // npos + 1 is 0
+    measure(piece);
+    return true;
+}
+
+/// Kerning between the piece in front and the character that follows it, over a soft hyphen too.
+void Paragraph::kernBorder(std::size_t start, std::uint32_t style) {
+    if (pieces.empty()) return;
+    Piece& before = pieces.back();
+    if (before.glyphCount == 0 || before.style != style || before.level % 2 != 0) return;
+    const std::size_t gap = start - static_cast<std::size_t>(before.limit);
+    if (gap != 0 && !(gap == 1 && before.hyphenates)) return;
+    const TextStyle& look = styles[style];
+    const float adjust =
+        shaper_.pairAdjust(*look.face, text_[static_cast<std::size_t>(before.limit) - 1], text_[start]);
+    glyphs[before.firstGlyph + before.glyphCount - 1].advance += adjust;
+    (before.hangingGlyphs > 0 ? before.hangingWidth : before.width) += adjust * look.scale();
+}
+
+/// Adds tracking to the glyphs of a piece that was just shaped, and sums up its widths.
+void Paragraph::measure(Piece& piece) {
+    piece.glyphCount = static_cast<std::uint32_t>(glyphs.size()) - piece.firstGlyph;
+    const TextStyle& style = styleOf(piece);
+    const std::uint32_t visible = piece.glyphCount - piece.hangingGlyphs;
+    PlacedGlyph* const first = glyphs.data() + piece.firstGlyph;
+    float widths[2] = {0, 0};
+    for (std::uint32_t i = 0; i < piece.glyphCount; ++i) {
+        // A mark that stands over its base has no advance and no distance of its own.
+        if (style.spread != 0 && first[i].advance != 0) first[i].advance += style.spread;
+        widths[i < visible ? 0 : 1] += first[i].advance;
+    }
+    piece.width = widths[0] * style.scale();
+    piece.hangingWidth = widths[1] * style.scale();
+}
+
+std::uint32_t Paragraph::styleIndex(const TextStyle& style) {
+    const auto same = [&](const TextStyle& known) {
+        return known.format == style.format && known.face == style.face && known.size == style.size;
+    };
+    const auto found = std::find_if(styles.begin(), styles.end(), same);
+    const auto index = static_cast<std::uint32_t>(found - styles.begin());
+    if (found == styles.end()) styles.push_back(style);
+    return index;
+}
+
+void Paragraph::cutMarked(bool isLatin) {
+    markStyles();
+    if (!isLatin) {
+        markScripts();
+        markLevels();
+    }
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < text_.size(); ++at) {
+        if (isControl(text_[at])) {
+            addMarkedPiece(start, at);
+            addControl(at, marks_[at].style);
+            start = at + 1;
+        } else if (at > start && !belongTogether(at - 1, at)) {
+            addMarkedPiece(start, at);
+            start = at;
+        }
+        if (breaks_[at] == LineBreak::none) continue;
+        addMarkedPiece(start, at + 1);
+        closeUnit(breaks_[at]);
+        start = at + 1;
+    }
+    addMarkedPiece(start, text_.size());
+}
+
+bool Paragraph::belongTogether(std::size_t left, std::size_t right) const {
+    return marks_[left] == marks_[right] && (text_[left] == U' ') == (text_[right] == U' ');
+}
+
+void Paragraph::addMarkedPiece(std::size_t start, std::size_t limit) {
+    if (start >= limit) return;
+    const Mark& mark = marks_[start];
+    if (mark.level % 2 == 0) kernBorder(start, mark.style);
+    Piece piece;
+    piece.start = static_cast<std::int32_t>(start);
+    piece.limit = static_cast<std::int32_t>(limit);
+    piece.style = mark.style;
+    piece.level = mark.level;
+    setMarked(piece);
+    if (piece.glyphCount > 0) pieces.push_back(piece);
+}
+
+void Paragraph::setMarked(Piece& piece) {
+    const Mark& mark = marks_[static_cast<std::size_t>(piece.start)];
+    piece.firstGlyph = static_cast<std::uint32_t>(glyphs.size());
+    shaper_.shapeWord(*styleOf(piece).face, textOf(piece), mark.script, mark.level % 2 != 0, glyphs);
+    for (std::size_t i = piece.firstGlyph; i < glyphs.size(); ++i) {
+        const std::int32_t character = piece.start + static_cast<std::int32_t>(glyphs[i].position);
+        glyphs[i].position = static_cast<std::uint32_t>(storyPosition(character));
+    }
+    const bool isSpace = text_[static_cast<std::size_t>(piece.start)] == U' ';
+    piece.hangingGlyphs = isSpace ? static_cast<std::uint32_t>(glyphs.size()) - piece.firstGlyph : 0;
+    measure(piece);
+}
+
+bool Paragraph::splitPiece(std::size_t index, float width, bool atLeastOne) {
+    const Piece whole = pieces[index];
+    if (whole.glyphCount == 0) return false;
+    const std::size_t fitting = charactersWithin(whole, width);
+    const std::u32string_view text = textOf(whole);
+    const std::size_t border = graphemeBorder(text, fitting);
+    if (border >= text.size() || (border > fitting && !atLeastOne)) return false;
+    Piece front = whole, rest = whole;
+    front.limit = rest.start = whole.start + static_cast<std::int32_t>(border);
+    front.breakAfter = LineBreak::none;
+    front.hyphenates = false;
+    reshape(front);
+    reshape(rest);
+    pieces[index] = front;
+    pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(index) + 1, rest);
+    return true;
+}
+
+/// Characters of a piece, in reading order, whose glyphs stay within a width.
+std::size_t Paragraph::charactersWithin(const Piece& piece, float width) const {
+    const bool backward = piece.level % 2 != 0;
+    const float scale = styleOf(piece).scale();
+    float reached = 0;
+    for (std::uint32_t i = 0; i < piece.glyphCount; ++i) {
+        const PlacedGlyph& glyph = glyphs[piece.firstGlyph + (backward ? piece.glyphCount - 1 - i : i)];
+        reached += glyph.advance * scale;
+        if (reached > width) return static_cast<std::size_t>(shapedIndex(glyph.position) - piece.start);
+    }
+    return textOf(piece).size();
+}
+
+/// The character of the shaped text that stands for a position of the story.
+std::int32_t Paragraph::shapedIndex(std::uint32_t storyPosition) const {
+    const std::int32_t inParagraph = static_cast<std::int32_t>(storyPosition) - position_;
+    if (sources_.empty()) return inParagraph;
+    return static_cast<std::int32_t>(std::lower_bound(sources_.begin(), sources_.end(), inParagraph) -
+                                     sources_.begin());
+}
+
+/// Shapes a part of a piece anew; what was learned of the whole piece shows that its font has all characters.
+void Paragraph::reshape(Piece& piece) {
+    if (!marks_.empty()) {
+        setMarked(piece);
+        return;
+    }
+    [[maybe_unused]] const bool complete = setLatin(piece);
+}
+
+PlacedGlyph Paragraph::hyphenFor(const Piece& piece) const {
+    const TextStyle& style = styleOf(piece);
+    std::uint16_t glyph = style.font().glyphOf(0x2010);
+    if (glyph == 0) glyph = style.font().glyphOf(U'-');
+    return {glyph, style.font().nominalAdvance(glyph) + style.spread, 0, 0,
+            static_cast<std::uint32_t>(storyPosition(piece.limit))};
+}
+
+}  // namespace tarnova

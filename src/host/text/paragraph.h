@@ -1,0 +1,115 @@
+// A paragraph cut into pieces that are shaped and measured, ready to be laid into lines of any width.
+
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "host/text/compose_input.h"
+#include "host/text/composed_story.h"
+#include "host/text/line_breaks.h"
+#include "host/text/text_style.h"
+
+namespace tarnova {
+
+/// Text of one style between two borders at which a line may end, or at which the style or direction changes. In Latin
+/// text the spaces behind a word belong to its piece; in other text they are a piece of their own.
+struct Piece {
+    std::int32_t start = 0;  // characters of the paragraph's shaped text
+    std::int32_t limit = 0;
+    std::uint32_t firstGlyph = 0;
+    std::uint32_t glyphCount = 0;
+    std::uint32_t hangingGlyphs = 0;  // of these the last ones, spaces, hang at a line's end
+    float width = 0;                  // points without them; of a tab as the line decides
+    float hangingWidth = 0;
+    std::uint32_t style = 0;  // into Paragraph::styles
+    std::uint8_t level = 0;   // of UAX 9; odd is right to left
+    LineBreak breakAfter = LineBreak::none;
+    bool isTab = false;
+    bool hyphenates = false;  // a line that ends here shows a hyphen
+};
+
+/// The paragraph in work. One object is used again and again, so that its buffers stay.
+class Paragraph {
+ public:
+    explicit Paragraph(Shaper& shaper) : shaper_(shaper), styles_(shaper) {}
+
+    /// Takes the paragraph `text` (its return left out) that starts at `position` of the story; `formats` are the
+    /// spans over the whole text and `firstSpan`, `spanOffset` say where in them it starts.
+    void assign(std::u32string_view text, std::int32_t position, const std::vector<FormatSpan>& formats,
+                std::size_t firstSpan, std::int32_t spanOffset);
+
+    std::vector<Piece> pieces;
+    std::vector<PlacedGlyph> glyphs;
+    std::vector<TextStyle> styles;
+
+    [[nodiscard]] bool isRightToLeft() const { return rightToLeft_; }
+    /// Position in the story of a character of the shaped text; the limit is allowed too.
+    [[nodiscard]] std::int32_t storyPosition(std::int32_t character) const {
+        return sources_.empty() ? position_ + character : position_ + sources_[static_cast<std::size_t>(character)];
+    }
+    [[nodiscard]] std::u32string_view textOf(const Piece& piece) const {
+        return text_.substr(static_cast<std::size_t>(piece.start), static_cast<std::size_t>(piece.limit - piece.start));
+    }
+    [[nodiscard]] const TextStyle& styleOf(const Piece& piece) const { return styles[piece.style]; }
+
+    /// Cuts a piece at the last grapheme border that keeps its front within `width`, or behind the first grapheme when
+    /// none does and `atLeastOne` is set. False when nothing was cut: the piece is one grapheme or nothing fits.
+    [[nodiscard]] bool splitPiece(std::size_t index, float width, bool atLeastOne);
+    /// The hyphen that a line shows behind the piece.
+    [[nodiscard]] PlacedGlyph hyphenFor(const Piece& piece) const;
+
+    /// The style of an empty paragraph's return.
+    [[nodiscard]] const TextStyle& styleOfFormat(const CharFormat& format) { return styles_.of(format); }
+
+ private:
+    struct Mark {  // what a character is set with, where text isn't plain
+        std::uint32_t style = 0;
+        hb_script_t script = HB_SCRIPT_LATIN;
+        std::uint8_t level = 0;
+        friend bool operator==(const Mark&, const Mark&) = default;
+    };
+
+    void clear();
+    [[nodiscard]] std::uint32_t styleIndex(const TextStyle& style);
+    void addControl(std::size_t at, std::uint32_t style);
+    void closeUnit(LineBreak behind);
+    void kernBorder(std::size_t start, std::uint32_t style);
+    void measure(Piece& piece);
+    [[nodiscard]] std::size_t charactersWithin(const Piece& piece, float width) const;
+    [[nodiscard]] std::int32_t shapedIndex(std::uint32_t storyPosition) const;
+    void reshape(Piece& piece);
+
+    // Text that is all plain Latin in fonts that have it.
+    [[nodiscard]] bool cutLatin();
+    [[nodiscard]] bool addLatinPiece(std::size_t start, std::size_t limit, std::uint32_t style);
+    [[nodiscard]] bool setLatin(Piece& piece);
+
+    // All other text: each character is marked first (paragraph_marks.cpp).
+    void cutMarked(bool isLatin);
+    [[nodiscard]] bool belongTogether(std::size_t left, std::size_t right) const;
+    void addMarkedPiece(std::size_t start, std::size_t limit);
+    void setMarked(Piece& piece);
+    [[nodiscard]] bool hasCapitals() const;
+    void changeCase();
+    void markStyles();
+    [[nodiscard]] static const Font& fontFor(std::u32string_view cluster, const Font& wanted,
+                                             const Font*& lastFallback);
+    void markScripts();
+    void markLevels();
+
+    Shaper& shaper_;
+    TextStyles styles_;
+    std::u32string_view text_;  // as it is shaped
+    std::int32_t position_ = 0;
+    bool rightToLeft_ = false;
+    std::vector<FormatSpan> spans_;  // of this paragraph's shaped text
+    std::vector<LineBreak> breaks_;
+    std::vector<Mark> marks_;
+    std::u32string changedText_;         // when a format changes case
+    std::vector<std::int32_t> sources_;  // by character of it: index in the paragraph
+    std::vector<bool> reduced_;          // by character of it: a small capital
+};
+
+}  // namespace tarnova
