@@ -2,6 +2,7 @@
 // so that this folder needs to know nothing else of a session.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,6 +35,8 @@ struct dataStateRec {
     /// One index header, shared by all who look at an index without loading it. Made at the first use.
     blockPtr<> indexHeaderBuffer;
 
+    /// Whether the companion module of an access mode (1 ODBC, 2 HTTP) answers; null: neither does.
+    bool (*sourceModuleAnswers)(std::int16_t accessMode) = nullptr;
     /// The host's file chooser: shows `prompt`, accepts any file, gives its path. False, or no chooser: cancelled.
     bool (*pickDataFile)(const PMString& prompt, std::string& outPath) = nullptr;
     /// Puts the current definitions into the front document after one was changed here; null while there is none.

@@ -99,7 +99,8 @@ struct keyIndexRec {
     std::uint8_t* keyGroups;
     std::uint8_t* entries;
     std::uint8_t* numberTable;
-    std::uint8_t* data;  // the whole data file, owned; null when empty
+    std::uint64_t* keyPrefixes;  // of each key of the key table, see keyPrefixOf; owned, null without keys
+    std::uint8_t* data;          // the whole data file, owned; null when empty
     std::uint32_t dataSize;
 };
 
@@ -166,6 +167,9 @@ void keyIndexClose(dataSourceRec& source);
 /// Negative, 0 or positive. Bytes compare unsigned; without `caseSensitive` a to z fold to upper case first. When the
 /// common part is equal the shorter key sorts first.
 [[nodiscard]] int keyCompare(std::string_view a, std::string_view b, bool caseSensitive);
+
+/// The first 8 bytes of a key (folded as keyCompare does) as a number, so that different numbers sort as their keys do.
+[[nodiscard]] std::uint64_t keyPrefixOf(std::string_view key, bool caseSensitive);
 
 /// Whether an index that was built from `built` still serves `current`. `withCustomDelimiter` compares fDelimiter,
 /// which only counts when fileType is 5.

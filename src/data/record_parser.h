@@ -1,13 +1,13 @@
-// Cuts a delimited text file into records and fields, and turns a field's raw bytes into its value and back. The parser
-// goes over the file once and allocates nothing for a record.
+// Cuts a delimited text file into records and fields. The parser goes over the file once and allocates nothing for a
+// record.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "data/field_value.h"
 #include "definitions/record_def.h"
-#include "engine/toolkit/files.h"
 #include "engine/toolkit/pstring.h"
 #include "engine/toolkit/types.h"
 
@@ -30,7 +30,6 @@ inline constexpr errorWord errFileBuffer = 14;
 inline constexpr errorWord errDataRead = 16;
 inline constexpr errorWord errTooManyFields = 67;  // pendingErrorParam: number of the record, from 1
 inline constexpr errorWord errNoFieldDelimiter = 96;
-inline constexpr errorWord errFieldWrite = 133;
 
 /// The parser's constants for one file.
 struct parserConfig {
@@ -66,6 +65,7 @@ struct parserState {
     std::uint8_t inQuotes;
     std::uint8_t started;       // the start of the file has been looked at for a byte order mark
     std::uint8_t entryPending;  // `record` is complete but didn't fit into the last batch
+    std::uint8_t lastRecord;    // `record` ended with the file
     std::uint8_t finished;      // the last record of the file has been stored
     std::uint64_t bytesTaken;   // of the file, so far
     parsedRecord record;
@@ -104,32 +104,6 @@ struct entryBatch {
 /// errFilePositioning for a file beyond 4 GB.
 [[nodiscard]] errorWord parseRecords(const parserConfig& config, parserState& state, parserInput& input,
                                      entryBatch& batch, bool isUtf8, errorWord priorError);
-
-/// The value of a field's raw bytes: qualifiers stripped, vertical tabs and the import table applied. `destination` has
-/// room for `length` bytes. Gives the length of the value. The pointers to flags with their text are a definition's.
-[[nodiscard]] std::uint32_t copyFieldValue(std::uint8_t* destination, const std::uint8_t* field, std::uint32_t length,
-                                           const flaggedStr31Rec& textQualifier, const flaggedStr31Rec& vtTranslation);
-
-/// A text file under construction. The caller opens and closes `file`.
-struct delimitedOutput {
-    fileHandle file;
-    const recordDefRec* definition;
-    std::uint8_t* buffer;
-    std::size_t capacity;  // at least 1 byte
-    std::size_t used;
-    bool lineStarted;  // a field has been written since the line began; the caller clears it at a line's end
-};
-
-/// Writes one field: the delimiter unless it is the first of its line, the qualifiers, and the value with qualifiers
-/// doubled and line ends turned into vertical tabs as the definition says. `noData` writes an empty field. Error:
-/// errFieldWrite.
-[[nodiscard]] errorWord writeDelimitedField(delimitedOutput& output, const std::uint8_t* value, std::size_t length,
-                                            bool noData, errorWord priorError);
-/// Appends bytes as they are, such as a record delimiter. Error: errFieldWrite.
-[[nodiscard]] errorWord writeDelimitedBytes(delimitedOutput& output, const void* bytes, std::size_t count,
-                                            errorWord priorError);
-/// Writes what is in the buffer to the file. Error: errFieldWrite.
-[[nodiscard]] errorWord flushDelimitedOutput(delimitedOutput& output, errorWord priorError);
 
 /// The field delimiter of a definition; empty for fileType 5 without a text and for a fileType out of range.
 [[nodiscard]] std::string_view fieldDelimiterOf(const recordDefFixedRec& definition);

@@ -42,6 +42,8 @@ inline constexpr errorWord errUnknownTextKind = 350;
 /// `bytes` may be null when `count` is 0. An end in the middle of a UTF-8 sequence is no fault.
 [[nodiscard]] textKind detectTextKind(const textKindSettings& settings, const void* bytes, std::size_t count);
 
+[[nodiscard]] encodingClass encodingClassOf(textKind kind);
+/// The class of bytes, recognised with the usual settings.
 [[nodiscard]] encodingClass encodingClassOf(const void* bytes, std::size_t count);
 
 /// textKind of a file, of which at most `maxBytes` are read (below 0: all). Errors: 13, 14, 16.
