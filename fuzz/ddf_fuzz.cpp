@@ -37,12 +37,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const recordDefSetRec* set = readSet(data, size, list, err);
     std::string text = writeSet(*set);
     if (err == 0) {
-        // A text with a 0 byte or line end changes once on its way through quotes, and then no more.
-        for (int round = 0; round < 3; ++round) {
+        // A text of 0 bytes is written empty, then left out, and then starts anew; after that nothing changes.
+        for (int round = 0; round < 5; ++round) {
             const std::string before = text;
             set = readSet(reinterpret_cast<const std::uint8_t*>(text.data()), text.size(), list, err);
             text = writeSet(*set);
-            if (err != 0 || (round > 1 && text != before)) std::abort();
+            if (err != 0 || (round > 3 && text != before)) std::abort();
         }
     }
     while (list != nullptr)

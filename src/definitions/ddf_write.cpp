@@ -2,6 +2,8 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "definitions/ddf_reader.h"
 #include "definitions/record_lists.h"
@@ -94,7 +96,8 @@ class Statement {
 
     /// Quoted only when it would not come back without quotes.
     Statement& bare(std::string_view operand) {
-        const bool needsQuotes = operand.empty() || operand.find_first_of("\t ,;\"'\\") != std::string_view::npos;
+        constexpr std::string_view quotedBytes("\t ,;\"'\\\0", 8);
+        const bool needsQuotes = operand.empty() || operand.find_first_of(quotedBytes) != std::string_view::npos;
         return needsQuotes ? quoted(operand) : word(operand);
     }
 
@@ -118,15 +121,19 @@ class Statement {
         writer_.text(lineEnd);
     }
 
+    /// A 0 byte is left out, because reading takes it for the mark of a quote.
     static void writeQuoted(DdfWriter& writer, std::string_view text) {
+        constexpr std::string_view special("\"'\\\0", 4);
         writer.text("\"");
         while (!text.empty()) {
-            const std::size_t plain = std::min(text.find_first_of("\"'\\"), text.size());
+            const std::size_t plain = std::min(text.find_first_of(special), text.size());
             writer.text(text.substr(0, plain));
             text.remove_prefix(plain);
             if (text.empty()) break;
-            writer.text("\\");
-            writer.text(text.substr(0, 1));
+            if (text.front() != '\0') {
+                writer.text("\\");
+                writer.text(text.substr(0, 1));
+            }
             text.remove_prefix(1);
         }
         writer.text("\"");
@@ -165,15 +172,30 @@ std::size_t quotedLength(std::string_view text) {
     return text.size() + static_cast<std::size_t>(escaped) + 2;
 }
 
+/// The list's order, but equal names from the last to the first: reading takes the items from the end and puts an equal
+/// name behind, so that the list comes back as it is.
+std::vector<const fieldNameEntry*> writtenFields(const recordDefFixedRec& definition) {
+    std::vector<const fieldNameEntry*> fields;
+    std::size_t runStart = 0;
+    for (std::uint16_t index = 0, count = fieldCountOf(definition); index < count; ++index) {
+        const fieldNameEntry* const entry = &definition.fields[index];
+        if (!fields.empty() && pstrView(fields.back()->fieldName) != pstrView(entry->fieldName)) {
+            runStart = fields.size();
+        }
+        fields.insert(fields.begin() + static_cast<std::ptrdiff_t>(runStart), entry);
+    }
+    return fields;
+}
+
 void writeFieldList(DdfWriter& writer, const recordDefFixedRec& definition) {
-    const std::uint16_t count = fieldCountOf(definition);
-    if (count == 0) return;
+    const std::vector<const fieldNameEntry*> fields = writtenFields(definition);
+    if (fields.empty()) return;
     writer.text("\t");
     std::size_t lineLength = 0;
-    for (std::uint16_t index = 0; index < count; ++index) {
-        const fieldNameEntry& entry = definition.fields[index];
+    for (const fieldNameEntry* const field : fields) {
+        const fieldNameEntry& entry = *field;
         const std::string number = std::to_string(entry.fieldNumber) + ":";
-        const bool last = index + 1 == count;
+        const bool last = field == fields.back();
         const std::size_t itemLength = number.size() + quotedLength(pstrView(entry.fieldName)) + (last ? 0 : 1);
         if (lineLength > 0 && lineLength + 1 + itemLength >= fieldLineLimit) {
             writer.text(lineEnd);

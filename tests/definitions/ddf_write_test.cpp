@@ -182,6 +182,30 @@ TEST_F(DdfWrite, FieldLinesStayBelowTheirLimit) {
     }
 }
 
+TEST_F(DdfWrite, FieldsOfOneNameKeepTheirOrder) {
+    recordDefRec& definition = *add("d");
+    for (std::uint16_t number : {3, 1, 2})
+        insertFieldName(definition, number, Pascal("Name"));
+    insertFieldName(definition, 9, Pascal("Zip"));
+    const std::string text = write(*set_);
+    EXPECT_NE(text.find("2:\"Name\", 1:\"Name\", 3:\"Name\", 9:\"Zip\" fieldName;"), std::string::npos);
+    startOver();
+    ASSERT_EQ(read(text), 0);
+    EXPECT_EQ(fieldNumberOf(*find("d"), Pascal("Name")), 3);
+    EXPECT_EQ(write(*set_), text);
+}
+
+TEST_F(DdfWrite, BytesThatQuotesCannotHoldAreLeftOut) {
+    // Quotes inside a word stay in it as 0 bytes.
+    ASSERT_EQ(read("d recordDefinition; T signature; a\"b\"c keyField; '\"'\" searchCriteria; p prefix;"), 0);
+    const std::string text = write(*set_);
+    EXPECT_NE(text.find("\t\"abc\" keyField;"), std::string::npos);
+    EXPECT_EQ(text.find("searchCriteria"), std::string::npos) << "a name of quotes alone is none";
+    startOver();
+    ASSERT_EQ(read(text), 0);
+    EXPECT_EQ(write(*set_), text);
+}
+
 TEST_F(DdfWrite, SignatureAndPathAreQuotedWhenTheyMustBe) {
     struct testRow {
         const char* value;
