@@ -145,8 +145,8 @@ std::int16_t effectiveAccessMode(const recordDefRec& definition) {
 }
 
 errorWord dataSourceOpen(const recordDefRec* definition, std::uint8_t noPrompt, std::uint8_t interactive,
-                         std::uint8_t force, dataSourceRec*& source, std::int16_t& openStatus,
-                         std::uint16_t* encoding, std::uint8_t* report, const char* givenPath, errorWord priorError) {
+                         std::uint8_t force, dataSourceRec*& source, std::int16_t& openStatus, std::uint16_t* encoding,
+                         std::uint8_t* report, const char* givenPath, errorWord priorError) {
     if (priorError != 0) return priorError;
     source = nullptr;
     openStatus = definition == nullptr ? openStatusNothing : openStatusOpen;
@@ -177,8 +177,8 @@ errorWord dataSourceRecordCount(const dataSourceRec* source, std::uint8_t trim, 
         recordPlace place;
         indexEntry entry;
         if (!keyIndexRecordAt(index, count - 1, place, nullptr)) continue;
-        if (!keyIndexReadEntry(index, place.group.offset + place.offsetInGroup,
-                               place.group.offset + place.group.length, entry))
+        if (!keyIndexReadEntry(index, place.group.offset + place.offsetInGroup, place.group.offset + place.group.length,
+                               entry))
             continue;
         if ((entry.flags & recordHasContent) != 0) break;
     }

@@ -13,8 +13,8 @@ void resetDefaultStrings(defaultStringSet& set, std::uint16_t which) {
     reset(set.noData, "kZavoDefaultNoDataString");
     reset(set.noMatch, "kZavoDefaultNoMatchString");
     reset(set.badTag, "kZavoDefaultBadTagString");
-    reset(set.missingAsset, which == defaultSetFrame ? "kZavoDefaultMissingPictureString"
-                                                     : "kZavoDefaultMissingArticleString");
+    reset(set.missingAsset,
+          which == defaultSetFrame ? "kZavoDefaultMissingPictureString" : "kZavoDefaultMissingArticleString");
     reset(set.endOfFile, "kZavoDefaultEOFString");
     reset(set.stackPad, "kZavoDefaultStackPadString");
 }

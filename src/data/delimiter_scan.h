@@ -37,7 +37,8 @@ struct delimiterDecision {
 /// osType of the record delimiter with the highest count, the first of a tie; -1 when none was found.
 [[nodiscard]] std::int16_t mostFrequentRecordDelimiter(const delimiterCounts& counts);
 
-/// What the counts say. Error: errNoFieldDelimiter (96) when `definition` wants a custom delimiter, has none, and no other was found.
+/// What the counts say. Error: errNoFieldDelimiter (96) when `definition` wants a custom delimiter, has none, and no
+/// other was found.
 [[nodiscard]] errorWord decideDelimiters(const delimiterCounts& counts, const recordDefRec& definition,
                                          delimiterDecision& decision, errorWord priorError);
 

@@ -27,8 +27,7 @@ errorWord EntryRuns::makeBuffers() {
     return 0;
 }
 
-errorWord EntryRuns::collect(const parserConfig& config, const char* dataFilePath, bool isUtf8,
-                             errorWord priorError) {
+errorWord EntryRuns::collect(const parserConfig& config, const char* dataFilePath, bool isUtf8, errorWord priorError) {
     if (priorError != 0) return priorError;
     errorWord err = makeBuffers();
     if (err != 0) return err;
@@ -146,8 +145,8 @@ errorWord EntryRuns::mergePass() {
     runs_ = std::move(merged);
     const std::string runs = folder_.path(tempRuns);
     return err != 0 ? err
-                    : fileErrorAs(fileExchange(runs.c_str(), folder_.path(tempMergedRuns).c_str(), 0),
-                                  errIndexExchange, runs);
+                    : fileErrorAs(fileExchange(runs.c_str(), folder_.path(tempMergedRuns).c_str(), 0), errIndexExchange,
+                                  runs);
 }
 
 errorWord EntryMerge::open(std::size_t first, std::size_t limit, bool withBatch, errorWord readError,
@@ -155,8 +154,7 @@ errorWord EntryMerge::open(std::size_t first, std::size_t limit, bool withBatch,
     if (priorError != 0) return priorError;
     readError_ = readError;
     const std::string path = owner_.folder_.path(tempRuns);
-    if (first < limit && fileOpen(path.c_str(), fileReadOnly, &file_, nullptr, 0) != 0)
-        return errorAt(readError, path);
+    if (first < limit && fileOpen(path.c_str(), fileReadOnly, &file_, nullptr, 0) != 0) return errorAt(readError, path);
     for (std::size_t i = first; i < limit; ++i) {
         source from;
         if (!allocate(from.buffer, owner_.limits_.mergeBytes)) return errFileBuffer;

@@ -1,5 +1,5 @@
-// Sorting a file's entries by key: batches that fit into memory are sorted and written as runs, and the runs are merged.
-// Entries of equal keys stay in file order. Own to this folder.
+// Sorting a file's entries by key: batches that fit into memory are sorted and written as runs, and the runs are
+// merged. Entries of equal keys stay in file order. Own to this folder.
 #pragma once
 
 #include <cstdint>

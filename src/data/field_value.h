@@ -37,13 +37,14 @@ struct qualifierFollower {
     }
 };
 
-/// The value of `length` raw bytes: qualifiers stripped, vertical tabs replaced ("\n" gives CR, "\r" gives LF, any other
-/// text leaves them), the import table applied. `destination` has room for `length` bytes. Gives the value's length.
+/// The value of `length` raw bytes: qualifiers stripped, vertical tabs replaced ("\n" gives CR, "\r" gives LF, any
+/// other text leaves them), the import table applied. `destination` has room for `length` bytes. Gives the value's
+/// length.
 [[nodiscard]] std::uint32_t copyFieldValue(std::uint8_t* destination, const std::uint8_t* field, std::uint32_t length,
                                            const flaggedStr31Rec& textQualifier, const flaggedStr31Rec& vtTranslation);
 
-/// Whether the value of raw bytes (qualifiers stripped as above, nothing else) is `text`. Without `caseSensitive` A to Z
-/// fold to lower case.
+/// Whether the value of raw bytes (qualifiers stripped as above, nothing else) is `text`. Without `caseSensitive` A to
+/// Z fold to lower case.
 [[nodiscard]] bool fieldValueEquals(const std::uint8_t* field, std::uint32_t length, const std::uint8_t* text,
                                     const flaggedStr31Rec& textQualifier, bool caseSensitive);
 

@@ -95,8 +95,10 @@ errorWord writeSections(EntryRuns& runs, std::size_t runLimit, SectionWriter& se
     while (err == 0) {
         const std::uint8_t* entry = merge.next();
         if (entry == nullptr) break;
-        if (sections.entriesSize() + load32(entry) > sectionLimit) err = errFilePositioning;
-        else sections.add(entry, numbers);
+        if (sections.entriesSize() + load32(entry) > sectionLimit)
+            err = errFilePositioning;
+        else
+            sections.add(entry, numbers);
     }
     if (err == 0) err = merge.error();
     return sections.finish(err);
@@ -148,8 +150,12 @@ class IndexBuild {
  public:
     IndexBuild(const recordDefRec& definition, const char* indexPath, const char* dataFilePath,
                const indexBuildLimits& limits)
-        : definition_(definition), indexPath_(indexPath), dataFilePath_(dataFilePath), limits_(limits),
-          caseSensitive_(definition.useKeyfieldCase != 0), runs_(folder_, limits, caseSensitive_) {}
+        : definition_(definition),
+          indexPath_(indexPath),
+          dataFilePath_(dataFilePath),
+          limits_(limits),
+          caseSensitive_(definition.useKeyfieldCase != 0),
+          runs_(folder_, limits, caseSensitive_) {}
 
     errorWord prepare(errorWord priorError);
     errorWord collect(errorWord priorError);

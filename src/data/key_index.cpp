@@ -75,12 +75,10 @@ bool definitionsReadAlike(const recordDefFixedRec& built, const recordDefFixedRe
     if (built.useKeyfieldCase != current.useKeyfieldCase || built.fileType != current.fileType ||
         built.osType != current.osType || built.dataType != current.dataType)
         return false;
-    if (withCustomDelimiter && current.fileType == fileTypeCustom &&
-        text(built.fDelimiter) != text(current.fDelimiter))
+    if (withCustomDelimiter && current.fileType == fileTypeCustom && text(built.fDelimiter) != text(current.fDelimiter))
         return false;
     if ((built.textQualifier.enable != 0) != (current.textQualifier.enable != 0)) return false;
-    if (current.textQualifier.enable != 0 &&
-        text(built.textQualifier.string) != text(current.textQualifier.string))
+    if (current.textQualifier.enable != 0 && text(built.textQualifier.string) != text(current.textQualifier.string))
         return false;
     return checkedFieldNumber(built, text(built.keyField)) == checkedFieldNumber(current, text(current.keyField));
 }

@@ -35,8 +35,7 @@ bool sectionFits(const indexSection& section, std::int64_t fileBytes) {
 bool headerFits(const indexHeader& header, std::int64_t fileBytes) {
     return sectionFits(header.keyTable, fileBytes) && sectionFits(header.keyGroups, fileBytes) &&
            sectionFits(header.entries, fileBytes) && sectionFits(header.numberTable, fileBytes) &&
-           header.keyTable.size % sizeof(indexSection) == 0 &&
-           header.numberTable.size % sizeof(numberTableEntry) == 0;
+           header.keyTable.size % sizeof(indexSection) == 0 && header.numberTable.size % sizeof(numberTableEntry) == 0;
 }
 
 errorWord readSections(keyIndexRec& index, errorWord priorError) {
@@ -54,8 +53,8 @@ errorWord readSections(keyIndexRec& index, errorWord priorError) {
         {header.numberTable, index.numberTable, errNumberTableMemory, errNumberTableRead},
     };
     for (const sectionRow& row : rows) {
-        const errorWord err = readSection(index.file, row.section.offset, row.section.size, row.block,
-                                          row.memoryError, row.readError);
+        const errorWord err =
+            readSection(index.file, row.section.offset, row.section.size, row.block, row.memoryError, row.readError);
         if (err != 0) return err;
     }
     return 0;

@@ -14,8 +14,8 @@ inline constexpr std::uint32_t entryFlagsAt = 4;
 inline constexpr std::uint32_t entryDataOffsetAt = 8;
 inline constexpr std::uint32_t entryDataLengthAt = 12;
 inline constexpr std::uint32_t entryRecordNumberAt = 16;
-inline constexpr std::uint32_t entryKeyAt = 20;             // while building
-inline constexpr std::uint32_t storedFieldCountAt = 20;     // in an index
+inline constexpr std::uint32_t entryKeyAt = 20;          // while building
+inline constexpr std::uint32_t storedFieldCountAt = 20;  // in an index
 inline constexpr std::uint32_t storedDelimiterLengthAt = 24;
 inline constexpr std::uint32_t storedFieldLengthsAt = 28;
 

@@ -43,9 +43,8 @@ std::uint64_t maskOfBlock(const std::uint8_t* block, const scanBytes& bytes) {
     const __m128i recordEnd = _mm_set1_epi8(static_cast<char>(bytes.recordEnd));
     for (std::size_t i = 0; i < blockSize / 16; ++i) {
         const __m128i piece = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 16 * i));
-        const __m128i hit =
-            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(piece, field), _mm_cmpeq_epi8(piece, qualifier)),
-                         _mm_cmpeq_epi8(piece, recordEnd));
+        const __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(piece, field), _mm_cmpeq_epi8(piece, qualifier)),
+                                         _mm_cmpeq_epi8(piece, recordEnd));
         mask |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(hit))) << (16 * i);
     }
 #else
@@ -67,8 +66,14 @@ std::uint64_t maskOfTail(const std::uint8_t* tail, std::size_t size, const scanB
 class RecordScan {
  public:
     RecordScan(const parserConfig& config, parserState& state, parserInput& input, entryBatch& batch)
-        : config_(config), state_(state), record_(state.record), input_(input), batch_(batch),
-          bytes_(scanBytesOf(config)), start_(input.bytes + input.used), size_(input.size - input.used),
+        : config_(config),
+          state_(state),
+          record_(state.record),
+          input_(input),
+          batch_(batch),
+          bytes_(scanBytesOf(config)),
+          start_(input.bytes + input.used),
+          size_(input.size - input.used),
           recordStart_(std::size_t{0} - record_.dataLength) {}
 
     errorWord run();

@@ -144,14 +144,17 @@ encodingQuestion questionFor(encodingClass found, std::int16_t dataType) {
             if (dataType == dataTypeEightBit)
                 return {messageUtf8ForEightBit, openStatusDataType, openStatusDataTypeRefused};
             break;
-        case encodingClass::utf16: return {messageUtf16, openStatusUtf16, openStatusUtf16Refused};
-        case encodingClass::thirdKind: return {messageThirdKind, openStatusThirdKind, openStatusThirdKindRefused};
+        case encodingClass::utf16:
+            return {messageUtf16, openStatusUtf16, openStatusUtf16Refused};
+        case encodingClass::thirdKind:
+            return {messageThirdKind, openStatusThirdKind, openStatusThirdKindRefused};
         case encodingClass::binary:
         case encodingClass::eightBit:
             if (dataType == dataTypeUtf8)
                 return {messageEightBitForUtf8, openStatusDataType, openStatusDataTypeRefused};
             break;
-        case encodingClass::ascii: break;
+        case encodingClass::ascii:
+            break;
     }
     return {0, openStatusOpen, openStatusOpen};
 }
@@ -166,12 +169,17 @@ textKind detectTextKind(const textKindSettings& settings, const void* bytes, std
 
 encodingClass encodingClassOf(textKind kind) {
     switch (kind) {
-        case textKind::none: return encodingClass::binary;
-        case textKind::eightBit: return encodingClass::eightBit;
-        case textKind::ascii: return encodingClass::ascii;
+        case textKind::none:
+            return encodingClass::binary;
+        case textKind::eightBit:
+            return encodingClass::eightBit;
+        case textKind::ascii:
+            return encodingClass::ascii;
         case textKind::utf8Marked:
-        case textKind::utf8: return encodingClass::utf8;
-        default: return encodingClass::utf16;
+        case textKind::utf8:
+            return encodingClass::utf8;
+        default:
+            return encodingClass::utf16;
     }
 }
 

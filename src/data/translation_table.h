@@ -1,5 +1,5 @@
-// The step at which a definition's translation tables change bytes. No table can be loaded yet, so the step does what an
-// empty table does: every byte stays.
+// The step at which a definition's translation tables change bytes. No table can be loaded yet, so the step does what
+// an empty table does: every byte stays.
 #pragma once
 
 #include <cstdint>

@@ -14,7 +14,7 @@ namespace tarnova {
 namespace {
 
 constexpr std::uint16_t messageCustomDelimiter = 50;
-constexpr std::uint16_t recordDelimiterNames[] = {40, 41, 42, 43};       // by osType; the last for any other
+constexpr std::uint16_t recordDelimiterNames[] = {40, 41, 42, 43};         // by osType; the last for any other
 constexpr std::uint16_t fieldDelimiterNames[] = {45, 46, 47, 49, 48, 50};  // by fileType; the last for any other
 
 struct difference {
