@@ -6,6 +6,8 @@ namespace tarnova {
 
 namespace {
 
+constexpr std::size_t fieldNameOffset = 3;  // behind the size word and the length of the name
+
 void append16(std::string& out, std::size_t value) {
     out += static_cast<char>(value >> 8 & 0xFF);
     out += static_cast<char>(value & 0xFF);
@@ -56,9 +58,10 @@ std::optional<StoredTagField> StoredTagReader::next() {
     if (left.size() < storedTagFieldHeaderBytes) return std::nullopt;
     const std::size_t size = loadBig16(left.data());
     if (size < storedTagFieldHeaderBytes || size > left.size()) return std::nullopt;
-    if (static_cast<unsigned char>(left[2]) != storedTagNameBytes) return std::nullopt;
-    const StoredTagField out{left.substr(3, storedTagNameBytes),
-                             left.substr(storedTagFieldHeaderBytes, size - storedTagFieldHeaderBytes)};
+    const std::string_view named = left.substr(fieldNameOffset, size - fieldNameOffset);
+    const std::size_t nameBytes = static_cast<unsigned char>(left[fieldNameOffset - 1]);
+    if (named.size() < nameBytes) return std::nullopt;
+    const StoredTagField out{named.substr(0, nameBytes), named.substr(nameBytes)};
     left.remove_prefix(size);
     return out;
 }

@@ -1,5 +1,5 @@
-// The bytes of a stored tag record: a header and named fields, all numbers big-endian. What the fields mean is the business
-// of those who write and read them.
+// The bytes of a stored tag record: a header and named fields, all numbers big-endian. What the fields mean is the
+// business of those who write and read them.
 
 #pragma once
 
@@ -27,10 +27,14 @@ inline constexpr std::string_view fieldRule = "rl.r1";
 inline constexpr std::string_view fieldStyle = "sr.r1";
 inline constexpr std::string_view fieldNotes[3] = {"m1.r1", "m2.r1", "m3.r1"};
 inline constexpr std::string_view fieldAuxKeys = "ak.r1";
+// Names that are read and never written: two strings, and a field that is passed over.
+inline constexpr std::string_view fieldMediaString = "ms.r1";
+inline constexpr std::string_view fieldMediaPath = "mp.r1";
+inline constexpr std::string_view fieldPassedOver = "cn.r1";
 
 /// Puts a record together field by field.
 class StoredTagWriter {
-   public:
+ public:
     /// The stored kind is the tag's kind (0 to 2) twice, and one more when the link is locked.
     StoredTagWriter(std::uint16_t tagKind, bool locked);
     /// A field with its bytes as they stand. `name` has five characters.
@@ -40,7 +44,7 @@ class StoredTagWriter {
     /// The record; nothing when it would not fit into `storedTagCapacity` or a string was too long.
     [[nodiscard]] std::optional<std::string> finish() const;
 
-   private:
+ private:
     std::string bytes;
     bool fits = true;
 };
@@ -52,17 +56,18 @@ struct StoredTagField {
 
 /// Walks the fields of a record; the bytes may be anything.
 class StoredTagReader {
-   public:
+ public:
     /// The record must outlive the reader.
     explicit StoredTagReader(std::string_view record);
     /// The record has a header whose length is its own and whose version is known.
     [[nodiscard]] bool headerIsGood() const { return good; }
     [[nodiscard]] std::uint16_t storedKind() const { return kind; }
-    /// The next field; nothing at the record's end, and behind a field that isn't whole (`atEnd` then is false).
+    /// The next field, whatever its name; nothing at the record's end, and at a field that isn't whole (`atEnd` then is
+    /// false).
     [[nodiscard]] std::optional<StoredTagField> next();
     [[nodiscard]] bool atEnd() const { return left.empty(); }
 
-   private:
+ private:
     std::string_view left;
     std::uint16_t kind = 0;
     bool good = false;

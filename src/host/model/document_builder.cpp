@@ -1,6 +1,7 @@
 #include "host/model/document_builder.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "host/model/item_shape.h"
@@ -42,8 +43,8 @@ void DocumentBuilder::setPageSize(PMPoint size) {
     document->defaultPageSize = size;
 }
 
-bool DocumentBuilder::uidIsFree(UID uid) const {
-    return uid != kInvalidUID && uid < uidLimit && !document->itemExists(uid);
+PMPoint DocumentBuilder::pageSize() const {
+    return document->defaultPageSize;
 }
 
 void DocumentBuilder::reserveUids(UID next) {
@@ -55,7 +56,8 @@ void DocumentBuilder::reserveTagIds(std::uint32_t first) {
 }
 
 std::uint32_t DocumentBuilder::newTagId() {
-    return document->tagIdCounter++;
+    constexpr std::uint32_t last = std::numeric_limits<std::uint32_t>::max();
+    return document->tagIdCounter == last ? last : document->tagIdCounter++;
 }
 
 AttributePool& DocumentBuilder::attributePool() {
@@ -82,12 +84,13 @@ void DocumentBuilder::setLayers(const std::vector<Layer>& layers) {
     }
 }
 
-void DocumentBuilder::setPagesLayerUid(UID uid) {
-    document->lists.layers[0].uid = uid;
+void DocumentBuilder::setOwnUids(UID own, UID pagesLayer) {
+    document->ownUid = own;
+    document->lists.layers[0].uid = pagesLayer;
 }
 
-void DocumentBuilder::setDocumentUid(UID uid) {
-    document->ownUid = uid;
+UID DocumentBuilder::newUid() {
+    return document->takeUid();
 }
 
 UID DocumentBuilder::addSpreadOf(UID uid, bool isMaster, std::string name, const std::vector<UID>& nodes) {
@@ -126,26 +129,26 @@ UID DocumentBuilder::addPage(UID spreadUid, const PMRect& bounds, UID master, UI
     return spread->pages.back();
 }
 
-void DocumentBuilder::setMaster(UID page, UID master) {
-    document->table.find<Page>(page)->master = master;
+UID DocumentBuilder::layerNode(UID spread, std::size_t layer) const {
+    return document->spread(spread)->layerNodes[layer];
 }
 
 UID DocumentBuilder::addItem(UID parentUid, PageItem item) {
     PageItem* parent = document->table.find<PageItem>(parentUid);
     item.parent = parentUid;
     item.spread = parent->spread;
-    item.stamp = newStamp();
+    if (item.stamp == 0) item.stamp = newStamp();
     const UID uid = item.uid == kInvalidUID ? document->takeUid() : item.uid;
     parent->children.push_back(document->create(std::move(item), uid)->uid);
     return uid;
 }
 
 UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid,
-                              const std::vector<UID>& columns) {
+                              const std::vector<UID>& columns, std::uint64_t stamp) {
     Story story;
     story.frames = frames;
     story.content = std::move(content);
-    story.stamp = newStamp();
+    story.stamp = stamp == 0 ? newStamp() : stamp;
     const UID storyUid = document->create(std::move(story), uid == kInvalidUID ? document->takeUid() : uid)->uid;
     std::size_t next = 0;
     for (UID frameUid : frames) {
@@ -163,16 +166,17 @@ UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<St
     return storyUid;
 }
 
+std::uint64_t DocumentBuilder::stampOf(UID uid) const {
+    const PageItem* item = document->item(uid);
+    return item != nullptr ? item->stamp : document->story(uid)->stamp;
+}
+
 void DocumentBuilder::addSection(sectionRec section) {
     sections.push_back(std::move(section));
 }
 
 void DocumentBuilder::setDocumentData(int store, std::string block) {
     document->lists.itemData[store] = std::make_shared<const std::string>(std::move(block));
-}
-
-UID DocumentBuilder::firstNode(UID page) const {
-    return document->spread(document->spreadOfPage(page))->layerNodes[1];
 }
 
 UID DocumentBuilder::addSinglePage(double width, double height) {
@@ -188,7 +192,7 @@ UID DocumentBuilder::addRectangle(UID page, const PMRect& bounds, Paint fill) {
     item.shape = std::move(shape);
     item.toParent.tx = bounds.left;
     item.toParent.ty = bounds.top;
-    return addItem(firstNode(page), std::move(item));
+    return addItem(layerNode(document->spreadOfPage(page), 1), std::move(item));
 }
 
 UID DocumentBuilder::addTextFrame(UID page, const PMRect& bounds, std::u32string_view text) {

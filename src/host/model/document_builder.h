@@ -1,10 +1,11 @@
 // Makes a document from nothing: what the layout file's reader and the tests use. What a finished document goes through
 // afterwards are the operations of document.h.
 //
-// Wherever a UID can be given, 0 takes the next free one. A UID that is given must be free (`uidIsFree`).
+// Wherever a UID can be given, 0 takes the next free one. A UID that is given must be free.
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -26,8 +27,9 @@ class DocumentBuilder {
 
     void setTitle(std::string title);
     void setPageSize(PMPoint size);
+    [[nodiscard]] PMPoint pageSize() const;
 
-    [[nodiscard]] bool uidIsFree(UID uid) const;
+    [[nodiscard]] UID newUid();
     /// UIDs that are handed out from here on are not below `next`.
     void reserveUids(UID next);
     /// The next identity of a tag: 1, 2, 3 and so on, from `first` on.
@@ -41,27 +43,32 @@ class DocumentBuilder {
     std::int32_t addParagraphStyle(ParagraphStyle style);
     /// The layers besides the pages layer, at least one, from back to front. Before the first spread.
     void setLayers(const std::vector<Layer>& layers);
-    void setPagesLayerUid(UID uid);
 
     /// `nodes` are the UIDs of the layers' nodes, from the layer with index 1 on; empty: new ones.
     UID addSpread(UID uid = kInvalidUID, const std::vector<UID>& nodes = {});
     UID addMaster(std::string name, UID uid = kInvalidUID, const std::vector<UID>& nodes = {});
     /// `bounds` in the coordinates of the spread. `master` is kInvalidUID for none.
     UID addPage(UID spread, const PMRect& bounds, UID master = kInvalidUID, UID uid = kInvalidUID);
-    void setMaster(UID page, UID master);
+    /// The node of a layer, counted as in the document, on a spread or master.
+    [[nodiscard]] UID layerNode(UID spread, std::size_t layer) const;
 
     /// Adds an item in front of the others of its parent, a node or a group. Reads of `item` its class (spline item or
-    /// group), UID, shape, matrix, flags, name and data. A text frame must then get its story (`addStory`).
+    /// group), UID, shape, matrix, flags, name, data and, unless it is 0, the stamp. A text frame must then get its
+    /// story
+    /// (`addStory`).
     UID addItem(UID parent, PageItem item);
     /// Gives text to frames, in thread order; `columns` are the UIDs of their columns, all frames in one list, or
     /// empty.
+    /// A `stamp` other than 0 is that of a story with the same content in frames of the same shapes.
     UID addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid = kInvalidUID,
-                 const std::vector<UID>& columns = {});
+                 const std::vector<UID>& columns = {}, std::uint64_t stamp = 0);
+    [[nodiscard]] std::uint64_t stampOf(UID itemOrStory) const;
 
     /// A section on a page of a spread; takes its place when the document is finished.
     void addSection(sectionRec section);
     void setDocumentData(int store, std::string block);
-    void setDocumentUid(UID uid);
+    /// The UIDs of what every document has.
+    void setOwnUids(UID document, UID pagesLayer);
 
     // Short forms. Bounds are in the coordinates of the page's spread; items go to the layer with index 1.
     UID addSinglePage(double width, double height);
@@ -74,7 +81,6 @@ class DocumentBuilder {
 
  private:
     UID addSpreadOf(UID uid, bool isMaster, std::string name, const std::vector<UID>& nodes);
-    UID firstNode(UID page) const;
 
     std::unique_ptr<ModelDocument> document;
     std::vector<sectionRec> sections;

@@ -1,7 +1,7 @@
 // The document behind the engine's operations: spreads, layers, items, stories, styles and swatches.
 //
-// What a reader of the model (composition, drawing, the layout file) needs beyond the engine's operations is here as plain
-// accessors. Building a document from scratch, as the layout reader does, goes through `DocumentBuilder`
+// What a reader of the model (composition, drawing, the layout file) needs beyond the engine's operations is here as
+// plain accessors. Building a document from scratch, as the layout reader does, goes through `DocumentBuilder`
 // (document_builder.h); every other change goes through the engine's operations and so through commands.
 
 #pragma once
@@ -18,6 +18,9 @@
 
 namespace tarnova {
 
+/// The highest number at which a section may start.
+inline constexpr std::int32_t sectionNumberLimit = 1'000'000'000;
+
 struct Page {
     UID uid = kInvalidUID;
     UID spread = kInvalidUID;
@@ -29,9 +32,9 @@ struct Page {
 struct Spread {
     UID uid = kInvalidUID;
     bool isMaster = false;
-    std::string name;              // of a master spread
-    std::vector<UID> pages;        // left to right
-    std::vector<UID> layerNodes;   // by layer index; [0], the pages layer, is kInvalidUID
+    std::string name;             // of a master spread
+    std::vector<UID> pages;       // left to right
+    std::vector<UID> layerNodes;  // by layer index; [0], the pages layer, is kInvalidUID
 };
 
 struct Layer {
@@ -45,7 +48,7 @@ struct Layer {
 class AttributePool;
 
 class DocumentModel : public Document {
-   public:
+ public:
     // What composition and drawing read. Unknown UIDs give null.
     [[nodiscard]] virtual const std::string& title() const = 0;
     /// Width and height of a page that says nothing else, in points.
@@ -60,17 +63,18 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual const Story* story(UID uid) const = 0;
     /// The top items of a spread that touch the page (bounds with stroke), back to front over the layers, hidden and
     /// non-printing ones left out. A single page's spread gives all its items. The items of the page's master stand in
-    /// front of the list, those of the master that it is based on in front of them; they lie in the coordinates of their
-    /// own spread (`pageOrigin`).
+    /// front of the list, those of the master that it is based on in front of them; they lie in the coordinates of
+    /// their own spread (`pageOrigin`).
     virtual void drawnItems(UID page, std::vector<const PageItem*>& out) const = 0;
-    /// The top left corner of the page in the coordinates of the spread that the item lies on. For an item of a master it
-    /// is the corner of the master's page that serves this page.
+    /// The top left corner of the page in the coordinates of the spread that the item lies on. For an item of a master
+    /// it is the corner of the master's page that serves this page.
     [[nodiscard]] virtual PMPoint pageOrigin(UID page, const PageItem& item) const = 0;
     /// The matrix from the item's inner coordinates to those of its spread.
     [[nodiscard]] virtual PMMatrix toSpread(const PageItem& item) const = 0;
 
-    /// The format of a run in a paragraph: default, paragraph style chain, paragraph overrides, character style chain, run
-    /// overrides. The result is interned: equal formats have one address for the life of the document and its copies.
+    /// The format of a run in a paragraph: default, paragraph style chain, paragraph overrides, character style chain,
+    /// run overrides. The result is interned: equal formats have one address for the life of the document and its
+    /// copies.
     [[nodiscard]] virtual const CharFormat* resolveChar(const ParagraphAttributes& paragraph,
                                                         const RunAttributes& run) const = 0;
     [[nodiscard]] virtual const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const = 0;

@@ -23,9 +23,6 @@
 
 namespace tarnova {
 
-/// A story stays below this many characters.
-inline constexpr std::int32_t storyLengthLimit = 1 << 30;
-
 /// How many steps can be undone one after the other.
 inline constexpr std::size_t undoStepCapacity = 64;
 

@@ -292,7 +292,7 @@ std::vector<sectionRec> ModelDocument::sections() const {
 
 errorWord ModelDocument::createSection(const sectionRec& section) {
     const std::int32_t index = pageIndex(section.startPage);
-    if (index < 0) return errFailed;
+    if (index < 0 || section.startNumber < 0 || section.startNumber > sectionNumberLimit) return errFailed;
     Command command(*this, "Create Section");
     keepLists();
     const auto place =

@@ -46,23 +46,23 @@ struct TextFrameOptions {
 /// The shape and look of an item in its own coordinates: immutable, shared by copies.
 struct ItemShape {
     pathInfoRec::Kind kind = pathInfoRec::Kind::rectangle;
-    PMRect bounds;                // of the path, inner coordinates
-    std::vector<SubPath> path;    // what `kind` and `bounds` say, spelled out
+    PMRect bounds;              // of the path, inner coordinates
+    std::vector<SubPath> path;  // what `kind` and `bounds` say, spelled out
     Paint fill{swatchNone, 1};
     Stroke stroke;
     ContentKind content = ContentKind::unassigned;
-    TextFrameOptions text;        // for text frames
+    TextFrameOptions text;  // for text frames
 };
 
 struct PageItem {
     UID uid = kInvalidUID;
     ItemClass itemClass = ItemClass::splineItem;
     UID parent = kInvalidUID;
-    std::vector<UID> children;                    // back to front
-    std::shared_ptr<const ItemShape> shape;       // null for nodes, groups and text columns
-    PMMatrix toParent;                            // inner coordinates to those of the parent (a node's are the spread's)
-    UID story = kInvalidUID;                      // of a text frame or a text column
-    std::int32_t column = 0;                      // of a text column: its index in the frame
+    std::vector<UID> children;               // back to front
+    std::shared_ptr<const ItemShape> shape;  // null for nodes, groups and text columns
+    PMMatrix toParent;                       // inner coordinates to those of the parent (a node's are the spread's)
+    UID story = kInvalidUID;                 // of a text frame or a text column
+    std::int32_t column = 0;                 // of a text column: its index in the frame
     UID spread = kInvalidUID;
     bool locked = false;
     bool nonPrinting = false;

@@ -18,7 +18,7 @@ class DocumentModel;
 /// Interned attributes of a run: what it says of its own and, resolved, what composition needs. Two runs with the same
 /// attributes hold the same pointer; it lives as long as the document and its copies (see `attribute_pool.h`).
 class RunAttributes : public AttributeBossList {
-   public:
+ public:
     std::int32_t characterStyle = -1;  // index into the document's character styles, or -1
     CharOverrides overrides;
     std::shared_ptr<const TagAttribute> tags[2];  // by store: Kelvane, Tallyra
@@ -61,11 +61,11 @@ struct RunCursor {
 /// The content of a story at one moment. Never changed while more than one story holds it. How it may be changed stands
 /// in `story_text.h`.
 struct StoryText {
-    std::u32string text;                  // all threads; returns are U+000D
-    std::vector<AttributeRun> runs;       // lengths add up to the text's
-    std::vector<ParagraphRun> paragraphs; // likewise, one for each paragraph
-    std::vector<StoryThread> threads;     // likewise
-    std::vector<ownedItemRec> owned;      // anchored items by position (anchor character U+FFFC)
+    std::u32string text;                   // all threads; returns are U+000D
+    std::vector<AttributeRun> runs;        // lengths add up to the text's
+    std::vector<ParagraphRun> paragraphs;  // likewise, one for each paragraph
+    std::vector<StoryThread> threads;      // likewise
+    std::vector<ownedItemRec> owned;       // anchored items by position (anchor character U+FFFC)
 
     mutable RunCursor runCursor;
     mutable RunCursor paragraphCursor;
@@ -73,7 +73,7 @@ struct StoryText {
 
 /// What composition knows of a story; made by `Composer`, never changed afterwards, shared by copies of the story.
 class StoryLayout {
-   public:
+ public:
     virtual ~StoryLayout() = default;
     /// Positions below this are placed or known to be overset.
     [[nodiscard]] virtual std::int32_t composedThrough() const = 0;
@@ -84,7 +84,7 @@ class StoryLayout {
 
 /// Turns a story into lines. `host/text` implements it and gives it to the model.
 class Composer {
-   public:
+ public:
     virtual ~Composer() = default;
     /// Composes the story in its frames, at least through the position (it may go further).
     [[nodiscard]] virtual std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
@@ -92,7 +92,7 @@ class Composer {
 };
 
 class Story {
-   public:
+ public:
     UID uid = kInvalidUID;
     std::vector<UID> frames;  // text frames of the main thread, in thread order
     std::shared_ptr<StoryText> content;

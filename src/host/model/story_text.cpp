@@ -162,6 +162,28 @@ std::shared_ptr<StoryText> emptyStoryText(const ParagraphAttributes* paragraph, 
     return out;
 }
 
+void StoryTextBuilder::append(std::u32string_view characters, const RunAttributes* run) {
+    if (characters.empty()) return;
+    story->text += characters;
+    const auto length = static_cast<std::int32_t>(characters.size());
+    if (story->runs.empty() || story->runs.back().attributes != run) {
+        story->runs.push_back({length, run});
+    } else {
+        story->runs.back().length += length;
+    }
+}
+
+void StoryTextBuilder::endParagraph(const ParagraphAttributes* paragraph, const RunAttributes* run) {
+    append(std::u32string_view(&returnCharacter, 1), run);
+    story->paragraphs.push_back({static_cast<std::int32_t>(story->text.size() - paragraphStart), paragraph});
+    paragraphStart = story->text.size();
+}
+
+void StoryTextBuilder::endThread() {
+    story->threads.push_back({static_cast<std::int32_t>(story->text.size() - threadStart)});
+    threadStart = story->text.size();
+}
+
 bool storyIsConsistent(const StoryText& story) {
     const std::size_t length = story.text.size();
     return length > 0 && addsUp(story.runs, length) && addsUp(story.paragraphs, length) &&

@@ -10,16 +10,39 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "host/model/story.h"
 
 namespace tarnova {
+
+/// A story stays below this many characters.
+inline constexpr std::int32_t storyLengthLimit = 1 << 30;
 
 inline constexpr char32_t returnCharacter = U'\r';
 inline constexpr char32_t anchorCharacter = U'\uFFFC';
 
 /// A story without text: one thread that holds only its closing mark.
 [[nodiscard]] std::shared_ptr<StoryText> emptyStoryText(const ParagraphAttributes* paragraph, const RunAttributes* run);
+
+/// Puts the content of a story together from its start.
+class StoryTextBuilder {
+ public:
+    /// Characters without returns.
+    void append(std::u32string_view characters, const RunAttributes* run);
+    /// The return of the paragraph, which also is the closing mark when the thread ends here.
+    void endParagraph(const ParagraphAttributes* paragraph, const RunAttributes* run);
+    /// Behind the last paragraph of a thread.
+    void endThread();
+    /// The content; every paragraph and thread has been ended.
+    [[nodiscard]] std::shared_ptr<StoryText> finish() { return std::move(story); }
+    [[nodiscard]] std::size_t length() const { return story->text.size(); }
+
+ private:
+    std::shared_ptr<StoryText> story = std::make_shared<StoryText>();
+    std::size_t paragraphStart = 0;
+    std::size_t threadStart = 0;
+};
 
 /// True when runs, paragraphs and threads add up to the text, are canonical, paragraphs end where returns stand, every
 /// thread ends in a return, and anchors stand on anchor characters in order.

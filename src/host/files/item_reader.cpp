@@ -1,0 +1,310 @@
+#include "host/files/item_reader.h"
+
+#include <cmath>
+
+#include "host/files/text_members.h"
+
+namespace tarnova {
+
+struct ItemReader::ItemTarget {
+    ItemTarget(const LayoutNames& names, const JsonValue& itsValue) : look(names), value(itsValue) {}
+
+    ShapeTarget look;
+    const JsonValue& value;
+    PageItem item;
+    const JsonValue* uid = nullptr;
+    const JsonValue* layer = nullptr;
+    const JsonValue* bounds = nullptr;
+    const JsonValue* rotate = nullptr;
+    const JsonValue* matrix = nullptr;
+    const JsonValue* at = nullptr;
+    const JsonValue* shape = nullptr;
+    const JsonValue* text = nullptr;
+    const JsonValue* sharedText = nullptr;
+    const JsonValue* flowsFrom = nullptr;
+    const JsonValue* storyUid = nullptr;
+    const JsonValue* columnUids = nullptr;
+    const JsonValue* group = nullptr;
+    std::size_t shapeKey = 0;
+
+    [[nodiscard]] bool hasText() const { return text != nullptr || sharedText != nullptr || flowsFrom != nullptr; }
+};
+
+namespace {
+
+template <std::size_t store>
+void readBlock(DataBlocks& target, const JsonValue& value) {
+    target.blocks[store] = std::make_shared<const std::string>(bytesOf(value));
+}
+
+PMMatrix turnAround(PMPoint middle, double degrees) {
+    const double angle = degrees / 57.29577951308232;
+    const PMMatrix turn{std::cos(angle), -std::sin(angle), std::sin(angle), std::cos(angle), 0, 0};
+    return PMMatrix{1, 0, 0, 1, -middle.x, -middle.y}.then(turn).then({1, 0, 0, 1, middle.x, middle.y});
+}
+
+std::array<double, 6> keyOf(const PMMatrix& m) {
+    return {m.a, m.b, m.c, m.d, m.tx, m.ty};
+}
+
+}  // namespace
+
+DataBlocks readDataBlocks(const JsonValue& value) {
+    static constexpr Member<DataBlocks> rows[] = {{"kelvane", readBlock<0>}, {"tallyra", readBlock<1>}};
+    DataBlocks out;
+    readMembers<DataBlocks>(value, "the data of the engine's stores", rows, out);
+    return out;
+}
+
+void ItemReader::readShared(const JsonValue* shapeList, const JsonValue* textList) {
+    static constexpr Member<ShapeTarget> rows[] = {
+        {"kind", readShapeKind},     {"inner", readShapeInner},
+        {"path", readShapePath},     {"fill", readShapeFill},
+        {"stroke", readShapeStroke}, {"content", readShapeContent},
+        {"insets", readShapeInsets}, {"columns", readShapeColumns},
+        {"gutter", readShapeGutter}, {"verticalAlign", readShapeVerticalAlign},
+    };
+    for (const JsonValue& value : elementsOf(shapeList)) {
+        ShapeTarget target(names);
+        readMembers<ShapeTarget>(value, "a shared shape", rows, target);
+        shapes.push_back(finishShape(target, value, false));
+    }
+    TextReader reader(builder, names);
+    for (const JsonValue& value : elementsOf(textList))
+        texts.push_back(reader.read(value));
+}
+
+void ItemReader::readItems(const JsonValue* list, UID spread, PMPoint origin) {
+    for (const JsonValue& value : elementsOf(list))
+        readItem(value, spread, kInvalidUID, origin);
+}
+
+const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
+    using T = ItemTarget;
+    static const std::vector<Member<T>> rows = {
+        {"uid", keep<T, &T::uid>},
+        {"name", [](T& t, const JsonValue& v) { t.item.name = nameOf(v); }},
+        {"layer", keep<T, &T::layer>},
+        {"bounds", keep<T, &T::bounds>},
+        {"rotate", keep<T, &T::rotate>},
+        {"matrix", keep<T, &T::matrix>},
+        {"at", keep<T, &T::at>},
+        {"shape", keep<T, &T::shape>},
+        {"kind", [](T& t, const JsonValue& v) { readShapeKind(t.look, v); }},
+        {"inner", [](T& t, const JsonValue& v) { readShapeInner(t.look, v); }},
+        {"path", [](T& t, const JsonValue& v) { readShapePath(t.look, v); }},
+        {"fill", [](T& t, const JsonValue& v) { readShapeFill(t.look, v); }},
+        {"stroke", [](T& t, const JsonValue& v) { readShapeStroke(t.look, v); }},
+        {"content", [](T& t, const JsonValue& v) { readShapeContent(t.look, v); }},
+        {"insets", [](T& t, const JsonValue& v) { readShapeInsets(t.look, v); }},
+        {"columns", [](T& t, const JsonValue& v) { readShapeColumns(t.look, v); }},
+        {"gutter", [](T& t, const JsonValue& v) { readShapeGutter(t.look, v); }},
+        {"verticalAlign", [](T& t, const JsonValue& v) { readShapeVerticalAlign(t.look, v); }},
+        {"text", keep<T, &T::text>},
+        {"sharedText", keep<T, &T::sharedText>},
+        {"flowsFrom", keep<T, &T::flowsFrom>},
+        {"storyUid", keep<T, &T::storyUid>},
+        {"columnUids", keep<T, &T::columnUids>},
+        {"group", keep<T, &T::group>},
+        {"locked", [](T& t, const JsonValue& v) { t.item.locked = boolOf(v); }},
+        {"printing", [](T& t, const JsonValue& v) { t.item.nonPrinting = !boolOf(v); }},
+        {"data",
+         [](T& t, const JsonValue& v) {
+             DataBlocks data = readDataBlocks(v);
+             for (int store = 0; store < 2; ++store)
+                 t.item.itemData[store] = std::move(data.blocks[store]);
+         }},
+    };
+    return rows;
+}
+
+/// A top item has no `group`: it goes to the node of its layer.
+void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint origin) {
+    ItemTarget target(names, value);
+    readMembers<ItemTarget>(value, "an item", itemMembers(), target);
+    uids.countObjects(value, 1);
+    target.item.uid = uids.uidOf(target.uid);
+    UID parent = group;
+    if (group == kInvalidUID) {
+        const std::size_t index = target.layer == nullptr ? 1 : namedIndex(layers, *target.layer, "layer");
+        parent = builder.layerNode(spread, index);
+    } else if (target.layer != nullptr) {
+        faultAt(*target.layer, "A member of a group lies on the layer of its group; leave \"layer\" away.");
+    }
+    takeBounds(target);
+    target.item.toParent.tx += origin.x;
+    target.item.toParent.ty += origin.y;
+    if (target.group == nullptr) {
+        readFrame(target, parent, group != kInvalidUID);
+    } else {
+        readGroup(target, spread, parent);
+    }
+}
+
+void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
+    if (target.look.firstMember != nullptr || target.shape != nullptr || target.bounds != nullptr || target.hasText()) {
+        faultAt(target.value, "A group has no look, bounds or text of its own; its members have.");
+    }
+    requireArray(*target.group);
+    target.item.itemClass = ItemClass::group;
+    const UID uid = builder.addItem(parent, std::move(target.item));
+    for (const JsonValue& member : *target.group)
+        readItem(member, spread, uid, {});
+}
+
+/// Where the item lies, from "bounds", "at" or "matrix".
+void ItemReader::takeBounds(ItemTarget& target) const {
+    PMMatrix& place = target.item.toParent;
+    if (int(target.bounds != nullptr) + int(target.at != nullptr) + int(target.matrix != nullptr) > 1) {
+        faultAt(target.value, "An item has one of \"bounds\", \"at\" and \"matrix\".");
+    }
+    if (target.rotate != nullptr && target.bounds == nullptr) {
+        faultAt(*target.rotate, "\"rotate\" goes with \"bounds\".");
+    }
+    if (target.matrix != nullptr) {
+        const std::vector<double> m = numbersOf(*target.matrix, 6, -coordinateLimit, coordinateLimit);
+        place = {m[0], m[1], m[2], m[3], m[4], m[5]};
+    } else if (target.at != nullptr) {
+        const std::vector<double> at = lengthsOf(*target.at, 2);
+        place = {1, 0, 0, 1, at[0], at[1]};
+    } else if (target.bounds != nullptr) {
+        if (target.look.inner || target.shape != nullptr) {
+            faultAt(*target.bounds, "\"bounds\" can't stand beside \"inner\" or \"shape\".");
+        }
+        const std::vector<double> sides = lengthsOf(*target.bounds, 4);
+        if (sides[2] < 0 || sides[3] < 0) faultAt(*target.bounds, "\"bounds\" has a width or height below 0.");
+        target.look.inner = PMRect{0, 0, sides[2], sides[3]};
+        if (target.rotate != nullptr) {
+            place = turnAround({sides[2] / 2, sides[3] / 2}, numberOf(*target.rotate, -360, 360));
+        }
+        place = place.then({1, 0, 0, 1, sides[0], sides[1]});
+    }
+}
+
+void ItemReader::takeShape(ItemTarget& target) const {
+    if (target.shape == nullptr) {
+        target.item.shape = finishShape(target.look, target.value, target.hasText());
+    } else {
+        if (target.look.firstMember != nullptr) {
+            faultAt(*target.look.firstMember, whatIs(*target.look.firstMember) + " can't stand beside \"shape\".");
+        }
+        if (shapes.empty()) faultAt(*target.shape, "The layout has no \"shapes\" to take one of.");
+        const auto last = static_cast<std::int64_t>(shapes.size()) - 1;
+        target.shapeKey = static_cast<std::size_t>(integerOf(*target.shape, 0, last)) + 1;
+        target.item.shape = shapes[target.shapeKey - 1];
+    }
+    if (target.hasText() && target.item.shape->content != ContentKind::text) {
+        faultAt(target.value, "An item with text needs the content \"text\" in its look.");
+    }
+}
+
+void ItemReader::readFrame(ItemTarget& target, UID parent, bool inGroup) {
+    takeShape(target);
+    const std::shared_ptr<const ItemShape> shape = target.item.shape;
+    const std::string name = target.item.name;
+    const StampKey key{target.shapeKey, keyOf(target.item.toParent)};
+    const bool mayRepeat = target.shapeKey != 0 && !inGroup;
+    const auto known = mayRepeat ? itemStamps.find(key) : itemStamps.end();
+    if (known != itemStamps.end()) target.item.stamp = known->second;
+    const UID uid = builder.addItem(parent, std::move(target.item));
+    if (mayRepeat) itemStamps.emplace(key, builder.stampOf(uid));
+    if (shape->content == ContentKind::text) {
+        noteFrame(target, uid, shape->text.columns, name);
+    } else if (target.storyUid != nullptr || target.columnUids != nullptr) {
+        faultAt(target.value, "\"storyUid\" and \"columnUids\" are for frames with text.");
+    }
+}
+
+void ItemReader::noteFrame(const ItemTarget& target, UID uid, std::int32_t columns, const std::string& name) {
+    if (int(target.text != nullptr) + int(target.sharedText != nullptr) + int(target.flowsFrom != nullptr) > 1) {
+        faultAt(target.value, "A frame has one of \"text\", \"sharedText\" and \"flowsFrom\".");
+    }
+    if (target.flowsFrom != nullptr && target.storyUid != nullptr) {
+        faultAt(*target.storyUid, "\"storyUid\" stands on the first frame of a story only.");
+    }
+    uids.countObjects(target.value, static_cast<std::size_t>(columns) + 1);
+    Frame frame;
+    frame.uid = uid;
+    frame.value = &target.value;
+    frame.text = target.text;
+    frame.shared = target.sharedText;
+    frame.flowsFrom = target.flowsFrom;
+    frame.storyUid = target.storyUid;
+    frame.columns = uids.uidsOf(target.columnUids);
+    if (frame.columns.size() > static_cast<std::size_t>(columns)) {
+        faultAt(*target.columnUids, "There are more \"columnUids\" than columns.");
+    }
+    while (frame.columns.size() < static_cast<std::size_t>(columns))
+        frame.columns.push_back(uids.uidOf(nullptr));
+    frame.shapeKey = target.shapeKey;
+    frameByUid.emplace(uid, frames.size());
+    if (!name.empty()) framesByName[name].push_back(frames.size());
+    frames.push_back(std::move(frame));
+}
+
+/// Index of the frame that "flowsFrom" names.
+std::size_t ItemReader::frameInFrontOf(const Frame& frame) const {
+    const JsonValue& value = *frame.flowsFrom;
+    if (value.is(JsonValue::Type::number)) {
+        const auto found = frameByUid.find(static_cast<UID>(integerOf(value, 1, fileUidLimit - 1)));
+        if (found == frameByUid.end()) faultAt(value, "The layout has no text frame with this UID.");
+        return found->second;
+    }
+    const auto found = framesByName.find(nameOf(value));
+    if (found == framesByName.end()) {
+        faultAt(value, "The layout has no text frame named \"" + std::string(value.text.substr(0, 80)) + "\".");
+    }
+    if (found->second.size() > 1) faultAt(value, "More than one text frame has this name; give them different ones.");
+    return found->second.front();
+}
+
+void ItemReader::makeStories() {
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        if (frames[i].flowsFrom == nullptr) continue;
+        Frame& front = frames[frameInFrontOf(frames[i])];
+        if (front.next != 0) faultAt(*frames[i].flowsFrom, "Two frames flow from the same frame.");
+        front.next = i + 1;
+    }
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        if (frames[i].flowsFrom == nullptr) makeStory(i);
+    }
+    for (const Frame& frame : frames) {
+        if (!frame.isPlaced) faultAt(*frame.flowsFrom, "These frames flow from each other in a circle.");
+    }
+}
+
+void ItemReader::makeStory(std::size_t first) {
+    std::vector<UID> members;
+    std::vector<UID> columns;
+    for (std::size_t i = first + 1; i != 0; i = frames[i - 1].next) {
+        Frame& frame = frames[i - 1];
+        frame.isPlaced = true;
+        members.push_back(frame.uid);
+        columns.insert(columns.end(), frame.columns.begin(), frame.columns.end());
+    }
+    const Frame& frame = frames[first];
+    const std::shared_ptr<StoryText> text = textOf(frame);
+    const bool mayRepeat = frame.shared != nullptr && frame.shapeKey != 0 && members.size() == 1;
+    if (!mayRepeat) {
+        builder.addStory(members, text, uids.uidOf(frame.storyUid), columns);
+        return;
+    }
+    const std::pair key(static_cast<std::size_t>(frame.shared->number), frame.shapeKey);
+    const auto known = storyStamps.find(key);
+    const UID story = builder.addStory(members, text, uids.uidOf(frame.storyUid), columns,
+                                       known == storyStamps.end() ? 0 : known->second);
+    storyStamps.emplace(key, builder.stampOf(story));
+}
+
+std::shared_ptr<StoryText> ItemReader::textOf(const Frame& frame) {
+    if (frame.shared != nullptr) {
+        if (texts.empty()) faultAt(*frame.shared, "The layout has no \"texts\" to take one of.");
+        return texts[static_cast<std::size_t>(
+            integerOf(*frame.shared, 0, static_cast<std::int64_t>(texts.size()) - 1))];
+    }
+    if (frame.text != nullptr) return TextReader(builder, names).read(*frame.text);
+    AttributePool& pool = builder.attributePool();
+    return emptyStoryText(pool.paragraph({}), pool.plainRun());
+}
+
+}  // namespace tarnova

@@ -1,0 +1,88 @@
+// Page items of a layout file, and the stories of their text frames.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "host/files/format_members.h"
+#include "host/files/shape_members.h"
+#include "host/files/uid_reader.h"
+#include "host/model/document_builder.h"
+#include "host/model/story_text.h"
+
+namespace tarnova {
+
+/// Index of a layer by its name, from 1.
+using LayerIndex = std::unordered_map<std::string, std::size_t>;
+
+/// The engine's typed-entry blocks of an item or the document, by store.
+struct DataBlocks {
+    std::shared_ptr<const std::string> blocks[2];
+};
+[[nodiscard]] DataBlocks readDataBlocks(const JsonValue& value);
+
+class ItemReader {
+ public:
+    ItemReader(DocumentBuilder& itsBuilder, UidReader& itsUids, const LayoutNames& itsNames,
+               const LayerIndex& itsLayers)
+        : builder(itsBuilder), uids(itsUids), names(itsNames), layers(itsLayers) {}
+
+    /// Shapes and texts that items name by their index; each may be null. Before the items.
+    void readShared(const JsonValue* shapeList, const JsonValue* textList);
+    /// The items of a spread or page, from back to front; `origin` is where their coordinates begin on the spread.
+    void readItems(const JsonValue* list, UID spread, PMPoint origin);
+    /// When all items are there: joins frames that flow from each other and gives them their text.
+    void makeStories();
+
+ private:
+    struct ItemTarget;
+
+    /// A text frame whose story isn't made yet.
+    struct Frame {
+        UID uid = kInvalidUID;
+        const JsonValue* value = nullptr;      // for messages
+        const JsonValue* text = nullptr;       // of its own
+        const JsonValue* shared = nullptr;     // index of a shared text
+        const JsonValue* flowsFrom = nullptr;  // name or UID of the frame in front
+        const JsonValue* storyUid = nullptr;
+        std::vector<UID> columns;
+        std::size_t shapeKey = 0;  // one for each shared shape, 0 for others
+        std::size_t next = 0;      // index of the frame behind and 1; 0: the last
+        bool isPlaced = false;
+    };
+
+    /// Items on different spreads with one shared shape in one place are copies of each other.
+    using StampKey = std::pair<std::size_t, std::array<double, 6>>;
+
+    [[nodiscard]] static const std::vector<Member<ItemTarget>>& itemMembers();
+    void readItem(const JsonValue& value, UID spread, UID group, PMPoint origin);
+    void readGroup(ItemTarget& target, UID spread, UID parent);
+    void readFrame(ItemTarget& target, UID parent, bool inGroup);
+    void takeBounds(ItemTarget& target) const;
+    void takeShape(ItemTarget& target) const;
+    void noteFrame(const ItemTarget& target, UID uid, std::int32_t columns, const std::string& name);
+    [[nodiscard]] std::size_t frameInFrontOf(const Frame& frame) const;
+    void makeStory(std::size_t first);
+    [[nodiscard]] std::shared_ptr<StoryText> textOf(const Frame& frame);
+
+    DocumentBuilder& builder;
+    UidReader& uids;
+    const LayoutNames& names;
+    const LayerIndex& layers;
+    std::vector<std::shared_ptr<const ItemShape>> shapes;
+    std::vector<std::shared_ptr<StoryText>> texts;
+    std::vector<Frame> frames;
+    std::unordered_map<UID, std::size_t> frameByUid;
+    std::unordered_map<std::string, std::vector<std::size_t>> framesByName;
+    std::map<StampKey, std::uint64_t> itemStamps;
+    std::map<std::pair<std::size_t, std::size_t>, std::uint64_t> storyStamps;  // by shared text and shape key
+};
+
+}  // namespace tarnova

@@ -1,0 +1,80 @@
+// Makes a document from the tree of a layout file.
+
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "host/files/format_members.h"
+#include "host/files/item_reader.h"
+#include "host/files/json_tree.h"
+#include "host/files/uid_reader.h"
+#include "host/model/document_builder.h"
+
+namespace tarnova {
+
+inline constexpr int layoutVersion = 1;
+inline constexpr std::string_view layoutVersionMember = "tarnovaLayout";
+inline constexpr std::size_t pagesOfSpreadLimit = 64;
+/// Names of the numbering styles, in the order of their numbers.
+inline constexpr const char* numberingStyleWords[] = {"arabic", "upperRoman", "lowerRoman", "upperLetters",
+                                                      "lowerLetters"};
+
+class LayoutReader {
+ public:
+    explicit LayoutReader(const JsonTree& itsTree) : tree(itsTree) {}
+    /// Once. Throws LayoutFault.
+    [[nodiscard]] std::unique_ptr<DocumentModel> read();
+
+ private:
+    /// The document's members, each read when what it builds on is there.
+    struct Parts {
+        const JsonValue* version = nullptr;
+        const JsonValue* uid = nullptr;
+        const JsonValue* pagesLayerUid = nullptr;
+        const JsonValue* nextUid = nullptr;
+        const JsonValue* nextTagId = nullptr;
+        const JsonValue* title = nullptr;
+        const JsonValue* pageSize = nullptr;
+        const JsonValue* swatches = nullptr;
+        const JsonValue* characterStyles = nullptr;
+        const JsonValue* paragraphStyles = nullptr;
+        const JsonValue* layers = nullptr;
+        const JsonValue* shapes = nullptr;
+        const JsonValue* texts = nullptr;
+        const JsonValue* masters = nullptr;
+        const JsonValue* pages = nullptr;
+        const JsonValue* spreads = nullptr;
+        const JsonValue* sections = nullptr;
+        const JsonValue* data = nullptr;
+    };
+
+    struct SpreadTarget;
+    struct PageTarget;
+    struct SectionTarget;
+
+    void reserveIdentities();
+    void readHead();
+    void readSwatches();
+    void readStyles();
+    void readLayers();
+    void readMasters();
+    void readSpreads();
+    void readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, bool inMaster);
+    void readPage(const JsonValue& value, UID spread, PMRect& last, bool inMaster);
+    void readSections();
+    void readData();
+
+    const JsonTree& tree;
+    Parts parts;
+    DocumentBuilder builder;
+    UidReader uids{builder};
+    LayoutNames names;
+    LayerIndex layerIndex;
+    ItemReader items{builder, uids, names, layerIndex};
+    PMPoint pageSize;
+    std::vector<UID> pageUids;  // of the document, in order
+};
+
+}  // namespace tarnova

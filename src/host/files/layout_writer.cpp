@@ -1,0 +1,321 @@
+#include "host/files/layout_writer.h"
+
+#include <algorithm>
+
+#include "host/files/base64.h"
+#include "host/files/layout_reader.h"
+#include "host/files/shape_members.h"
+#include "host/files/text_members.h"
+
+namespace tarnova {
+
+namespace {
+
+constexpr JsonWriter::Shape overLines = JsonWriter::Shape::lines;
+
+bool isMove(const PMMatrix& m) {
+    return m.a == 1 && m.b == 0 && m.c == 0 && m.d == 1;
+}
+
+/// True when the bounds, written as width and height, come back as they are.
+bool hasPlainBounds(const PageItem& item) {
+    const PMRect& inner = item.shape->bounds;
+    return isMove(item.toParent) && inner.left == 0 && inner.top == 0 && inner.right >= 0 && inner.bottom >= 0;
+}
+
+}  // namespace
+
+template <typename Content>
+void LayoutWriter::SharedList<Content>::count(const Content* content) {
+    if (++uses[content] != 2) return;
+    index.emplace(content, order.size());
+    order.push_back(content);
+}
+
+std::string LayoutWriter::write() {
+    for (std::int32_t i = 0; i < document.masterCount(); ++i)
+        countSharedOf(document.masterAt(i));
+    for (std::int32_t i = 0; i < document.spreadCount(); ++i)
+        countSharedOf(document.spreadAt(i));
+    out.beginObject(overLines);
+    writeHead();
+    writeSwatches();
+    writeStyles();
+    writeLayers();
+    writeData([this](int store) { return document.itemDataBlock(kInvalidUID, store); });
+    writeShared();
+    writeMasters();
+    writeSpreads();
+    writeSections();
+    out.end();
+    return out.take();
+}
+
+void LayoutWriter::countSharedOf(UID spread) {
+    for (UID node : document.spread(spread)->layerNodes) {
+        if (node != kInvalidUID) countShared(node);
+    }
+}
+
+void LayoutWriter::countShared(UID uid) {
+    const PageItem& item = *document.item(uid);
+    if (item.shape != nullptr) shapes.count(item.shape.get());
+    if (item.itemClass == ItemClass::splineItem && item.story != kInvalidUID) {
+        const Story& story = *document.story(item.story);
+        if (story.frames.front() == uid) texts.count(story.content.get());
+    }
+    for (UID child : item.children)
+        countShared(child);
+}
+
+void LayoutWriter::writeHead() {
+    out.member(layoutVersionMember, std::int64_t{layoutVersion});
+    if (!document.title().empty()) out.member("title", document.title());
+    out.member("uid", document.documentUid());
+    out.member("pagesLayerUid", document.layers()[0].uid);
+    out.member("nextUid", document.nextUid());
+    out.member("nextTagId", document.nextTagId());
+    out.numbers("pageSize", {document.pageSize().x, document.pageSize().y});
+}
+
+void LayoutWriter::writeSwatches() {
+    out.key("swatches");
+    out.beginArray(overLines);
+    for (const Swatch& swatch : document.swatches()) {
+        if (swatch.space == Swatch::Space::none) continue;
+        const bool isCmyk = swatch.space == Swatch::Space::cmyk;
+        out.beginObject();
+        out.member("name", swatch.name);
+        out.numbers(isCmyk ? "cmyk" : "rgb", {swatch.values, swatch.values + (isCmyk ? 4 : 3)});
+        out.end();
+    }
+    out.end();
+}
+
+void LayoutWriter::writeStyles() {
+    const auto begin = [this](const auto& style, const auto& styles) {
+        out.beginObject();
+        out.member("name", style.name);
+        if (style.basedOn >= 0) out.member("basedOn", styles[static_cast<std::size_t>(style.basedOn)].name);
+    };
+    out.key("characterStyles");
+    out.beginArray(overLines);
+    for (const CharacterStyle& style : document.characterStyles()) {
+        begin(style, document.characterStyles());
+        writeChars(out, style.format, document);
+        out.end();
+    }
+    out.end();
+    out.key("paragraphStyles");
+    out.beginArray(overLines);
+    for (const ParagraphStyle& style : document.paragraphStyles()) {
+        begin(style, document.paragraphStyles());
+        writeParas(out, style.paraFormat);
+        writeChars(out, style.charFormat, document);
+        out.end();
+    }
+    out.end();
+}
+
+void LayoutWriter::writeLayers() {
+    out.key("layers");
+    out.beginArray(overLines);
+    for (std::size_t i = 1; i < document.layers().size(); ++i) {
+        const Layer& layer = document.layers()[i];
+        out.beginObject();
+        out.member("uid", layer.uid);
+        out.member("name", layer.name);
+        if (!layer.visible) out.member("visible", false);
+        if (layer.locked) out.member("locked", true);
+        if (!layer.printable) out.member("printable", false);
+        out.end();
+    }
+    out.end();
+}
+
+template <typename Holder>
+void LayoutWriter::writeData(const Holder& blockOf) {
+    static constexpr const char* stores[2] = {"kelvane", "tallyra"};
+    if (blockOf(0) == nullptr && blockOf(1) == nullptr) return;
+    out.key("data");
+    out.beginObject();
+    for (int store = 0; store < 2; ++store) {
+        if (const std::string* block = blockOf(store)) out.member(stores[store], toBase64(*block));
+    }
+    out.end();
+}
+
+void LayoutWriter::writeShared() {
+    if (!shapes.order.empty()) {
+        out.key("shapes");
+        out.beginArray(overLines);
+        for (const ItemShape* shape : shapes.order) {
+            out.beginObject();
+            writeShape(out, *shape, {true, true}, document);
+            out.end();
+        }
+        out.end();
+    }
+    if (texts.order.empty()) return;
+    out.key("texts");
+    out.beginArray(overLines);
+    for (const StoryText* text : texts.order)
+        writeText(out, *text, document);
+    out.end();
+}
+
+void LayoutWriter::writeMasters() {
+    if (document.masterCount() == 0) return;
+    out.key("masters");
+    out.beginArray(overLines);
+    for (std::int32_t i = 0; i < document.masterCount(); ++i)
+        writeSpread(*document.spread(document.masterAt(i)));
+    out.end();
+}
+
+void LayoutWriter::writeSpreads() {
+    out.key("spreads");
+    out.beginArray(overLines);
+    for (std::int32_t i = 0; i < document.spreadCount(); ++i)
+        writeSpread(*document.spread(document.spreadAt(i)));
+    out.end();
+}
+
+void LayoutWriter::writeSpread(const Spread& spread) {
+    out.beginObject(overLines);
+    out.member("uid", spread.uid);
+    if (spread.isMaster) out.member("name", spread.name);
+    out.key("nodes");
+    out.beginArray();
+    for (std::size_t i = 1; i < spread.layerNodes.size(); ++i)
+        out.integer(spread.layerNodes[i]);
+    out.end();
+    writePages(spread);
+    writeItems(spread);
+    out.end();
+}
+
+/// A page that follows its left neighbour has a size; any other its edges.
+void LayoutWriter::writePages(const Spread& spread) {
+    out.key("pages");
+    out.beginArray();
+    double right = 0;
+    for (UID uid : spread.pages) {
+        const Page& page = *document.page(uid);
+        const PMRect& bounds = page.bounds;
+        out.beginObject();
+        out.member("uid", page.uid);
+        if (bounds.left == right && bounds.top == 0 && right + bounds.width() == bounds.right) {
+            out.numbers("size", {bounds.width(), bounds.height()});
+        } else {
+            out.numbers("edges", {bounds.left, bounds.top, bounds.right, bounds.bottom});
+        }
+        if (page.master != kInvalidUID) out.member("master", document.masterName(page.master));
+        out.end();
+        right = bounds.right;
+    }
+    out.end();
+}
+
+void LayoutWriter::writeItems(const Spread& spread) {
+    out.key("items");
+    out.beginArray(overLines);
+    for (std::size_t i = 1; i < spread.layerNodes.size(); ++i) {
+        const std::string* layer = i == 1 ? nullptr : &document.layers()[i].name;
+        for (UID uid : document.item(spread.layerNodes[i])->children)
+            writeItem(*document.item(uid), layer);
+    }
+    out.end();
+}
+
+void LayoutWriter::writeItem(const PageItem& item, const std::string* layer) {
+    out.beginObject();
+    out.member("uid", item.uid);
+    if (!item.name.empty()) out.member("name", item.name);
+    if (layer != nullptr) out.member("layer", *layer);
+    if (item.itemClass != ItemClass::group) {
+        writeFrame(item);
+    } else if (!item.toParent.isIdentity()) {
+        writePlace(item.toParent);
+    }
+    if (item.locked) out.member("locked", true);
+    if (item.nonPrinting) out.member("printing", false);
+    writeData([&item](int store) { return item.itemData[store].get(); });
+    if (item.itemClass == ItemClass::group) {
+        out.key("group");
+        out.beginArray();
+        for (UID child : item.children)
+            writeItem(*document.item(child), nullptr);
+        out.end();
+    }
+    out.end();
+}
+
+void LayoutWriter::writePlace(const PMMatrix& m) {
+    if (isMove(m)) {
+        out.numbers("at", {m.tx, m.ty});
+    } else {
+        out.numbers("matrix", {m.a, m.b, m.c, m.d, m.tx, m.ty});
+    }
+}
+
+void LayoutWriter::writeFrame(const PageItem& item) {
+    const bool hasStory = item.story != kInvalidUID;
+    if (shapes.has(item.shape.get())) {
+        out.member("shape", static_cast<std::int64_t>(shapes.index.at(item.shape.get())));
+        writePlace(item.toParent);
+    } else if (hasPlainBounds(item)) {
+        const PMRect& inner = item.shape->bounds;
+        out.numbers("bounds", {item.toParent.tx, item.toParent.ty, inner.right, inner.bottom});
+        writeShape(out, *item.shape, {false, !hasStory}, document);
+    } else {
+        writePlace(item.toParent);
+        writeShape(out, *item.shape, {true, !hasStory}, document);
+    }
+    if (hasStory) writeStory(item);
+}
+
+/// The first frame of a story has its text, the others say whom they follow.
+void LayoutWriter::writeStory(const PageItem& frame) {
+    const Story& story = *document.story(frame.story);
+    const auto place = std::find(story.frames.begin(), story.frames.end(), frame.uid);
+    if (place != story.frames.begin()) {
+        out.member("flowsFrom", *(place - 1));
+    } else {
+        out.member("storyUid", story.uid);
+    }
+    out.key("columnUids");
+    out.beginArray();
+    for (UID child : frame.children)
+        out.integer(child);
+    out.end();
+    if (place != story.frames.begin()) return;
+    if (texts.has(story.content.get())) {
+        out.member("sharedText", static_cast<std::int64_t>(texts.index.at(story.content.get())));
+        return;
+    }
+    out.key("text");
+    writeText(out, *story.content, document);
+}
+
+void LayoutWriter::writeSections() {
+    const std::vector<sectionRec> sections = document.sections();
+    if (sections.empty()) return;
+    out.key("sections");
+    out.beginArray(overLines);
+    for (const sectionRec& section : sections) {
+        out.beginObject();
+        out.member("page", document.pageIndex(section.startPage) + 1);
+        if (!section.prefix.empty()) out.member("prefix", section.prefix);
+        if (!section.marker.empty()) out.member("marker", section.marker);
+        if (section.startNumber != 1) out.member("startNumber", section.startNumber);
+        const auto style = static_cast<std::size_t>(section.numberingStyle);
+        if (style > 0 && style < std::size(numberingStyleWords)) out.member("style", numberingStyleWords[style]);
+        if (section.continues) out.member("continues", true);
+        if (section.includePrefix) out.member("includePrefix", true);
+        out.end();
+    }
+    out.end();
+}
+
+}  // namespace tarnova

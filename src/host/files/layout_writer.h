@@ -1,0 +1,58 @@
+// Writes a document as a layout file.
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/files/json_writer.h"
+#include "host/model/document_model.h"
+
+namespace tarnova {
+
+class LayoutWriter {
+ public:
+    explicit LayoutWriter(const DocumentModel& itsDocument) : document(itsDocument) {}
+    [[nodiscard]] std::string write();
+
+ private:
+    /// Contents that more than one object holds, in the order of their first use.
+    template <typename Content>
+    struct SharedList {
+        std::unordered_map<const Content*, std::size_t> uses;
+        std::unordered_map<const Content*, std::size_t> index;
+        std::vector<const Content*> order;
+
+        void count(const Content* content);
+        [[nodiscard]] bool has(const Content* content) const { return index.count(content) != 0; }
+    };
+
+    void countShared(UID item);
+    void countSharedOf(UID spread);
+    void writeHead();
+    void writeSwatches();
+    void writeStyles();
+    void writeLayers();
+    void writeShared();
+    void writeMasters();
+    void writeSpreads();
+    void writeSections();
+    void writeSpread(const Spread& spread);
+    void writePages(const Spread& spread);
+    void writeItems(const Spread& spread);
+    void writeItem(const PageItem& item, const std::string* layer);
+    void writeFrame(const PageItem& item);
+    void writePlace(const PMMatrix& place);
+    void writeStory(const PageItem& frame);
+    template <typename Holder>
+    void writeData(const Holder& blockOf);
+
+    const DocumentModel& document;
+    JsonWriter out;
+    SharedList<ItemShape> shapes;
+    SharedList<StoryText> texts;
+};
+
+}  // namespace tarnova

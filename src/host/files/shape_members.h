@@ -1,0 +1,60 @@
+// The look and place of items in a layout file.
+
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/files/format_members.h"
+#include "host/files/json_values.h"
+#include "host/files/json_writer.h"
+#include "host/model/page_item.h"
+
+namespace tarnova {
+
+inline constexpr std::int32_t columnLimit = 40;
+
+/// A path as "M x y L x y C x1 y1 x2 y2 x y Z": each M begins a part, Z closes it. Throws LayoutFault.
+[[nodiscard]] std::vector<SubPath> readPath(const JsonValue& value);
+[[nodiscard]] std::string pathText(const std::vector<SubPath>& path);
+
+/// What is read of an item's look; `finish` makes the shape.
+struct ShapeTarget {
+    explicit ShapeTarget(const LayoutNames& itsNames) : names(itsNames) {}
+
+    const LayoutNames& names;
+    ItemShape shape;
+    std::optional<ContentKind> content;
+    std::optional<std::vector<SubPath>> path;
+    std::optional<PMRect> inner;
+    const JsonValue* firstMember = nullptr;  // of those that say how the item looks
+};
+
+// Readers of the members of a shape, for tables of members of whatever holds a ShapeTarget as `look`.
+void readShapeKind(ShapeTarget& target, const JsonValue& value);
+void readShapeInner(ShapeTarget& target, const JsonValue& value);
+void readShapePath(ShapeTarget& target, const JsonValue& value);
+void readShapeFill(ShapeTarget& target, const JsonValue& value);
+void readShapeStroke(ShapeTarget& target, const JsonValue& value);
+void readShapeContent(ShapeTarget& target, const JsonValue& value);
+void readShapeInsets(ShapeTarget& target, const JsonValue& value);
+void readShapeColumns(ShapeTarget& target, const JsonValue& value);
+void readShapeGutter(ShapeTarget& target, const JsonValue& value);
+void readShapeVerticalAlign(ShapeTarget& target, const JsonValue& value);
+
+/// The shape of an item that `value` describes, in inner coordinates. Throws LayoutFault when it has neither bounds nor
+/// path.
+[[nodiscard]] std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value, bool isText);
+
+/// What of a look doesn't follow from the item around it.
+struct ShapeForm {
+    bool inner;    // its bounds
+    bool content;  // what it may hold
+};
+
+/// Writes the members of a look.
+void writeShape(JsonWriter& out, const ItemShape& shape, ShapeForm form, const DocumentModel& document);
+
+}  // namespace tarnova

@@ -1,0 +1,307 @@
+#include "host/files/text_members.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/toolkit/text_encoding.h"
+#include "host/files/tag_members.h"
+
+namespace tarnova {
+
+namespace {
+
+constexpr TextAttributeClass stores[2] = {TextAttributeClass::kelvaneTag, TextAttributeClass::tallyraTag};
+
+RunDescription withoutTags(RunDescription run) {
+    run.tags[0].reset();
+    run.tags[1].reset();
+    return run;
+}
+
+/// Like the run, without tags; what the return of a paragraph takes when the file doesn't say.
+const RunAttributes* returnOf(AttributePool& pool, const RunAttributes* run) {
+    if (run == nullptr) return pool.plainRun();
+    return pool.run(withoutTags({run->characterStyle, run->overrides, {}}));
+}
+
+}  // namespace
+
+std::shared_ptr<StoryText> TextReader::read(const JsonValue& value) {
+    text = StoryTextBuilder();
+    if (!value.is(JsonValue::Type::object)) {
+        readThread(value);
+        return text.finish();
+    }
+    static constexpr Member<TextReader> rows[] = {
+        {"threads",
+         [](TextReader& reader, const JsonValue& v) {
+             requireArray(v);
+             for (const JsonValue& thread : v)
+                 reader.readThread(thread);
+         }},
+    };
+    readMembers<TextReader>(value, "a text with threads", rows, *this);
+    if (text.length() == 0) faultAt(value, "A text needs at least one thread.");
+    return text.finish();
+}
+
+void TextReader::readThread(const JsonValue& value) {
+    if (value.is(JsonValue::Type::string)) {
+        readParagraph(value);
+    } else {
+        requireArray(value);
+        for (const JsonValue& paragraph : value)
+            readParagraph(paragraph);
+        if (value.count == 0) endParagraph({builder.attributePool().paragraph({}), {}}, {});
+    }
+    text.endThread();
+}
+
+void TextReader::readParagraph(const JsonValue& value) {
+    FormatTarget target(names);
+    if (!value.is(JsonValue::Type::string)) readFormat(value, "a paragraph", paragraphMembers(), target);
+    const JsonValue* content = value.is(JsonValue::Type::string) ? &value : target.text;
+    ParagraphAttributes attributes;
+    if (target.style != nullptr) {
+        attributes.style = namedIndex(names.paragraphStyles, *target.style, "paragraph style");
+    }
+    attributes.overrides = std::move(target.paras);
+    attributes.charOverrides = std::move(target.chars);
+    Paragraph paragraph{builder.attributePool().paragraph(attributes), {}};
+    if (content != nullptr && content->is(JsonValue::Type::array)) {
+        for (const JsonValue& run : *content)
+            readRun(run, paragraph);
+    } else if (content != nullptr) {
+        appendInline(*content, {}, paragraph);
+    }
+    if (target.returnFormat == nullptr) {
+        endParagraph(paragraph, paragraph.last);
+        return;
+    }
+    FormatTarget format(names);
+    readFormat(*target.returnFormat, "a return", returnMembers(), format);
+    endParagraph(paragraph, describe(format));
+}
+
+void TextReader::readRun(const JsonValue& value, Paragraph& paragraph) {
+    if (value.is(JsonValue::Type::string)) {
+        appendInline(value, {}, paragraph);
+        return;
+    }
+    FormatTarget target(names);
+    readFormat(value, "a run", runMembers(), target);
+    if (target.text == nullptr) faultAt(value, "A run needs \"text\".");
+    appendInline(*target.text, describe(target), paragraph);
+}
+
+RunDescription TextReader::describe(const FormatTarget& target) {
+    RunDescription out;
+    if (target.style != nullptr) {
+        out.characterStyle = namedIndex(names.characterStyles, *target.style, "character style");
+    }
+    out.overrides = target.chars;
+    for (std::size_t store = 0; store < 2; ++store) {
+        if (target.tags[store] == nullptr) continue;
+        ReadTag tag = readTag(*target.tags[store], stores[store]);
+        if (!tag.hasId) tag.content.tagId = builder.newTagId();
+        out.tags[store] = builder.attributePool().tag(stores[store], tag.content);
+    }
+    return out;
+}
+
+void TextReader::appendInline(const JsonValue& value, const RunDescription& run, Paragraph& paragraph) {
+    AttributePool& pool = builder.attributePool();
+    std::string problem;
+    const std::vector<InlinePiece> pieces = parseInlineText(stringOf(value), problem);
+    if (!problem.empty()) faultAt(value, problem);
+    paragraph.last = withoutTags(run);
+    for (const InlinePiece& piece : pieces) {
+        if (piece.kind == InlinePiece::Kind::text) {
+            appendPiece(piece.text, pool.run(run), paragraph);
+            continue;
+        }
+        if (run.tags[0] != nullptr) faultAt(value, "A run with a \"tag\" can't hold a second link in its text.");
+        RunDescription linked = run;
+        linked.tags[0] = tagOf(piece.tag);
+        appendPiece(piece.text, pool.run(linked), paragraph);
+    }
+}
+
+/// Text in which a return ends the paragraph and begins another with the same format.
+void TextReader::appendPiece(const std::string& utf8, const RunAttributes* run, const Paragraph& paragraph) {
+    const std::u32string characters = utf8ToUtf32(utf8);
+    if (characters.size() >= static_cast<std::size_t>(storyLengthLimit) - text.length()) {
+        throw LayoutFault(0, "A text is too long.");
+    }
+    std::u32string_view left = characters;
+    for (std::size_t at; (at = left.find(returnCharacter)) != std::u32string_view::npos;) {
+        text.append(left.substr(0, at), run);
+        text.endParagraph(paragraph.attributes, run);
+        left.remove_prefix(at + 1);
+    }
+    text.append(left, run);
+}
+
+void TextReader::endParagraph(const Paragraph& paragraph, const RunDescription& run) {
+    text.endParagraph(paragraph.attributes, builder.attributePool().run(run));
+}
+
+std::shared_ptr<const TagAttribute> TextReader::tagOf(const TagFields& fields) {
+    TagAttribute::Content content = defaultTagContent(stores[0]);
+    content.tagId = builder.newTagId();
+    content.data = encodeTagFields(fields);
+    return builder.attributePool().tag(stores[0], content);
+}
+
+namespace {
+
+class TextWriter {
+ public:
+    TextWriter(JsonWriter& itsOut, const StoryText& itsText, const DocumentModel& itsDocument)
+        : out(itsOut), text(itsText), document(itsDocument), plain(document.attributePool().plainRun()) {}
+
+    void write() {
+        if (text.threads.size() == 1) {
+            writeThread(0);
+            return;
+        }
+        out.beginObject();
+        out.key("threads");
+        out.beginArray();
+        for (std::size_t i = 0; i < text.threads.size(); ++i)
+            writeThread(i);
+        out.end();
+        out.end();
+    }
+
+ private:
+    struct Run {
+        std::int32_t start;
+        std::int32_t length;
+        const RunAttributes* attributes;
+    };
+
+    /// One plain paragraph stands as its text alone.
+    void writeThread(std::size_t index) {
+        const std::int32_t limit = start + text.threads[index].length;
+        const ParagraphRun& first = text.paragraphs[paragraphIndex];
+        if (first.length == text.threads[index].length && isPlain(first)) {
+            writeParagraph();
+            return;
+        }
+        out.beginArray();
+        while (start < limit)
+            writeParagraph();
+        out.end();
+    }
+
+    [[nodiscard]] std::vector<Run> runsOf(std::int32_t from, std::int32_t limit) const {
+        std::vector<Run> runs;
+        while (from < limit) {
+            const RunCursor at = runAt(text, from);
+            const std::int32_t runLimit = std::min(limit, at.start + text.runs[at.index].length);
+            runs.push_back({from, runLimit - from, text.runs[at.index].attributes});
+            from = runLimit;
+        }
+        return runs;
+    }
+
+    [[nodiscard]] const RunAttributes* attributesAt(std::int32_t position) const {
+        return text.runs[runAt(text, position).index].attributes;
+    }
+
+    [[nodiscard]] bool isPlain(const ParagraphRun& paragraph) const {
+        const RunCursor at = runAt(text, start);
+        return paragraph.attributes == document.attributePool().paragraph({}) &&
+               text.runs[at.index].attributes == plain &&
+               at.start + text.runs[at.index].length >= start + paragraph.length;
+    }
+
+    void writeParagraph() {
+        const ParagraphRun& paragraph = text.paragraphs[paragraphIndex++];
+        const std::int32_t last = start + paragraph.length - 1;
+        const std::int32_t from = start;
+        if (isPlain(paragraph)) {
+            writeCharacters(from, last - from);
+            start = last + 1;
+            return;
+        }
+        const std::vector<Run> runs = runsOf(from, last);
+        out.beginObject();
+        if (paragraph.attributes->style != 0) {
+            out.member("style", document.paragraphStyles()[static_cast<std::size_t>(paragraph.attributes->style)].name);
+        }
+        writeParas(out, paragraph.attributes->overrides);
+        writeChars(out, paragraph.attributes->charOverrides, document);
+        writeRuns(runs);
+        const RunAttributes* usual =
+            returnOf(document.attributePool(), runs.empty() ? nullptr : runs.back().attributes);
+        if (attributesAt(last) != usual) {
+            out.key("return");
+            out.beginObject();
+            writeAttributes(*attributesAt(last));
+            out.end();
+        }
+        out.end();
+        start = last + 1;
+    }
+
+    void writeRuns(const std::vector<Run>& runs) {
+        if (runs.empty()) return;
+        out.key("text");
+        if (runs.size() == 1 && runs[0].attributes == plain) {
+            writeCharacters(runs[0].start, runs[0].length);
+            return;
+        }
+        out.beginArray();
+        for (const Run& run : runs)
+            writeRun(run);
+        out.end();
+    }
+
+    void writeRun(const Run& run) {
+        if (run.attributes == plain) {
+            writeCharacters(run.start, run.length);
+            return;
+        }
+        out.beginObject();
+        out.key("text");
+        writeCharacters(run.start, run.length);
+        writeAttributes(*run.attributes);
+        out.end();
+    }
+
+    void writeAttributes(const RunAttributes& run) {
+        if (run.characterStyle >= 0) {
+            out.member("style", document.characterStyles()[static_cast<std::size_t>(run.characterStyle)].name);
+        }
+        writeChars(out, run.overrides, document);
+        static constexpr const char* names[2] = {"tag", "tallyraTag"};
+        for (std::size_t store = 0; store < 2; ++store) {
+            if (run.tags[store] == nullptr) continue;
+            out.key(names[store]);
+            writeTag(out, *run.tags[store]);
+        }
+    }
+
+    void writeCharacters(std::int32_t from, std::int32_t length) {
+        const std::u32string_view characters(text.text);
+        out.string(escapeInlineText(
+            utf32ToUtf8(characters.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(length)))));
+    }
+
+    JsonWriter& out;
+    const StoryText& text;
+    const DocumentModel& document;
+    const RunAttributes* plain;
+    std::int32_t start = 0;
+    std::size_t paragraphIndex = 0;
+};
+
+}  // namespace
+
+void writeText(JsonWriter& out, const StoryText& text, const DocumentModel& document) {
+    TextWriter(out, text, document).write();
+}
+
+}  // namespace tarnova
