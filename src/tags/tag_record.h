@@ -1,6 +1,7 @@
 // The record that a variable link leaves in a layout, in memory and in its stored form. The stored form is big-endian
 // on every machine: a header of 8 bytes (total length, version 1, stored kind), then named fields, each with its own
-// size. docs/tag-records.md has it byte by byte.
+// size. docs/tag-records.md has it byte by byte,
+// and document/stored_tag.h takes the bytes apart.
 
 #pragma once
 
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "document/stored_tag.h"
 #include "engine/toolkit/memory.h"
 #include "engine/toolkit/pstring.h"
 #include "engine/toolkit/types.h"
@@ -16,10 +18,6 @@ namespace tarnova {
 
 inline constexpr errorWord errTagFieldUnknown = 95;  // a stored tag holds a field that nobody knows
 inline constexpr errorWord errTagMemory = 129;       // no memory for a tag, or its further keys pass the work buffer
-
-inline constexpr std::size_t tagRecordCapacity = 16384;  // bytes of a stored record that the writer makes
-inline constexpr std::size_t tagRecordHeaderBytes = 8;
-inline constexpr std::uint16_t tagRecordVersion = 1;
 
 inline constexpr std::int16_t tagStatusRead = 0;
 inline constexpr std::int16_t tagStatusNone = -1;  // set before a tag is looked for
@@ -51,7 +49,7 @@ void tagRecordClear(tagDataRec& tag);
 
 /// Makes the stored form of `tag` and hands it out in a block of exactly its length, which the caller frees with
 /// freeBlock. A null argument does nothing and gives 0. Further keys of less than 2 bytes aren't stored. Errors:
-/// errTagMemory, also when the further keys take the record past tagRecordCapacity; `*outBlock` is null then.
+/// errTagMemory, also when the further keys take the record past storedTagCapacity; `*outBlock` is null then.
 [[nodiscard]] errorWord tagRecordEncode(const tagDataRec* tag, std::byte** outBlock, errorWord priorError);
 
 /// Reads the stored record that `block` holds from its first to its last byte into `tag`. `block` without data or a
@@ -61,9 +59,9 @@ void tagRecordClear(tagDataRec& tag);
 /// `tagKind`, and 1 more when the link is locked. Fields may come in any order, and of two with one name the last
 /// counts. Further keys are dropped when `tag->auxKeys` is null.
 ///
-/// Errors: errTagFieldUnknown (what was read before it stays in `tag`); errTagRefused when sizes don't hold: a total
-/// that differs from the block's, a field below its 8 bytes or past the end, a string past its field or too long for
-/// its member; errTagMemory when the further keys find no memory, with all other fields read.
+/// Errors: errTagFieldUnknown (what was read before it stays in `tag`); errTagRefused when the version is another
+/// or sizes don't hold: a total that differs from the block's, a field below its 8 bytes or past the end, a string past
+/// its field or too long for its member; errTagMemory when the further keys find no memory, with all other fields read.
 [[nodiscard]] errorWord tagRecordDecode(std::string_view block, tagDataRec* tag, std::uint32_t* outTotalLength,
                                         std::uint16_t* outStoredKind, errorWord priorError);
 

@@ -173,13 +173,13 @@ TEST(TagRecord, FurtherKeys) {
 }
 
 TEST(TagRecord, FurtherKeysPastTheWorkBufferAreRefused) {
-    constexpr std::size_t room = tagRecordCapacity - 53 - 8;
+    constexpr std::size_t room = storedTagCapacity - 53 - 8;
     for (const std::size_t size : {room, room + 1, std::size_t{65535}, std::size_t{1} << 20}) {
         const handlePtr keys(newHandleClear(size));
         tagDataRec tag{};
         tag.auxKeys = keys.get();
         const bool fits = size <= room;
-        EXPECT_EQ(encode(tag, fits ? 0 : errTagMemory).size(), fits ? tagRecordCapacity : 0) << size;
+        EXPECT_EQ(encode(tag, fits ? 0 : errTagMemory).size(), fits ? storedTagCapacity : 0) << size;
     }
 }
 
