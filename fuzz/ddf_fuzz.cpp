@@ -11,41 +11,33 @@ namespace {
 
 using namespace tarnova;
 
-recordDefSetRec* readSet(const std::uint8_t* bytes, std::size_t size, recordDefSetRec*& list, errorWord& err) {
-    const std::uint8_t name[] = {1, 'f'};
+/// Text of the definitions that `bytes` hold.
+std::string readAndWrite(const void* bytes, std::size_t size, errorWord& err) {
+    recordDefSetRec* list = nullptr;
     recordDefSetRec* set = nullptr;
-    if (recordDefSetNew(name, nullptr, list, set, 0) != 0) std::abort();
-    const handlePtr handle(newHandle(size));
-    if (size > 0) std::memcpy(*handle, bytes, size);
+    if (recordDefSetNew(nullptr, nullptr, list, set, 0) != 0) std::abort();
+    const handlePtr source(newHandle(size));
+    if (size > 0) std::memcpy(*source, bytes, size);
     ddfLexerRec lexer{};
     ddfReadReport report;
-    err = ddfReadStream({noFile, handle.get()}, *set, lexer, &report, 0);
-    return set;
-}
-
-std::string writeSet(const recordDefSetRec& set) {
-    const handlePtr handle(newHandle(0));
-    if (ddfWriteSet(set, {noFile, handle.get()}, 0) != 0) std::abort();
-    return {reinterpret_cast<const char*>(*handle), handleSize(handle.get())};
+    err = ddfReadStream({noFile, source.get()}, *set, lexer, &report, 0);
+    const handlePtr target(newHandle(0));
+    if (ddfWriteSet(*set, {noFile, target.get()}, 0) != 0) std::abort();
+    recordDefSetDiscard(list, set);
+    return {reinterpret_cast<const char*>(*target), handleSize(target.get())};
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    recordDefSetRec* list = nullptr;
     errorWord err = 0;
-    const recordDefSetRec* set = readSet(data, size, list, err);
-    std::string text = writeSet(*set);
-    if (err == 0) {
-        // A text of 0 bytes is written empty, then left out, and then starts anew; after that nothing changes.
-        for (int round = 0; round < 5; ++round) {
-            const std::string before = text;
-            set = readSet(reinterpret_cast<const std::uint8_t*>(text.data()), text.size(), list, err);
-            text = writeSet(*set);
-            if (err != 0 || (round > 3 && text != before)) std::abort();
-        }
+    std::string text = readAndWrite(data, size, err);
+    if (err != 0) return 0;
+    // A text of 0 bytes is written empty, then left out, and then starts anew; after that nothing changes.
+    for (int round = 0; round < 5; ++round) {
+        const std::string before = text;
+        text = readAndWrite(text.data(), text.size(), err);
+        if (err != 0 || (round > 3 && text != before)) std::abort();
     }
-    while (list != nullptr)
-        recordDefSetDiscard(list, list);
     return 0;
 }
