@@ -3,6 +3,7 @@
 #include <unicode/ubrk.h>
 #include <unicode/uchar.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <stdexcept>
@@ -136,6 +137,8 @@ class LatinBreaker {
  public:
     /// What may happen between the text so far and a character of class `cur`, which `next` and `afterNext` follow.
     LineBreak step(BreakClass cur, BreakClass next, BreakClass afterNext) {
+        const bool insideWord = prev == C::AL && cur == C::AL && !spaces && !atStart;
+        if (insideWord) return LineBreak::none;  // LB28, and nothing changes: most characters end here
         const bool numberFollows = next == C::NU || (next == C::IS && afterNext == C::NU);
         const LineBreak result = judge(cur, next, numberFollows);
         remember(cur, result);
@@ -226,8 +229,9 @@ UBreakIterator* iteratorFor(BreakIterator& kept, UBreakIteratorType type, const 
 
 }  // namespace
 
-bool isPlainLatin(char32_t character) {
-    return classTable().of(character) != BreakClass::other;
+bool isPlainLatin(std::u32string_view text) {
+    const ClassTable& table = classTable();
+    return std::all_of(text.begin(), text.end(), [&](char32_t c) { return table.of(c) != BreakClass::other; });
 }
 
 void findLatinBreaks(std::u32string_view text, std::vector<LineBreak>& breaks) {

@@ -12,9 +12,9 @@ namespace tarnova {
 
 enum class LineBreak : std::uint8_t { none, allowed, mandatory };
 
-/// True when `findLatinBreaks` can judge the character: Latin letters, digits, punctuation and symbols up to U+024F,
+/// True when `findLatinBreaks` can judge every character: Latin letters, digits, punctuation and symbols up to U+024F,
 /// and the general punctuation and currency signs around them. Such text is also written from left to right throughout.
-[[nodiscard]] bool isPlainLatin(char32_t character);
+[[nodiscard]] bool isPlainLatin(std::u32string_view text);
 
 /// Sets `breaks[i]` to what may happen behind character `i` of a paragraph without its return; the last one is none.
 /// Every character must be plain Latin.

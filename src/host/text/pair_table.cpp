@@ -26,20 +26,16 @@ constexpr char32_t highSlots[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x20
                                     0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
                                     0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
-constexpr char32_t softHyphen = 0xAD;
 
-constexpr char32_t characterOf(std::size_t slot) {
+/// The character of a slot; 0 for a slot without one.
+char32_t characterOf(std::size_t slot) {
     if (slot >= 0x80 && slot < 0xA0) return highSlots[slot - 0x80];
-    return slot < 0x20 || slot == 0x7F || slot == softHyphen ? 0 : static_cast<char32_t>(slot);
+    return latinSlot(static_cast<char32_t>(slot));
 }
 
 }  // namespace
 
-std::uint8_t latinSlot(char32_t character) {
-    if (character < 0x80 || (character >= 0xA0 && character < 0x100)) {
-        return characterOf(character) == 0 ? 0 : static_cast<std::uint8_t>(character);
-    }
-    if (character < 0x0152 || character > 0x2122) return 0;
+std::uint8_t highLatinSlot(char32_t character) {
     const auto* const found = std::find(std::begin(highSlots), std::end(highSlots), character);
     return found == std::end(highSlots) ? 0 : static_cast<std::uint8_t>(0x80 + (found - std::begin(highSlots)));
 }

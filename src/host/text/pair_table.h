@@ -14,8 +14,16 @@
 
 namespace tarnova {
 
+/// `latinSlot` of a character beyond Latin-1.
+[[nodiscard]] std::uint8_t highLatinSlot(char32_t character);
+
 /// Row and column of a character in the tables: Windows-1252 is the repertoire. 0: not listed.
-[[nodiscard]] std::uint8_t latinSlot(char32_t character);
+[[nodiscard]] inline std::uint8_t latinSlot(char32_t character) {
+    if (character >= 0x100) return highLatinSlot(character);
+    const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
+    constexpr char32_t softHyphen = 0xAD;
+    return isControl || character == softHyphen ? 0 : static_cast<std::uint8_t>(character);
+}
 
 class PairTable {
  public:

@@ -1,6 +1,7 @@
 #include "host/text/paragraph.h"
 
 #include <algorithm>
+#include <span>
 
 namespace tarnova {
 
@@ -18,8 +19,17 @@ bool forcesLine(char32_t c) {
     return c == lineSeparator || c == 0x2029 || c == '\n' || c == 0x0B || c == 0x0C || c == 0x85;
 }
 
-bool isAllLatin(std::u32string_view text) {
-    return std::all_of(text.begin(), text.end(), isPlainLatin);
+/// A mark that stands over its base has no advance and gets no distance of its own.
+void spreadOut(std::span<PlacedGlyph> glyphs, float spread) {
+    for (PlacedGlyph& glyph : glyphs)
+        if (glyph.advance != 0) glyph.advance += spread;
+}
+
+float sumOfAdvances(std::span<const PlacedGlyph> glyphs) {
+    float sum = 0;
+    for (const PlacedGlyph& glyph : glyphs)
+        sum += glyph.advance;
+    return sum;
 }
 
 }  // namespace
@@ -48,7 +58,7 @@ void Paragraph::assign(std::u32string_view text, std::int32_t position, const st
     }
     const bool changesCase = hasCapitals();
     if (changesCase) changeCase();
-    const bool isLatin = isAllLatin(text_);
+    const bool isLatin = isPlainLatin(text_);
     if (isLatin) {
         findLatinBreaks(text_, breaks_);
     } else {
@@ -157,16 +167,11 @@ void Paragraph::kernBorder(std::size_t start, std::uint32_t style) {
 void Paragraph::measure(Piece& piece) {
     piece.glyphCount = static_cast<std::uint32_t>(glyphs.size()) - piece.firstGlyph;
     const TextStyle& style = styleOf(piece);
-    const std::uint32_t visible = piece.glyphCount - piece.hangingGlyphs;
-    PlacedGlyph* const first = glyphs.data() + piece.firstGlyph;
-    float widths[2] = {0, 0};
-    for (std::uint32_t i = 0; i < piece.glyphCount; ++i) {
-        // A mark that stands over its base has no advance and no distance of its own.
-        if (style.spread != 0 && first[i].advance != 0) first[i].advance += style.spread;
-        widths[i < visible ? 0 : 1] += first[i].advance;
-    }
-    piece.width = widths[0] * style.scale();
-    piece.hangingWidth = widths[1] * style.scale();
+    const std::span<PlacedGlyph> all(glyphs.data() + piece.firstGlyph, piece.glyphCount);
+    if (style.spread != 0) spreadOut(all, style.spread);
+    const std::size_t visible = piece.glyphCount - piece.hangingGlyphs;
+    piece.width = sumOfAdvances(all.first(visible)) * style.scale();
+    piece.hangingWidth = sumOfAdvances(all.subspan(visible)) * style.scale();
 }
 
 std::uint32_t Paragraph::styleIndex(const TextStyle& style) {
