@@ -42,25 +42,25 @@ std::optional<entryRec> entryOfType(std::string_view block, std::uint32_t type) 
     return entry;
 }
 
-/// Every byte of the block belongs to an entry.
-bool entriesFillBlock(std::string_view block) {
-    std::size_t offset = itemDataHeaderBytes;
-    while (const std::optional<entryRec> entry = entryAt(block, offset))
-        offset = entry->limit();
-    return offset == block.size();
-}
-
 void appendBig32(std::string& bytes, std::uint32_t value) {
     char stored[4];
     storeBig32(stored, value);
     bytes.append(stored, sizeof stored);
 }
 
-std::string emptyBlock() {
-    std::string block;
-    appendBig32(block, 0);
-    appendBig32(block, itemDataVersion);
-    return block;
+/// Header and entries without those of `type`; the header alone where the block's sizes don't hold.
+std::string blockWithout(std::string_view block, std::uint32_t type) {
+    std::string header;
+    appendBig32(header, 0);
+    appendBig32(header, itemDataVersion);
+    if (!blockIsWhole(block)) return header;
+    std::string bytes = header;
+    std::size_t offset = itemDataHeaderBytes;
+    while (const std::optional<entryRec> entry = entryAt(block, offset)) {
+        if (entry->type != type) bytes.append(block.substr(offset, entry->limit() - offset));
+        offset = entry->limit();
+    }
+    return offset == block.size() ? bytes : header;
 }
 
 UID blockOwner(UIDRef item, ItemDataPlace place) {
@@ -87,10 +87,7 @@ std::optional<std::string_view> itemDataFind(std::string_view block, std::uint32
 
 std::optional<std::string> itemDataReplace(std::string_view block, std::uint32_t type,
                                            std::optional<std::string_view> payload) {
-    const bool keep = blockIsWhole(block) && entriesFillBlock(block);
-    std::string bytes = keep ? std::string(block) : emptyBlock();
-    if (const std::optional<entryRec> old = entryOfType(bytes, type))
-        bytes.erase(old->start, old->limit() - old->start);
+    std::string bytes = blockWithout(block, type);
     if (payload) {
         constexpr std::size_t sizeLimit = std::numeric_limits<std::uint32_t>::max();
         if (sizeLimit - bytes.size() < payload->size()) return std::nullopt;

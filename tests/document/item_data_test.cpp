@@ -59,6 +59,13 @@ TEST(ItemData, ABlockWhoseSizesDontHoldIsMissingAndIsDropped) {
     }
 }
 
+TEST(ItemData, AForeignBlockWithATypeTwiceLosesBoth) {
+    const std::string entry = "\0\0\0\1\0\0\0\5x"s;
+    const std::string twice = "\0\0\0\x12\0\0\0\1"s + entry + entry;
+    EXPECT_EQ(itemDataReplace(twice, 5, "new"sv).value(), blockOf({{5, "new"}}));
+    EXPECT_EQ(itemDataReplace(twice, 5, std::nullopt).value(), headerOnly);
+}
+
 TEST(ItemData, RandomBytesNeverLeaveABrokenBlock) {
     std::mt19937 random(7);
     for (int round = 0; round < 2000; ++round) {
