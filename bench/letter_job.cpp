@@ -45,11 +45,35 @@ std::string wrappedText(const std::string& name) {
 
 void writeData(const std::string& path, std::uint32_t records) {
     std::ofstream file(path, std::ios::binary);
-    file << "name,street,city,amount,code\n";
+    file << "name,street,city,member,amount,code\n";
     for (std::uint32_t i = 0; i < records; ++i) {
         const recordRec record = recordAt(i);
-        file << fmt::format("{},{},{},{},{}\n", record.name, record.street, record.city, record.amount, record.code);
+        file << fmt::format("{},{},{},{},{},{}\n", record.name, record.street, record.city, record.name,
+                            record.amount, record.code);
     }
+}
+
+void writeLayout(const std::string& path) {
+    std::ofstream file(path, std::ios::binary);
+    file << R"({"tarnovaLayout": 1, "title": "Letters", "pageSize": [612, 792],
+"swatches": [{"name": "Blue", "cmyk": [0.8, 0.2, 0, 0]}, {"name": "Orange", "cmyk": [0, 0.6, 0.9, 0]}],
+"paragraphStyles": [{"name": "Body", "font": "Helvetica", "size": 10, "leading": 12}],
+"pages": [{"items": [
+{"group": [{"bounds": [72, 72, 100, 40], "fill": "Blue"},
+           {"path": "M 82 107 C 132 72 162 72 167 107 Z", "fill": "Orange"}]},
+{"kind": "line", "bounds": [72, 132, 468, 0], "stroke": {"color": "Black", "weight": 1}},
+{"bounds": [72, 142, 468, 40], "text": [{"style": "Body", "bold": true, "text": "{{name}}"},
+                                       {"style": "Body", "text": "{{street}}"}, {"style": "Body", "text": "{{city}}"}]},
+{"bounds": [72, 200, 468, 64], "text": [{"style": "Body", "text": ")"
+         << wrappedText("{{member}}") << R"("}]},
+{"kind": "line", "bounds": [72, 270, 468, 0], "stroke": {"color": "Black", "weight": 0.5}},
+{"bounds": [72, 280, 468, 14], "text": [{"style": "Body", "align": "right", "text": "{{amount}}"}]},
+{"bounds": [72, 304, 468, 240], "text": [{"style": "Body", "text": ")"
+         << staticText() << R"("}]},
+{"kind": "line", "bounds": [72, 560, 468, 0], "stroke": {"color": "Black", "weight": 0.5}},
+{"bounds": [72, 568, 468, 16], "text": [{"style": "Body", "text": "{{code}}"}]}
+]}]}
+)";
 }
 
 constexpr const char* texHead = R"(\pdfpagewidth=612bp \pdfpageheight=792bp \pdfhorigin=0bp \pdfvorigin=0bp

@@ -88,8 +88,7 @@ bool mergeAll(DocumentModel& layout, PageOutput& output) {
 void fetchAll(DocumentModel& layout, std::uint32_t records) {
     if (startMergeRun(layout.ref(), 0) != 0) return;
     std::vector<std::string> links = linkNamesOf(layout.ref());
-    links.push_back(links.front());
-    links.push_back(links.front());
+    links.emplace_back("member");
     for (std::uint32_t record = 1; record <= records; ++record) {
         for (const std::string& name : links) {
             tagDataRec tag{};

@@ -156,8 +156,8 @@ void ZavoPullStoryCallback::decideAction() {
             break;
         case fetchNoData:
             if (link->nodata == nodataGlobal) ++run.noDataCount;
-            if (link->nodata == nodataPlaceholder) keepMode = false;
             if (link->nodata == nodataDelete) deleteMode = Deletion::run;
+            keepMode = link->nodata == nodataGlobal || link->nodata == nodataCustom;  // also for an empty text
             break;
         case fetchBadTag:
             refuseTag();

@@ -51,13 +51,20 @@ class MergeTest : public testing::Test {
     ~MergeTest() override {
         finishMergeRun();
         freeBuildTables();
+        dropDefinition();
         installAlertService(nullptr);
         std::filesystem::remove_all(folder);
     }
 
+    static void dropDefinition() {
+        auto& sets = session().currentDefSet;
+        if (sets != nullptr) recordDefSetDiscard(sets, sets);
+    }
+
     /// Makes the file and a definition of its first line the current one.
     void useData(std::string_view bytes) {
-        const std::string path = (folder / "data.csv").string();
+        dropDefinition();
+        const std::string path = (folder / ("data" + std::to_string(++fileCount) + ".csv")).string();
         std::ofstream(path, std::ios::binary) << bytes;
         quickSetupAnalysis analysis;
         ASSERT_EQ(quickSetupAnalyze(path.c_str(), analysis, 0), 0);
@@ -156,6 +163,7 @@ class MergeTest : public testing::Test {
     std::uint32_t firstRecord = 0;
     std::uint32_t lastRecord = 0;
     bool lockNext = false;
+    int fileCount = 0;
     errorWord error = 0;
 };
 
@@ -183,7 +191,7 @@ TEST_F(MergeTest, AwkwardValuesComeOutRight) {
         const char* want;
     };
     const testRow rows[] = {
-        {"quotes doubled", "A,B\n\"say \"\"hi\"\"\",x\n", "say \"hi\"-x"},
+        {"quotes doubled", "A,B\n\"say \"\"hi\"\"\",\"x\"\n", "say \"hi\"-x"},
         {"delimiter in quotes", "A,B\n\"a,b\",x\n", "a,b-x"},
         {"line end in quotes", "A,B\n\"a\nb\",x\n", "a|b-x"},
         {"CR LF in quotes", "A,B\r\n\"a\r\nb\",x\r\n", "a|b-x"},

@@ -113,6 +113,7 @@ TEST_F(BuildTest, RecordNumbersByPageAndSequence) {
     EXPECT_EQ(recordNumberOfLink(0, 4), 8);
     EXPECT_EQ(recordNumberOfLink(2, 1), 13);
 
+    makeTemplate({1});
     session().skipFirst = 0;
     setRange(1, 10, 10, 4, passModeCutAndStack);
     ASSERT_EQ(build(), 0);
