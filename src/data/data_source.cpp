@@ -192,8 +192,7 @@ errorWord dataSourceKeyAt(const dataSourceRec* source, std::uint32_t index, std:
     found = false;
     if (source == nullptr || source->keyIndex == nullptr) return 0;
     const std::string_view text = keyIndexKeyAt(*source->keyIndex, index, found);
-    key[0] = static_cast<std::uint8_t>(text.size());
-    std::memcpy(key + 1, text.data(), text.size());
+    if (found) pstrFromView(key, sizeof(Str255), text);
     return 0;
 }
 
