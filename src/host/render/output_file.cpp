@@ -58,8 +58,8 @@ bool OutputFile::open(const std::string& targetPath) {
     flushed = 0;
     pending.clear();
     struct stat status {};
-    if (::stat(target.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
-        fail("it is a folder");
+    if (::stat(target.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        fail(S_ISDIR(status.st_mode) ? "it is a folder" : "it is no plain file");
         return false;
     }
     temporary = target + ".XXXXXX";
