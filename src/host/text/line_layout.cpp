@@ -64,7 +64,7 @@ class LineBreaker {
 
     void take(const Piece& piece) {
         if (tab_) tab_->add(paragraph_, piece);
-        x_ += piece.width + piece.hangingWidth;
+        x_ += piece.width + paragraph_.gapAfter(piece);
     }
 
     /// A word that is longer than the line ends it wherever it must.
@@ -131,7 +131,7 @@ VisiblePart visiblePart(const Paragraph& paragraph, const LineExtent& extent) {
         --part.limit;
     for (std::size_t i = extent.first; i < part.limit; ++i) {
         const Piece& piece = paragraph.pieces[i];
-        part.width += piece.width + (i + 1 < part.limit ? piece.hangingWidth : 0);
+        part.width += piece.width + (i + 1 < part.limit ? paragraph.gapAfter(piece) : 0);
         if (piece.isTab) part.stretchFrom = i + 1;
     }
     if (part.limit > extent.first) part.dropped = paragraph.pieces[part.limit - 1].hangingGlyphs;
@@ -187,11 +187,16 @@ class LinePlacer {
             open_ = false;
             return;
         }
-        const std::uint32_t count = piece.glyphCount - (index + 1 == part_.limit ? part_.dropped : 0);
+        const bool isLast = index + 1 == part_.limit;
+        const std::uint32_t count = piece.glyphCount - (isLast ? part_.dropped : 0);
         if (count == 0) return;
         GlyphRun& run = runFor(paragraph_.styleOf(piece));
         const std::size_t from = story_.glyphs.size();
         append(run, paragraph_.glyphs.data() + piece.firstGlyph, count);
+        if (!isLast && piece.kernAfter != 0) {
+            story_.glyphs.back().advance += piece.kernAfter;
+            grow(run, piece.kernAfter * style_->scale());
+        }
         if (stretch != 0 && index >= part_.stretchFrom) widenSpaces(run, from);
     }
 

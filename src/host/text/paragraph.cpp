@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 namespace tarnova {
 
@@ -156,11 +157,8 @@ void Paragraph::kernBorder(std::size_t start, std::uint32_t style) {
     if (before.glyphCount == 0 || before.style != style || before.level % 2 != 0) return;
     const std::size_t gap = start - static_cast<std::size_t>(before.limit);
     if (gap != 0 && !(gap == 1 && before.hyphenates)) return;
-    const TextStyle& look = styles[style];
-    const float adjust =
-        shaper_.pairAdjust(*look.face, text_[static_cast<std::size_t>(before.limit) - 1], text_[start]);
-    glyphs[before.firstGlyph + before.glyphCount - 1].advance += adjust;
-    (before.hangingGlyphs > 0 ? before.hangingWidth : before.width) += adjust * look.scale();
+    before.kernAfter =
+        shaper_.pairAdjust(*styles[style].face, text_[static_cast<std::size_t>(before.limit) - 1], text_[start]);
 }
 
 /// Adds tracking to the glyphs of a piece that was just shaped, and sums up its widths.
@@ -241,19 +239,31 @@ void Paragraph::setMarked(Piece& piece) {
 bool Paragraph::splitPiece(std::size_t index, float width, bool atLeastOne) {
     const Piece whole = pieces[index];
     if (whole.glyphCount == 0) return false;
-    const std::size_t fitting = charactersWithin(whole, width);
     const std::u32string_view text = textOf(whole);
-    const std::size_t border = graphemeBorder(text, fitting);
-    if (border >= text.size() || (border > fitting && !atLeastOne)) return false;
+    std::size_t border = 0;
+    for (std::size_t fitting = charactersWithin(whole, width);; fitting = border - 1) {
+        border = graphemeBorder(text, fitting);
+        const bool nothingFits = border > fitting;
+        if (border >= text.size() || (nothingFits && !atLeastOne)) return false;
+        const auto [front, rest] = cut(whole, static_cast<std::int32_t>(border));
+        // Cut off, the front may have lost kerning or a joined form that made it narrower.
+        if (front.width > width && !nothingFits) continue;
+        pieces[index] = front;
+        pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(index) + 1, rest);
+        return true;
+    }
+}
+
+/// The two parts of a piece, shaped for themselves.
+std::pair<Piece, Piece> Paragraph::cut(const Piece& whole, std::int32_t border) {
     Piece front = whole, rest = whole;
-    front.limit = rest.start = whole.start + static_cast<std::int32_t>(border);
+    front.limit = rest.start = whole.start + border;
     front.breakAfter = LineBreak::none;
     front.hyphenates = false;
+    front.kernAfter = 0;
     reshape(front);
     reshape(rest);
-    pieces[index] = front;
-    pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(index) + 1, rest);
-    return true;
+    return {front, rest};
 }
 
 /// Characters of a piece, in reading order, whose glyphs stay within a width.

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/text/compose_input.h"
@@ -23,6 +24,7 @@ struct Piece {
     std::uint32_t hangingGlyphs = 0;  // of these the last ones, spaces, hang at a line's end
     float width = 0;                  // points without them; of a tab as the line decides
     float hangingWidth = 0;
+    float kernAfter = 0;              // thousandths of an em, to the piece behind, when that stands on the same line
     std::uint32_t style = 0;  // into Paragraph::styles
     std::uint8_t level = 0;   // of UAX 9; odd is right to left
     LineBreak breakAfter = LineBreak::none;
@@ -53,6 +55,10 @@ class Paragraph {
         return text_.substr(static_cast<std::size_t>(piece.start), static_cast<std::size_t>(piece.limit - piece.start));
     }
     [[nodiscard]] const TextStyle& styleOf(const Piece& piece) const { return styles[piece.style]; }
+    /// Points between what is seen of a piece and the piece behind it on the same line.
+    [[nodiscard]] float gapAfter(const Piece& piece) const {
+        return piece.hangingWidth + piece.kernAfter * styleOf(piece).scale();
+    }
 
     /// Cuts a piece at the last grapheme border that keeps its front within `width`, or behind the first grapheme when
     /// none does and `atLeastOne` is set. False when nothing was cut: the piece is one grapheme or nothing fits.
@@ -79,6 +85,7 @@ class Paragraph {
     void measure(Piece& piece);
     [[nodiscard]] std::size_t charactersWithin(const Piece& piece, float width) const;
     [[nodiscard]] std::int32_t shapedIndex(std::uint32_t storyPosition) const;
+    [[nodiscard]] std::pair<Piece, Piece> cut(const Piece& whole, std::int32_t border);
     void reshape(Piece& piece);
 
     // Text that is all plain Latin in fonts that have it.

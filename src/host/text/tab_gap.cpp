@@ -84,9 +84,9 @@ void TabGap::add(const Paragraph& paragraph, const Piece& piece) {
     }
     if (piece.width > 0) {
         followingWidth_ = start + piece.width;
-        hanging_ = piece.hangingWidth;
+        hanging_ = paragraph.gapAfter(piece);
     } else {
-        hanging_ += piece.hangingWidth;
+        hanging_ += paragraph.gapAfter(piece);
     }
 }
 

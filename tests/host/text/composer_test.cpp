@@ -1,0 +1,125 @@
+#include "host/text/composer.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "host/model/attribute_pool.h"
+#include "host/model/document_builder.h"
+#include "host/model/document_model.h"
+#include "host/model/story_text.h"
+#include "host/text/composed_story.h"
+#include "host/text/font.h"
+
+namespace tarnova {
+namespace {
+
+struct ComposerTest : testing::Test {
+    DocumentBuilder builder;
+    UID spread = builder.addSpread();
+    UID page = builder.addPage(spread, {0, 0, 400, 400});
+
+    const ComposedStory& composed(const DocumentModel& document, UID frame) {
+        const UID story = document.textOfFrame(frame);
+        const auto* layout =
+            dynamic_cast<const ComposedStory*>(document.layoutOf(story, document.story(story)->length()));
+        EXPECT_NE(layout, nullptr);
+        return *layout;
+    }
+};
+
+TEST_F(ComposerTest, StoryOfADocumentIsSetInItsFrame) {
+    const UID frame = builder.addTextFrame(page, {50, 60, 250, 160}, U"Dear Ms Tovey,\rwelcome");
+    const std::unique_ptr<DocumentModel> document = builder.finish();
+    document->setComposer(makeComposer());
+    const ComposedStory& story = composed(*document, frame);
+    ASSERT_EQ(story.lines.size(), 2u);
+    ASSERT_EQ(story.columns.size(), 1u);
+    EXPECT_EQ(story.columns[0].frame, frame);
+    EXPECT_EQ(story.columns[0].box, document->item(frame)->shape->bounds);
+    EXPECT_FALSE(document->isOverset(document->textOfFrame(frame)));
+    EXPECT_EQ(document->frameAt(document->textOfFrame(frame), 3), frame);
+}
+
+TEST_F(ComposerTest, ChangedTextIsComposedAgain) {
+    const UID frame = builder.addTextFrame(page, {0, 0, 100, 12}, U"short");
+    const std::unique_ptr<DocumentModel> document = builder.finish();
+    document->setComposer(makeComposer());
+    const UID story = document->textOfFrame(frame);
+    EXPECT_FALSE(document->isOverset(story));
+    ASSERT_EQ(document->textReplace(story, 0, 5, U"a value that is longer than its only line", false), 0);
+    EXPECT_TRUE(document->isOverset(story));
+    EXPECT_EQ(document->frameAt(story, 40), kInvalidUID);
+    EXPECT_EQ(document->frameAt(story, 0), frame);
+}
+
+TEST_F(ComposerTest, FramesOfAThreadGiveTheirColumnsInOrder) {
+    const auto addFrame = [&](const PMRect& bounds, const TextFrameOptions& options) {
+        auto shape = std::make_shared<ItemShape>();
+        shape->bounds = bounds;
+        shape->content = ContentKind::text;
+        shape->text = options;
+        PageItem item;
+        item.itemClass = ItemClass::splineItem;
+        item.shape = shape;
+        return builder.addItem(builder.layerNode(spread, 1), item);
+    };
+    const UID first = addFrame({10, 20, 230, 50}, {.insetTop = 3,
+                                                   .insetLeft = 4,
+                                                   .insetBottom = 5,
+                                                   .insetRight = 6,
+                                                   .columns = 3,
+                                                   .gutter = 15});
+    const UID second = addFrame({0, 0, 100, 40}, {.verticalAlignment = VerticalAlignment::bottom});
+    auto content = emptyStoryText(builder.attributePool().paragraph({}), builder.attributePool().plainRun());
+    replaceCharacters(*content, 0, 0, U"one\rtwo");
+    builder.addStory({first, second}, content);
+    const std::unique_ptr<DocumentModel> document = builder.finish();
+    document->setComposer(makeComposer());
+    const ComposedStory& story = composed(*document, second);
+    ASSERT_EQ(story.columns.size(), 4u);
+    for (std::int32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(story.columns[static_cast<std::size_t>(i)].frame, first);
+        EXPECT_EQ(story.columns[static_cast<std::size_t>(i)].columnIndex, i);
+        const double left = 14 + i * (60 + 15);
+        EXPECT_EQ(story.columns[static_cast<std::size_t>(i)].box, (PMRect{left, 23, left + 60, 45}));
+    }
+    EXPECT_EQ(story.columns[3].frame, second);
+    EXPECT_EQ(story.columns[3].frameIndex, 1);
+    EXPECT_EQ(story.columns[3].box, (PMRect{0, 0, 100, 40}));
+}
+
+TEST_F(ComposerTest, RunsAndParagraphsGetTheirResolvedFormats) {
+    AttributePool& pool = builder.attributePool();
+    ParagraphAttributes centered, large;
+    centered.overrides.alignment = Alignment::center;
+    large.charOverrides.pointSize = 20;
+    RunDescription bold;
+    bold.overrides.fontStyle = "Bold";
+    // Two paragraphs; the bold run begins in the first and ends in the second.
+    auto content = std::make_shared<StoryText>();
+    content->text = U"ab cd\ref gh\r";
+    content->runs = {{3, pool.plainRun()}, {5, pool.run(bold)}, {4, pool.plainRun()}};
+    content->paragraphs = {{6, pool.paragraph(centered)}, {6, pool.paragraph(large)}};
+    content->threads = {{12}};
+    ASSERT_TRUE(storyIsConsistent(*content));
+    const UID frame = builder.addTextFrame(page, {0, 0, 200, 100}, U"");
+    builder.addStory({frame}, content);
+    const std::unique_ptr<DocumentModel> document = builder.finish();
+    document->setComposer(makeComposer());
+    const ComposedStory& story = composed(*document, frame);
+    ASSERT_EQ(story.runs.size(), 4u);
+    const std::pair<const char*, float> runs[] = {{"NimbusSans-Regular", 10},
+                                                  {"NimbusSans-Bold", 10},
+                                                  {"NimbusSans-Bold", 20},
+                                                  {"NimbusSans-Regular", 20}};
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(story.runs[i].font->postScriptName(), runs[i].first) << i;
+        EXPECT_EQ(story.runs[i].size, runs[i].second) << i;
+    }
+    EXPECT_NEAR(story.lines[0].left, 200 - story.lines[0].right, 0.01);
+    EXPECT_EQ(story.lines[1].left, 0);
+}
+
+}  // namespace
+}  // namespace tarnova
