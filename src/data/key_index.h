@@ -181,6 +181,17 @@ void keyIndexClose(dataSourceRec& source);
 [[nodiscard]] errorWord readIndexHeader(const char* indexPath, indexHeader& header, std::size_t& got,
                                         errorWord priorError);
 
+/// What an index file says without being loaded.
+struct indexSummary {
+    std::uint32_t keyCount;
+    std::uint32_t recordCount;  // up to the last record that has content, a header record included
+    std::uint16_t encoding;     // resolvedEightBit or resolvedUtf8
+    std::uint64_t fileBytes;
+};
+
+/// Reads a summary from the file. Error: errIndexHeaderRead, also when it is no whole index.
+[[nodiscard]] errorWord readIndexSummary(const char* indexPath, indexSummary& summary, errorWord priorError);
+
 /// Folder of the index files: dataState().indexFolder, or the default below the user's data folder.
 [[nodiscard]] std::string indexFolderPath();
 

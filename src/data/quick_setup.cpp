@@ -205,7 +205,7 @@ void takeNames(std::string_view line, bool isUtf8, quickSetupAnalysis& analysis)
     }
 }
 
-errorWord analyzeFile(const char* path, quickSetupAnalysis& analysis) {
+errorWord analyzeFile(const char* path, const quickSetupKnown& known, quickSetupAnalysis& analysis) {
     PieceReader reader;
     std::string piece;
     errorWord err = reader.open(path);
@@ -216,8 +216,11 @@ errorWord analyzeFile(const char* path, quickSetupAnalysis& analysis) {
     const std::size_t lineSize = std::min(piece.find_first_of("\r\n"), piece.size());
     if (lineSize < piece.size()) analysis.osType = lineEndAt(piece, lineSize);
     const std::string line = piece.substr(0, lineSize);
-    analysis.delimiter = delimiterOfLine(line);
-    err = findQualifier(reader, piece, analysis.delimiter, analysis.qualifier);
+    analysis.delimiter = known.delimiter ? *known.delimiter : delimiterOfLine(line);
+    if (known.qualifier)
+        analysis.qualifier = *known.qualifier;
+    else
+        err = findQualifier(reader, piece, analysis.delimiter, analysis.qualifier);
     if (err == 0 && !line.empty()) takeNames(line, isUtf8, analysis);
     return err;
 }
@@ -225,9 +228,14 @@ errorWord analyzeFile(const char* path, quickSetupAnalysis& analysis) {
 }  // namespace
 
 errorWord quickSetupAnalyze(const char* path, quickSetupAnalysis& analysis, errorWord priorError) {
+    return quickSetupAnalyzeAs(path, {}, analysis, priorError);
+}
+
+errorWord quickSetupAnalyzeAs(const char* path, const quickSetupKnown& known, quickSetupAnalysis& analysis,
+                              errorWord priorError) {
     if (priorError != 0) return priorError;
     analysis = {};
-    errorWord err = detectFileTextKind(path, -1, analysis.kind, 0);
+    const errorWord err = detectFileTextKind(path, -1, analysis.kind, 0);
     if (err != 0) return err;
     const encodingClass found = encodingClassOf(analysis.kind);
     if (found == encodingClass::utf16) return errorAt(errSetupUtf16, path);
@@ -235,9 +243,9 @@ errorWord quickSetupAnalyze(const char* path, quickSetupAnalysis& analysis, erro
     analysis.cancelled =
         found == encodingClass::binary && !askKeyUnlessUnattended("kZavoWarningBadDataFileEncodingMsgKey");
     if (analysis.cancelled) return 0;
-    analysis.dataType = found == encodingClass::utf8 ? dataTypeUtf8 : dataTypeEightBit;
-
-    return errorAt(analyzeFile(path, analysis), path);
+    const std::int16_t foundType = found == encodingClass::utf8 ? dataTypeUtf8 : dataTypeEightBit;
+    analysis.dataType = known.dataType.value_or(foundType);
+    return errorAt(analyzeFile(path, known, analysis), path);
 }
 
 }  // namespace tarnova

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,13 @@ struct quickSetupAnalysis {
     bool tooManyFields = false;  // the first line has more names than a definition can hold
 };
 
+/// What is known about a file before it is analysed; the rest is found out.
+struct quickSetupKnown {
+    std::optional<std::uint8_t> delimiter;
+    std::optional<std::uint8_t> qualifier;  // 0: none
+    std::optional<std::int16_t> dataType;   // dataTypeEightBit or dataTypeUtf8
+};
+
 /// What a person may choose before a definition is made of an analysis.
 struct quickSetupChoices {
     bool detectLineEnd = true;   // osType 3: found out anew at each index build
@@ -41,8 +49,12 @@ struct quickSetupChoices {
     std::int16_t deleteline = 0;
 };
 
-/// Analyses a data file. Errors: errSetupUtf16, errSetupThirdKind, errDataRead; pendingErrorParam names the file.
+/// Analyses a data file. It is read in pieces; the first line must end in the first 4 MiB. Errors: errSetupUtf16,
+/// errSetupThirdKind, errDataRead; pendingErrorParam names the file.
 [[nodiscard]] errorWord quickSetupAnalyze(const char* path, quickSetupAnalysis& analysis, errorWord priorError);
+/// The same where something is known beforehand.
+[[nodiscard]] errorWord quickSetupAnalyzeAs(const char* path, const quickSetupKnown& known,
+                                            quickSetupAnalysis& analysis, errorWord priorError);
 
 /// Gives the definition `name` of `set` (made when it isn't there) the fields and settings of an analysis and, unless
 /// it is a remap, one variable link for each selected field. Without any field it fails with errFailed and shows

@@ -1,0 +1,392 @@
+#include "cli/data_verb.h"
+
+#include <fmt/format.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <CLI/CLI.hpp>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "cli/job_setup.h"
+#include "cli/verb.h"
+#include "data/data_source.h"
+#include "data/key_index.h"
+#include "data/quick_setup.h"
+#include "definitions/record_def_set.h"
+#include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
+#include "engine/toolkit/text_encoding.h"
+
+namespace tarnova {
+
+namespace {
+
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+// What a person may call a byte, in the order in which it is shown.
+struct byteName {
+    std::uint8_t byte;
+    const char* name;
+};
+constexpr byteName delimiterNames[] = {{'\t', "tab"},      {',', "comma"}, {' ', "blank"},
+                                       {';', "semicolon"}, {'^', "caret"}, {'|', "bar"}};
+constexpr byteName qualifierNames[] = {{'"', "double"}, {'\'', "single"}, {0, "none"}};
+constexpr const char* lineEndNames[] = {"CR", "CR LF", "LF"};  // by osType
+
+template <std::size_t count>
+std::optional<std::uint8_t> byteOf(const byteName (&names)[count], const std::string& text) {
+    for (const byteName& each : names)
+        if (text == each.name) return each.byte;
+    if (text.size() != 1) return std::nullopt;
+    return static_cast<std::uint8_t>(text[0]);
+}
+
+template <std::size_t count>
+std::string nameOf(const byteName (&names)[count], std::uint8_t byte) {
+    for (const byteName& each : names)
+        if (byte == each.byte) return each.name;
+    return std::string(1, static_cast<char>(byte));
+}
+
+std::string errorReason(errorWord error) {
+    if (error == errFilePositioning) return "data files and indexes can't be larger than 4 GB; split the file";
+    const std::string text = errorString(error).bytes();
+    return text.empty() ? fmt::format("failed with code {}", codeOfError(error)) : text;
+}
+
+int failData(const dataVerbRec& options, errorWord error) {
+    const std::string place = pstrString(toolkitState().pendingErrorParam);
+    toolkitState().pendingErrorParam[0] = 0;
+    if (error == errTooManyFields)
+        sayError(fmt::format("{}: record {} of the file: {}", options.path, place, errorReason(error)));
+    else
+        sayError(fmt::format("{}: {}", place.empty() ? options.path : place, errorReason(error)));
+    return exitFailed;
+}
+
+int failStatus(const dataVerbRec& options, std::int16_t status) {
+    const bool refused = status <= openStatusRefused;
+    sayError(refused
+                 ? fmt::format("{}: refused; give its --encoding or --delimiter", options.path)
+                 : fmt::format("{}: can't be opened; check that it is there and that you may read it", options.path));
+    return exitFailed;
+}
+
+// Without a header the fields are named by their place.
+void numberFields(quickSetupAnalysis& analysis) {
+    for (std::size_t i = 0; i < analysis.fields.size(); ++i)
+        analysis.fields[i] = {fmt::format("Field {}", i + 1), false};
+}
+
+// One data file of a verb: how it is read, and the definition that says so.
+struct dataFileRec {
+    quickSetupAnalysis analysis;
+    std::unique_ptr<recordDefRec> definition = std::make_unique<recordDefRec>();
+    std::string indexPath;
+
+    std::uint32_t headerRecords(const dataVerbRec& options) const { return options.noHeader ? 0 : 1; }
+};
+
+// What the options say about the file. An exit status when they make no sense.
+int readOptions(const dataVerbRec& options, quickSetupKnown& known) {
+    if (!options.delimiter.empty()) known.delimiter = byteOf(delimiterNames, options.delimiter);
+    if (!options.qualifier.empty()) known.qualifier = byteOf(qualifierNames, options.qualifier);
+    if (!options.encoding.empty()) known.dataType = options.encoding == "utf-8" ? dataTypeUtf8 : dataTypeEightBit;
+    const bool badDelimiter = !options.delimiter.empty() && !known.delimiter;
+    const bool badQualifier = !options.qualifier.empty() && !known.qualifier;
+    if (!badDelimiter && !badQualifier) return exitDone;
+    sayError(fmt::format("\"{}\" is no {}: give its name or one character",
+                         badDelimiter ? options.delimiter : options.qualifier,
+                         badDelimiter ? "delimiter" : "qualifier"));
+    return exitUsage;
+}
+
+int chooseKeyField(const dataVerbRec& options, recordDefRec& definition) {
+    if (options.keyField.empty()) return exitDone;
+    Str31 name;
+    pstrSet(name, options.keyField);
+    if (fieldNumberOf(definition, name) < 0) {
+        sayError(fmt::format("{}: no field \"{}\"; `tarnova data inspect` lists the fields", options.path,
+                             options.keyField));
+        return exitFailed;
+    }
+    pstrCopy(definition.keyField, name);
+    return exitDone;
+}
+
+// Finds out how the file is read and gives it an index path.
+int recognize(const dataVerbRec& options, dataFileRec& data) {
+    sessionInit();
+    quickSetupKnown known;
+    if (const int status = readOptions(options, known); status != exitDone) return status;
+    const errorWord err = quickSetupAnalyzeAs(options.path.c_str(), known, data.analysis, 0);
+    if (err != 0) return failData(options, err);
+    if (data.analysis.cancelled) return failStatus(options, openStatusRefused);
+    if (options.noHeader) numberFields(data.analysis);
+    quickSetupChoices choices;
+    choices.detectLineEnd = false;
+    applyQuickSetup(*data.definition, data.analysis, choices);
+    if (const int status = chooseKeyField(options, *data.definition); status != exitDone) return status;
+    data.indexPath = stableIndexPath(*data.definition, options.path);
+    if (data.indexPath.empty() || !prepareIndexFile(data.indexPath, options.path)) {
+        sayError(fmt::format("{}: no index can be made for it in {}", options.path, indexFolderPath()));
+        return exitFailed;
+    }
+    data.indexPath.copy(data.definition->databasePath, pathCapacity - 1);
+    return exitDone;
+}
+
+// Builds the index without loading it, so that memory stays small for any file.
+int buildIndex(const dataVerbRec& options, dataFileRec& data) {
+    dataSourceRec source{};
+    data.indexPath.copy(source.indexPath, pathCapacity - 1);
+    std::int16_t status = openStatusOpen;
+    const errorWord err = keyIndexBuild(*data.definition, source, 1, 0, 0, status, nullptr, 0);
+    if (err != 0) return failData(options, err);
+    return status < 0 ? failStatus(options, status) : exitDone;
+}
+
+// Sees to an index that fits, and reads what it says.
+int summarize(const dataVerbRec& options, dataFileRec& data, bool rebuild, indexSummary& summary) {
+    bool exists = false, inSync = false;
+    errorWord err = dataSourceInSync(data.definition.get(), exists, inSync, nullptr, nullptr, nullptr, 0);
+    if (rebuild || !inSync)
+        if (const int status = buildIndex(options, data); status != exitDone) return status;
+    err = readIndexSummary(data.indexPath.c_str(), summary, err);
+    return err == 0 ? exitDone : failData(options, err);
+}
+
+std::uint32_t dataRecords(const dataVerbRec& options, const dataFileRec& data, const indexSummary& summary) {
+    const std::uint32_t header = data.headerRecords(options);
+    return summary.recordCount > header ? summary.recordCount - header : 0;
+}
+
+const char* encodingName(std::int16_t dataType) {
+    return dataType == dataTypeUtf8 ? "UTF-8" : "Windows-1252";
+}
+
+void printInspection(const dataVerbRec& options, const dataFileRec& data, std::uint32_t records) {
+    const quickSetupAnalysis& found = data.analysis;
+    fmt::print(
+        "encoding:  {}\nlines:     {}\ndelimiter: {}\nqualifier: {}\nrecords:   {}\nkey field: {}\nfields:    {}\n",
+        encodingName(found.dataType), lineEndNames[found.osType], nameOf(delimiterNames, found.delimiter),
+        nameOf(qualifierNames, found.qualifier), records, pstrView(data.definition->keyField), found.fields.size());
+    for (std::size_t i = 0; i < found.fields.size(); ++i)
+        fmt::print("{:>6}  {}{}\n", i + 1, found.fields[i].name, found.fields[i].isPicture ? " (picture)" : "");
+    if (found.tooManyFields)
+        sayError(fmt::format("{}: only the first {} fields can be used", options.path, found.fields.size()));
+}
+
+void writeMember(JsonWriter& json, const char* name, const std::string& text) {
+    json.Key(name);
+    json.String(text);
+}
+
+void printInspectionJson(const dataVerbRec& options, const dataFileRec& data, std::uint32_t records) {
+    const quickSetupAnalysis& found = data.analysis;
+    rapidjson::StringBuffer buffer;
+    JsonWriter json(buffer);
+    json.StartObject();
+    writeMember(json, "file", options.path);
+    writeMember(json, "encoding", encodingName(found.dataType));
+    writeMember(json, "lines", lineEndNames[found.osType]);
+    writeMember(json, "delimiter", nameOf(delimiterNames, found.delimiter));
+    writeMember(json, "qualifier", nameOf(qualifierNames, found.qualifier));
+    json.Key("records");
+    json.Uint(records);
+    writeMember(json, "keyField", pstrString(data.definition->keyField));
+    json.Key("fields");
+    json.StartArray();
+    for (const quickSetupField& field : found.fields)
+        json.String(field.name);
+    json.EndArray();
+    json.Key("tooManyFields");
+    json.Bool(found.tooManyFields);
+    json.EndObject();
+    fmt::print("{}\n", buffer.GetString());
+}
+
+// The record that is meant, in file order from 0. Nothing after telling that there is none.
+std::optional<std::int32_t> locate(const dataVerbRec& options, const dataFileRec& data, dataSourceRec& source) {
+    const std::uint32_t header = data.headerRecords(options);
+    std::uint32_t count = 0;
+    if (dataSourceRecordCount(&source, 1, count, 0) != 0) return std::nullopt;
+    if (options.record > 0) {
+        const std::uint32_t records = count > header ? count - header : 0;
+        if (options.record <= records) return static_cast<std::int32_t>(options.record - 1 + header);
+        sayError(fmt::format("{}: no record {}; the file has {}", options.path, options.record, records));
+        return std::nullopt;
+    }
+    const keyIndexRec& index = *source.keyIndex;
+    Str255 key;
+    pstrSet(key, index.header.encoding == resolvedUtf8 ? options.key : utf8ToWindows1252(options.key));
+    const entryRange group = keyIndexFindGroup(index, key, nullptr, nullptr);
+    indexEntry entry;
+    for (std::uint32_t at = group.offset; at < group.offset + group.length; at += entry.length) {
+        if (!keyIndexReadEntry(index, at, group.offset + group.length, entry)) break;
+        if (entry.recordNumber >= header) return static_cast<std::int32_t>(entry.recordNumber);
+    }
+    sayError(fmt::format("{}: no record with \"{}\" in field \"{}\"", options.path, options.key,
+                         pstrView(data.definition->keyField)));
+    return std::nullopt;
+}
+
+// A value as UTF-8; empty for an empty field and after an error.
+std::string fetchField(dataSourceRec& source, std::int32_t record, std::string_view field, errorWord& err) {
+    extractionRec link{};
+    pstrSet(link.field, field);
+    fetchRequest request{};
+    request.recordNumber = record;
+    request.extraction = &link;
+    void* value = nullptr;
+    std::uint32_t length = 0;
+    std::int16_t status = fetchFound;
+    err = dataSourceFetch(&source, &request, 1, value, length, status, err);
+    const blockPtr<char> owned(static_cast<char*>(value));
+    if (err != 0 || status != fetchFound || value == nullptr) return {};
+    const std::string_view bytes(owned.get(), length);
+    return source.keyIndex->header.encoding == resolvedUtf8 ? std::string(bytes) : windows1252ToUtf8(bytes);
+}
+
+void printRecordJson(std::uint32_t number, const std::vector<std::pair<std::string, std::string>>& values) {
+    rapidjson::StringBuffer buffer;
+    JsonWriter json(buffer);
+    json.StartObject();
+    json.Key("record");
+    json.Uint(number);
+    json.Key("fields");
+    json.StartObject();
+    for (const auto& [name, value] : values)
+        writeMember(json, name.c_str(), value);
+    json.EndObject();
+    json.EndObject();
+    fmt::print("{}\n", buffer.GetString());
+}
+
+int printRecord(const dataVerbRec& options, const dataFileRec& data, dataSourceRec& source, std::int32_t record) {
+    errorWord err = 0;
+    std::vector<std::pair<std::string, std::string>> values;
+    for (const quickSetupField& field : data.analysis.fields)
+        if (options.field.empty() || ascii::equalNoCase(options.field, field.name))
+            values.emplace_back(field.name, fetchField(source, record, field.name, err));
+    if (err != 0) return failData(options, err);
+    if (values.empty()) {
+        sayError(
+            fmt::format("{}: no field \"{}\"; `tarnova data inspect` lists the fields", options.path, options.field));
+        return exitFailed;
+    }
+    if (options.json)
+        printRecordJson(static_cast<std::uint32_t>(record) + 1 - data.headerRecords(options), values);
+    else if (!options.field.empty())
+        fmt::print("{}\n", values[0].second);
+    else
+        for (const auto& [name, value] : values)
+            fmt::print("{}: {}\n", name, value);
+    return exitDone;
+}
+
+void printIndexJson(const dataFileRec& data, const indexSummary& summary, std::uint32_t records) {
+    rapidjson::StringBuffer buffer;
+    JsonWriter json(buffer);
+    json.StartObject();
+    writeMember(json, "index", data.indexPath);
+    json.Key("bytes");
+    json.Uint64(summary.fileBytes);
+    json.Key("records");
+    json.Uint(records);
+    json.Key("keys");
+    json.Uint(summary.keyCount);
+    writeMember(json, "keyField", pstrString(data.definition->keyField));
+    json.EndObject();
+    fmt::print("{}\n", buffer.GetString());
+}
+
+CLI::App& addSubverb(CLI::App& parent, verbContext& context, const std::shared_ptr<dataVerbRec>& options,
+                     const char* name, const char* help, int (*run)(const dataVerbRec&)) {
+    CLI::App& verb = *parent.add_subcommand(name, help);
+    verb.add_option("FILE", options->path, "Delimited text")->required();
+    verb.add_option("--delimiter", options->delimiter,
+                    "tab, comma, blank, semicolon, caret, bar, or one character. Without it: found out");
+    verb.add_option("--qualifier", options->qualifier, "double, single, none, or one character. Without it: found out");
+    verb.add_option("--encoding", options->encoding, "Without it: found out")
+        ->check(CLI::IsMember({"windows-1252", "utf-8"}));
+    verb.add_flag("--no-header", options->noHeader, "The first line is a record; fields are named by their place");
+    addJsonFlag(verb, options->json);
+    verb.callback([options, &context, run] { context.exitStatus = run(*options); });
+    return verb;
+}
+
+}  // namespace
+
+int inspectData(const dataVerbRec& options) {
+    dataFileRec data;
+    indexSummary summary{};
+    if (const int status = recognize(options, data); status != exitDone) return status;
+    if (const int status = summarize(options, data, false, summary); status != exitDone) return status;
+    const std::uint32_t records = dataRecords(options, data, summary);
+    if (options.json)
+        printInspectionJson(options, data, records);
+    else
+        printInspection(options, data, records);
+    return exitDone;
+}
+
+int getData(const dataVerbRec& options) {
+    dataFileRec data;
+    if (const int status = recognize(options, data); status != exitDone) return status;
+    dataSourceRec* source = nullptr;
+    std::int16_t openStatus = openStatusOpen;
+    const errorWord err =
+        dataSourceOpen(data.definition.get(), 1, 0, 0, source, openStatus, nullptr, nullptr, nullptr, 0);
+    if (err != 0) return failData(options, err);
+    if (source == nullptr) return failStatus(options, openStatus);
+    const std::optional<std::int32_t> record = locate(options, data, *source);
+    const int status = record ? printRecord(options, data, *source, *record) : exitFailed;
+    dataSourceCloseAll();
+    return status;
+}
+
+int indexData(const dataVerbRec& options) {
+    dataFileRec data;
+    indexSummary summary{};
+    if (const int status = recognize(options, data); status != exitDone) return status;
+    if (const int status = summarize(options, data, true, summary); status != exitDone) return status;
+    const std::uint32_t records = dataRecords(options, data, summary);
+    if (options.json)
+        printIndexJson(data, summary, records);
+    else
+        fmt::print("{}: {} bytes, {} records, {} keys in \"{}\"\n", data.indexPath, summary.fileBytes, records,
+                   summary.keyCount, pstrView(data.definition->keyField));
+    return exitDone;
+}
+
+void addDataVerb(CLI::App& app, verbContext& context) {
+    const auto options = std::make_shared<dataVerbRec>();
+    CLI::App& data = *app.add_subcommand("data", "Look into a data file, take a record out, build its index");
+    data.require_subcommand(1);
+    data.footer("Example: tarnova data inspect customers.csv");
+
+    CLI::App& inspect = addSubverb(data, context, options, "inspect",
+                                   "Tell encoding, delimiters, fields and number of records", inspectData);
+    inspect.footer("Example: tarnova data inspect customers.csv --json");
+
+    CLI::App& get = addSubverb(data, context, options, "get", "Print one record, or one field of it", getData);
+    CLI::Option_group& which = *get.add_option_group("record", "Which record");
+    which.add_option("--record", options->record, "Number of the record, from 1, the header not counted")
+        ->check(CLI::PositiveNumber);
+    which.add_option("--key", options->key, "Key of the record; the first that has it");
+    which.require_option(1);
+    get.add_option("--key-field", options->keyField, "Field that holds the key. Without it: the first");
+    get.add_option("--field", options->field, "Field to print. Without it: all");
+    get.footer("Example: tarnova data get customers.csv --key C-1042 --field City");
+
+    CLI::App& index =
+        addSubverb(data, context, options, "index", "Build the index and say where it is and how big", indexData);
+    index.add_option("--key-field", options->keyField, "Field that holds the key. Without it: the first");
+    index.footer("Example: tarnova data index customers.csv --key-field Code");
+}
+
+}  // namespace tarnova
