@@ -96,10 +96,13 @@ bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& l
     static thread_local std::vector<const PageItem*> topItems;
     topItems.clear();
     document.drawnItems(pageUid, topItems);
-    const PMMatrix spreadToPage{1, 0, 0, 1, -page->bounds.left, -page->bounds.top};
     ListBuilder builder(document, pageUid, list);
-    return std::all_of(topItems.begin(), topItems.end(),
-                       [&](const PageItem* item) { return builder.add(*item, spreadToPage); });
+    return std::all_of(topItems.begin(), topItems.end(), [&](const PageItem* item) {
+        const bool fromMaster = item->spread != page->spread;
+        const PMPoint origin =
+            fromMaster ? document.pageOrigin(pageUid, *item) : PMPoint{page->bounds.left, page->bounds.top};
+        return builder.add(*item, {1, 0, 0, 1, -origin.x, -origin.y});
+    });
 }
 
 PaintColor resolvePaint(const Paint& paint, const std::vector<Swatch>& swatches) {

@@ -27,7 +27,8 @@ struct DisplayItem {
     bool repeats = false;          // unchanged since the template was marked
 };
 
-/// A story with more text than its frames hold. It is told on the page of its last frame, so once in a document.
+/// A story with more text than its frames hold. It is told on the page of its last frame, so once in a
+/// document; text of a master on each page that shows it.
 struct OversetText {
     UID story = kInvalidUID;
     UID frame = kInvalidUID;  // its last

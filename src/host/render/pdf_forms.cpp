@@ -1,16 +1,26 @@
 #include "host/render/pdf_forms.h"
 
-#include <bit>
+#include "host/render/byte_buffer.h"
 
 namespace tarnova {
 
+namespace {
+
+/// Rounded as it is drawn, so that pages side by side on a spread share in spite of rounding errors.
+std::uint64_t thousandths(double length) {
+    return static_cast<std::uint64_t>(ByteBuffer::quantize(length, 1000));
+}
+
+}  // namespace
+
 const PdfForm* PdfFormTable::find(const DisplayList& page, std::span<const DisplayItem> items) {
     askedKey.clear();
-    for (const double edge : {page.page.left, page.page.top, page.page.right, page.page.bottom}) {
-        askedKey.push_back(std::bit_cast<std::uint64_t>(edge));
-    }
+    askedKey.push_back(thousandths(page.page.width()));
+    askedKey.push_back(thousandths(page.page.height()));
     for (const DisplayItem& item : items) {
         askedKey.push_back(item.itemStamp << 1 | (item.text != nullptr ? 1u : 0u));
+        askedKey.push_back(thousandths(item.toPage.tx));
+        askedKey.push_back(thousandths(item.toPage.ty));
         if (item.text != nullptr) askedKey.push_back(item.storyStamp);
     }
     askedHash = askedKey.size();

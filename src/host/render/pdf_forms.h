@@ -18,8 +18,8 @@ struct PdfForm {
     std::uint32_t number = 0;
 };
 
-/// Forms by what they show: the stamps of the items and of their text, and the part of the spread that is the page. A
-/// look-up allocates nothing.
+/// Forms by what they show: the stamps of the items and of their text, where these stand on the page, and the page's
+/// size. A look-up allocates nothing.
 class PdfFormTable {
  public:
     /// The form of a run of repeating items of the page, or null when the file has none yet; `add` then makes it.

@@ -160,11 +160,13 @@ TEST_F(PdfFile, AFormIsForOnePlaceAndOneLook) {
         {"another item", [](PageKit& p) { p.list.items[0].itemStamp = 77; }, 2},
         {"other text", [](PageKit& p) { p.list.items[1].storyStamp = 77; }, 2},
         {"one item less", [](PageKit& p) { p.list.items.pop_back(); }, 2},
+        {"another place", [](PageKit& p) { p.list.items[1].toPage.ty = 3; }, 2},
+        {"a higher page", [](PageKit& p) { p.list.page.bottom = 310; }, 2},
         {"another page of the spread",
          [](PageKit& p) {
-             p.list.page = {200, 0, 400, 300};
+             p.list.page = PMRect{200.1, 50, 400.1, 350};
          },
-         2},
+         1},
         {"only the second", [](PageKit& p) { p.list.items[0].repeats = false; }, 2},
     };
     for (const auto& [name, change, forms] : rows) {
