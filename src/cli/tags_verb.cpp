@@ -5,14 +5,13 @@
 #include <rapidjson/writer.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "cli/job_setup.h"
 #include "cli/verb.h"
-#include "engine/toolkit/messages.h"
-#include "engine/toolkit/pm_string.h"
 #include "engine/toolkit/text_encoding.h"
 #include "tags/tag_list.h"
 
@@ -36,9 +35,9 @@ std::string shown(const std::uint8_t* text) {
 
 /// Covered text on one line.
 std::string shownText(const std::u32string& text) {
-    std::string line;
-    for (const char c : PMString(std::u32string_view(text)).bytes())
-        line += c == '\r' || c == '\n' || c == '\t' ? ' ' : c;
+    std::string line = utf32ToUtf8(text);
+    for (char& c : line)
+        if (c == '\r' || c == '\n' || c == '\t') c = ' ';
     return line;
 }
 
@@ -47,10 +46,11 @@ std::string pageOf(const DocumentModel& layout, const tagListRec& entry) {
     return entry.pageIndex < 0 ? "no page" : layout.pageName(layout.pageAt(entry.pageIndex));
 }
 
+/// Why a stored record couldn't be read whole; empty when it could.
 std::string readFault(const tagListRec& entry) {
     if (entry.readError == 0) return {};
-    const std::string reason = errorString(entry.readError).bytes();
-    return reason.empty() ? fmt::format("error {}", entry.readError) : reason;
+    return entry.readError == errTagFieldUnknown ? "the stored record has an unknown field"
+                                                 : "the sizes in the stored record don't hold";
 }
 
 void writeMember(JsonWriter& json, const char* name, const std::string& text) {
