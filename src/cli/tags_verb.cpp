@@ -77,7 +77,7 @@ void writeEntry(JsonWriter& json, const DocumentModel& layout, const tagListRec&
     writeMember(json, "style", shown(entry.tag.styleRecordName));
     json.Key("locked");
     json.Bool(entry.tag.linkLocked != 0);
-    if (!entry.onFrame) writeMember(json, "text", PMString(std::u32string_view(entry.text)).bytes());
+    if (!entry.onFrame) writeMember(json, "text", utf32ToUtf8(entry.text));
     if (entry.readError != 0) writeMember(json, "error", readFault(entry));
     json.EndObject();
 }
