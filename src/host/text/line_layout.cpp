@@ -49,7 +49,7 @@ class LineBreaker {
             return true;
         }
         const float end = x_ + (tab_ ? tab_->gapWith(paragraph_, piece) : 0.0F) + piece.width;
-        if (end <= measure_.width + lengthTolerance) {
+        if (end <= measure_.width + widthTolerance) {
             take(piece);
             return true;
         }
@@ -70,7 +70,7 @@ class LineBreaker {
     /// A word that is longer than the line ends it wherever it must.
     void cutWord(std::size_t at) {
         const bool isFirst = at == extent_.first;
-        const float left = measure_.width + lengthTolerance - x_ - (tab_ ? tab_->gap() : 0.0F);
+        const float left = measure_.width + widthTolerance - x_ - (tab_ ? tab_->gap() : 0.0F);
         const bool wasCut = paragraph_.splitPiece(at, left, isFirst);
         endAt(wasCut || isFirst ? at + 1 : at, false);
         extent_.isForced = extent_.limit == paragraph_.pieces.size();
@@ -82,7 +82,7 @@ class LineBreaker {
         if (piece.hyphenates) {
             const float hyphen = paragraph_.hyphenFor(piece).advance * paragraph_.styleOf(piece).scale();
             const float end = x_ + (tab_ ? tab_->gap() : 0.0F) + hyphen;
-            if (end > measure_.width + lengthTolerance) return;
+            if (end > measure_.width + widthTolerance) return;
         }
         opportunity_ = at + 1;
         opportunityHyphenates_ = piece.hyphenates;

@@ -11,8 +11,10 @@
 
 namespace tarnova {
 
-inline constexpr double defaultTabStop = 36;     // points between the stops behind the last one that is set
-inline constexpr float lengthTolerance = 0.01F;  // points that rounding may add to a length that just fits
+inline constexpr double defaultTabStop = 36;  // points between the stops behind the last one that is set
+// Points that rounding may add to what just fits.
+inline constexpr float widthTolerance = 0.001F;
+inline constexpr float heightTolerance = 0.01F;
 
 /// Where a line lies in its column, in points.
 struct LineMeasure {

@@ -11,6 +11,9 @@ namespace {
 constexpr char32_t softHyphen = 0xAD;
 constexpr char32_t lineSeparator = 0x2028;
 
+/// Longer text without an opportunity to end a line is cut, so that each line that cuts it again shapes little anew.
+constexpr std::size_t longestPiece = 256;
+
 /// Characters that act on lines instead of being set, or that aren't set at all.
 bool isControl(char32_t c) {
     return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == softHyphen || c == lineSeparator || c == 0x2029 || c == 0xFFFC;
@@ -122,19 +125,21 @@ void Paragraph::closeUnit(LineBreak behind) {
 }
 
 bool Paragraph::addLatinPiece(std::size_t start, std::size_t limit, std::uint32_t style) {
-    if (start >= limit) return true;
-    kernBorder(start, style);
-    Piece piece;
-    piece.start = static_cast<std::int32_t>(start);
-    piece.limit = static_cast<std::int32_t>(limit);
-    piece.style = style;
-    if (!setLatin(piece)) {
-        pieces.clear();
-        glyphs.clear();
-        styles.clear();
-        return false;
+    while (start < limit) {
+        kernBorder(start, style);
+        Piece piece;
+        piece.start = static_cast<std::int32_t>(start);
+        piece.limit = static_cast<std::int32_t>(std::min(limit, start + longestPiece));
+        piece.style = style;
+        if (!setLatin(piece)) {
+            pieces.clear();
+            glyphs.clear();
+            styles.clear();
+            return false;
+        }
+        pieces.push_back(piece);
+        start = static_cast<std::size_t>(piece.limit);
     }
-    pieces.push_back(piece);
     return true;
 }
 
@@ -211,16 +216,20 @@ bool Paragraph::belongTogether(std::size_t left, std::size_t right) const {
 }
 
 void Paragraph::addMarkedPiece(std::size_t start, std::size_t limit) {
-    if (start >= limit) return;
-    const Mark& mark = marks_[start];
-    if (mark.level % 2 == 0) kernBorder(start, mark.style);
-    Piece piece;
-    piece.start = static_cast<std::int32_t>(start);
-    piece.limit = static_cast<std::int32_t>(limit);
-    piece.style = mark.style;
-    piece.level = mark.level;
-    setMarked(piece);
-    if (piece.glyphCount > 0) pieces.push_back(piece);
+    while (start < limit) {
+        const Mark& mark = marks_[start];
+        if (mark.level % 2 == 0) kernBorder(start, mark.style);
+        std::size_t length = limit - start;
+        if (length > longestPiece) length = graphemeBorder(text_.substr(start, longestPiece), longestPiece - 1);
+        Piece piece;
+        piece.start = static_cast<std::int32_t>(start);
+        piece.limit = static_cast<std::int32_t>(start + length);
+        piece.style = mark.style;
+        piece.level = mark.level;
+        setMarked(piece);
+        if (piece.glyphCount > 0) pieces.push_back(piece);
+        start += length;
+    }
 }
 
 void Paragraph::setMarked(Piece& piece) {

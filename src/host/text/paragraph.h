@@ -24,7 +24,7 @@ struct Piece {
     std::uint32_t hangingGlyphs = 0;  // of these the last ones, spaces, hang at a line's end
     float width = 0;                  // points without them; of a tab as the line decides
     float hangingWidth = 0;
-    float kernAfter = 0;              // thousandths of an em, to the piece behind, when that stands on the same line
+    float kernAfter = 0;      // thousandths of an em, to the piece behind, when that stands on the same line
     std::uint32_t style = 0;  // into Paragraph::styles
     std::uint8_t level = 0;   // of UAX 9; odd is right to left
     LineBreak breakAfter = LineBreak::none;

@@ -27,7 +27,7 @@ class ColumnCursor {
     }
 
     [[nodiscard]] bool fits(float baseline, const LineHeight& height) const {
-        return baseline + height.descent <= static_cast<float>(box().bottom) + lengthTolerance;
+        return baseline + height.descent <= static_cast<float>(box().bottom) + heightTolerance;
     }
 
     void add(const ComposedLine& line) {

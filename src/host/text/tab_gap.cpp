@@ -44,7 +44,7 @@ TabStop nextTabStop(const ParaFormat& format, const LineMeasure& measure, float 
     TabStop best;
     bool found = false;
     const auto offer = [&](const TabStop& stop) {
-        if (stop.position <= x + lengthTolerance || (found && stop.position >= best.position)) return;
+        if (stop.position <= x + widthTolerance || (found && stop.position >= best.position)) return;
         best = stop;
         found = true;
     };
@@ -52,7 +52,7 @@ TabStop nextTabStop(const ParaFormat& format, const LineMeasure& measure, float 
         offer(stop);
     if (measure.isFirst && format.firstLineIndent < 0) offer({format.leftIndent, TabStop::Kind::left});
     if (found) return best;
-    const double steps = std::floor((x + lengthTolerance) / defaultTabStop) + 1;
+    const double steps = std::floor((x + widthTolerance) / defaultTabStop) + 1;
     return {steps * defaultTabStop, TabStop::Kind::left};
 }
 

@@ -1,8 +1,14 @@
 #include "host/text/text_style.h"
 
+#include <algorithm>
+
 namespace tarnova {
 
 namespace {
+
+// A size or scale of 0 hides text; what is divided by it must stay finite.
+constexpr double smallestSize = 0.01;
+constexpr double smallestScale = 0.01;
 
 /// Letters that are spread apart don't join: tracking switches ligatures off.
 FontFeatures featuresOf(const CharFormat& format) {
@@ -30,13 +36,14 @@ TextStyle TextStyles::variant(const TextStyle& style, const Font& font, bool red
 
 TextStyle TextStyles::resolve(const CharFormat& format) {
     const Font& font = *FontService::instance().find(format.family, format.fontStyle);
-    const double fullSize = format.pointSize * format.verticalScale;
+    const double verticalScale = std::max(format.verticalScale, smallestScale);
+    const double fullSize = std::max(format.pointSize, smallestSize) * verticalScale;
     const bool isScript = format.position != TextPosition::normal;
     const double direction = format.position == TextPosition::subscript ? -1 : 1;
     TextStyle style;
     style.face = &shaper_.face(font, featuresOf(format));
     style.size = static_cast<float>(fullSize * (isScript ? scriptSize : 1));
-    style.horizontalScale = static_cast<float>(format.horizontalScale / format.verticalScale);
+    style.horizontalScale = static_cast<float>(std::max(format.horizontalScale, smallestScale) / verticalScale);
     style.shift = static_cast<float>(format.baselineShift + (isScript ? direction * scriptShift * fullSize : 0));
     style.spread = static_cast<float>(format.tracking + format.kerning);
     style.ascent = static_cast<float>(font.ascent() * fullSize / 1000);

@@ -64,12 +64,9 @@ TEST_F(ComposerTest, FramesOfAThreadGiveTheirColumnsInOrder) {
         item.shape = shape;
         return builder.addItem(builder.layerNode(spread, 1), item);
     };
-    const UID first = addFrame({10, 20, 230, 50}, {.insetTop = 3,
-                                                   .insetLeft = 4,
-                                                   .insetBottom = 5,
-                                                   .insetRight = 6,
-                                                   .columns = 3,
-                                                   .gutter = 15});
+    const UID first =
+        addFrame({10, 20, 230, 50},
+                 {.insetTop = 3, .insetLeft = 4, .insetBottom = 5, .insetRight = 6, .columns = 3, .gutter = 15});
     const UID second = addFrame({0, 0, 100, 40}, {.verticalAlignment = VerticalAlignment::bottom});
     auto content = emptyStoryText(builder.attributePool().paragraph({}), builder.attributePool().plainRun());
     replaceCharacters(*content, 0, 0, U"one\rtwo");
@@ -109,10 +106,8 @@ TEST_F(ComposerTest, RunsAndParagraphsGetTheirResolvedFormats) {
     document->setComposer(makeComposer());
     const ComposedStory& story = composed(*document, frame);
     ASSERT_EQ(story.runs.size(), 4u);
-    const std::pair<const char*, float> runs[] = {{"NimbusSans-Regular", 10},
-                                                  {"NimbusSans-Bold", 10},
-                                                  {"NimbusSans-Bold", 20},
-                                                  {"NimbusSans-Regular", 20}};
+    const std::pair<const char*, float> runs[] = {
+        {"NimbusSans-Regular", 10}, {"NimbusSans-Bold", 10}, {"NimbusSans-Bold", 20}, {"NimbusSans-Regular", 20}};
     for (std::size_t i = 0; i < 4; ++i) {
         EXPECT_EQ(story.runs[i].font->postScriptName(), runs[i].first) << i;
         EXPECT_EQ(story.runs[i].size, runs[i].second) << i;

@@ -62,7 +62,7 @@ TEST(LineBreaks, OtherTextByIcu) {
         std::size_t opportunities;
     };
     const Row rows[] = {
-        {U"\u4E2D\u6587\u5B57\u3002", 2},                    // between ideographs, not in front of the full stop
+        {U"\u4E2D\u6587\u5B57\u3002", 2},  // between ideographs, not in front of the full stop
         {U"\u0E2A\u0E27\u0E31\u0E2A\u0E14\u0E35\u0E0A\u0E32\u0E27\u0E42\u0E25\u0E01", 2},  // Thai words, by dictionary
         {U"a\u200Bb", 1},
         {U"\U0001F600\U0001F600", 1},
@@ -82,7 +82,7 @@ TEST(LineBreaks, GraphemeBorders) {
         std::size_t limit, border;
     };
     const Row rows[] = {
-        {U"abc", 2, 2}, {U"abc", 0, 1},           {U"abc", 9, 3},
+        {U"abc", 2, 2},      {U"abc", 0, 1},      {U"abc", 9, 3},
         {U"e\u0301x", 1, 2}, {U"xe\u0301", 2, 1}, {U"\U0001F468\u200D\U0001F469", 2, 3},
     };
     for (const Row& row : rows)

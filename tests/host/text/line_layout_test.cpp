@@ -137,8 +137,8 @@ TEST(LineLayout, WordLongerThanTheLineIsCutAndNotLost) {
             const char32_t first = kit.characters[static_cast<std::size_t>(line.start)];
             EXPECT_NE(first, U'\u0301') << row.name;
             if (row.width > 10) {
- EXPECT_LE(line.right - line.left, row.width + tolerance) << row.name;
-}
+                EXPECT_LE(line.right - line.left, row.width + tolerance) << row.name;
+            }
             at = line.limit;
         }
         EXPECT_EQ(at, static_cast<std::int32_t>(kit.characters.size())) << row.name;

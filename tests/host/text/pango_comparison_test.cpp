@@ -36,15 +36,18 @@ struct SeenLine {
 };
 
 class PangoSide {
-   public:
+ public:
     PangoSide() : map(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT)) {
         const char* const text =
-            "<fontconfig><dir>/usr/share/fonts/opentype/urw-base35</dir><dir>/usr/share/fonts/truetype/liberation2</dir>"
+            "<fontconfig><dir>/usr/share/fonts/opentype/urw-base35</dir><dir>/usr/share/fonts/truetype/liberation2</"
+            "dir>"
             "<dir>/usr/share/fonts/truetype/dejavu</dir><cachedir>/var/cache/fontconfig</cachedir></fontconfig>";
         FcConfig* config = FcConfigCreate();
         FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(text), FcTrue);
         FcConfigBuildFonts(config);
         pango_fc_font_map_set_config(reinterpret_cast<PangoFcFontMap*>(map.get()), config);
+        // Else Pango loads the machine's configuration besides.
+        FcConfigSetCurrent(config);
         FcConfigDestroy(config);
         context.reset(pango_font_map_create_context(map.get()));
         cairo_font_options_t* options = cairo_font_options_create();
@@ -79,7 +82,7 @@ class PangoSide {
         return out;
     }
 
-   private:
+ private:
     /// The distance between the line's left edge and its last character that is no space.
     static double visibleWidth(PangoLayout* layout, const PangoLayoutLine& line, const std::string& bytes) {
         int end = line.start_index + line.length;
@@ -112,11 +115,14 @@ std::vector<SeenLine> ourLines(std::u32string_view text, const std::string& fami
 
 constexpr std::u32string_view texts[] = {
     U"Dear Ms Tovey, your order of twelve garden chairs left our warehouse in Portland on Monday and will reach you by "
-    U"the end of this week. The number 1-800-555-0199 lets you follow the parcel; ask for Mr. Yates (office hours 9/17).",
-    U"Five affluent officers filed a difficult affidavit: AVATAR, WAVE & Tyre Ltd. won $1,234.50 (or 12.5%) in 2019/20.",
+    U"the end of this week. The number 1-800-555-0199 lets you follow the parcel; ask for Mr. Yates (office hours "
+    U"9/17).",
+    U"Five affluent officers filed a difficult affidavit: AVATAR, WAVE & Tyre Ltd. won $1,234.50 (or 12.5%) in "
+    U"2019/20.",
     U"Über die Brücke führt ein schöner Weg nach Köln-Mülheim – „Größe“ und «Maß» kosten 1.499,00 €, so groß…",
     U"L’été dernier, à Orléans, l’œuvre complète fut présentée; où sont-elles passées ? Nous l’ignorons encore.",
-    U"Address: 17th Floor, Donaudampfschifffahrtsgesellschaftskapitänshaus 3, www.example.com/a/long/path/to/a/page.html",
+    U"Address: 17th Floor, Donaudampfschifffahrtsgesellschaftskapitänshaus 3, "
+    U"www.example.com/a/long/path/to/a/page.html",
 };
 
 TEST(BesidePango, SameBreaksAndWidths) {
@@ -124,10 +130,8 @@ TEST(BesidePango, SameBreaksAndWidths) {
         const char *family, *style, *pango;
     };
     const Face faces[] = {
-        {"Helvetica", "Regular", "Nimbus Sans"},
-        {"Times", "Bold", "Nimbus Roman, Bold"},
-        {"Arial", "Regular", "Liberation Sans"},
-        {"Times New Roman", "Italic", "Liberation Serif, Italic"},
+        {"Helvetica", "Regular", "Nimbus Sans"},   {"Times", "Bold", "Nimbus Roman, Bold"},
+        {"Arial", "Regular", "Liberation Sans"},   {"Times New Roman", "Italic", "Liberation Serif, Italic"},
         {"DejaVu Sans", "Regular", "DejaVu Sans"},
     };
     const PangoSide pango;

@@ -37,7 +37,7 @@ std::vector<PlacedGlyph> shaped(Shaper& shaper, const Font& font, const FontFeat
 
 TEST(Shaper, AllWaysGiveTheSameGlyphs) {
     const std::pair<const char*, const char*> fonts[] = {
-        {"Helvetica", "Regular"}, {"Times", "Italic"},     {"Courier", "Regular"}, {"Arial", "Regular"},
+        {"Helvetica", "Regular"},    {"Times", "Italic"},        {"Courier", "Regular"},   {"Arial", "Regular"},
         {"Times New Roman", "Bold"}, {"DejaVu Sans", "Regular"}, {"DejaVu Serif", "Bold"}, {"Palatino", "Regular"},
     };
     const FontFeatures featureSets[] = {{true, true, "en-US"}, {false, true, "de"}, {true, false, "tr"}};

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
 #include <set>
 #include <string>
 
@@ -136,8 +138,9 @@ TEST(StoryFlow, WhatDoesNotFitIsTold) {
 
 TEST(StoryFlow, VerticalAlignmentMovesTheLines) {
     constexpr float used = ascent + 12 + descent;
-    const std::pair<VerticalAlignment, float> rows[] = {
-        {VerticalAlignment::top, 0}, {VerticalAlignment::center, (100 - used) / 2}, {VerticalAlignment::bottom, 100 - used}};
+    const std::pair<VerticalAlignment, float> rows[] = {{VerticalAlignment::top, 0},
+                                                        {VerticalAlignment::center, (100 - used) / 2},
+                                                        {VerticalAlignment::bottom, 100 - used}};
     for (const auto& [alignment, shift] : rows) {
         ComposeKit kit;
         kit.text(U"one\rtwo");
@@ -173,9 +176,15 @@ TEST(StoryFlow, FormatsShapeTheirRuns) {
     // "n" is 5.56 wide, "A" 6.67, "N" 7.22.
     const float plain = 2 * 5.56F + 6.67F, capital = 2 * 7.22F + 6.67F;
     const Row rows[] = {
-        {5.83F, 1, 3.33F, plain * 0.583F}, {5.83F, 1, -3.33F, plain * 0.583F}, {10, 1, 4, plain},
-        {10, 0.5F, 0, plain / 2},          {20, 0.5F, 0, plain},               {10, 1, 0, plain + 3},
-        {10, 1, 0, capital},               {7, 1, 0, 7.22F * 0.7F},            {10, 1, 0, 6.67F},
+        {5.83F, 1, 3.33F, plain * 0.583F},
+        {5.83F, 1, -3.33F, plain * 0.583F},
+        {10, 1, 4, plain},
+        {10, 0.5F, 0, plain / 2},
+        {20, 0.5F, 0, plain},
+        {10, 1, 0, plain + 3},
+        {10, 1, 0, capital},
+        {7, 1, 0, 7.22F * 0.7F},
+        {10, 1, 0, 6.67F},
         {7, 1, 0, 7.22F * 0.7F},
     };
     ASSERT_EQ(story.lines.size(), 1u);
@@ -234,6 +243,68 @@ TEST(StoryFlow, CharactersThatAFontLacksComeFromAnother) {
         EXPECT_EQ(fonts, row.fonts) << row.name;
         for (const PlacedGlyph& glyph : story.glyphs)
             EXPECT_NE(glyph.glyph, 0) << row.name;
+    }
+}
+
+/// A character of the kinds that decide how text is cut, ordered and set, and now and then one that is none.
+char32_t anyCharacter(std::mt19937& random) {
+    using namespace std::string_view_literals;
+    constexpr std::u32string_view kinds =
+        U"aifl1 "
+        U"-.\t\r\u2028\u00AD\u00A0\u0301\u05D0\u0645\u0661\u200D\u200F\u202E\u2066\u4E2D\u0E01\uFFFC\U0001F468\u0000\n"sv;
+    if (random() % 8 != 0) return kinds[random() % kinds.size()];
+    return static_cast<char32_t>(random() % 0x120000);  // surrogates and numbers beyond Unicode too
+}
+
+TEST(StoryFlow, NoTextIsLostWhateverItIs) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 1500; ++round) {
+        ComposeKit kit;
+        kit.paragraph.alignment = static_cast<Alignment>(random() % 5);
+        kit.paragraph.leftIndent = static_cast<double>(random() % 30);
+        kit.format.pointSize = static_cast<double>(random() % 20);
+        if (random() % 4 == 0) kit.paragraph.tabs = {{20, TabStop::Kind::right}, {50, TabStop::Kind::decimal}};
+        for (int runs = 0; runs < 3; ++runs) {
+            std::u32string text;
+            for (std::size_t length = random() % 20; text.size() < length;)
+                text += anyCharacter(random);
+            kit.format.caps = static_cast<CharFormat::Caps>(random() % 3);
+            kit.format.tracking = random() % 3 == 0 ? 50 : 0;
+            kit.text(text);
+        }
+        for (int columns = 0; columns < 3; ++columns)
+            kit.column(PMRect{0, 0, static_cast<double>(random() % 100), static_cast<double>(random() % 100)},
+                       static_cast<VerticalAlignment>(random() % 3));
+        const ComposedStory story = kit.compose();
+        std::int32_t at = 0;
+        for (const ComposedColumn& column : story.columns) {
+            ASSERT_EQ(column.start, at);
+            for (std::uint32_t i = 0; i < column.lineCount; ++i) {
+                const ComposedLine& line = story.lines[column.firstLine + i];
+                ASSERT_EQ(line.start, at);
+                at = line.limit;
+                ASSERT_LE(line.baseline + line.descent, column.box.bottom + 0.02);
+                for (const PlacedCharacter& c : charactersOf(story, line)) {
+                    ASSERT_GE(static_cast<std::int32_t>(c.position), line.start);
+                    ASSERT_LT(static_cast<std::int32_t>(c.position), line.limit);
+                    ASSERT_TRUE(std::isfinite(c.x));
+                }
+            }
+            ASSERT_EQ(column.limit, at);
+        }
+        ASSERT_EQ(story.shownLimit, at);
+        ASSERT_EQ(story.overset, at < static_cast<std::int32_t>(kit.characters.size()) - 1);
+    }
+}
+
+TEST(StoryFlow, VeryLongWordIsSetWhole) {
+    for (char32_t letter : {U'm', U'\u05D0'}) {
+        ComposeKit kit;
+        kit.text(std::u32string(60000, letter));
+        kit.column(100, 1e6);
+        const ComposedStory story = kit.compose();
+        EXPECT_FALSE(story.overset);
+        EXPECT_EQ(story.glyphs.size(), 60000u);
     }
 }
 
