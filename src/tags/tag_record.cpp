@@ -49,11 +49,25 @@ constexpr fieldRow fieldRows[] = {
     {fieldPassedOver, FieldKind::passedOver, nullptr, 0, false},
 };
 
-const fieldRow* rowOfName(std::string_view name) {
-    const auto* row = std::find_if(std::begin(fieldRows), std::end(fieldRows),
-                                   [name](const fieldRow& known) { return known.name == name; });
-    return row == std::end(fieldRows) ? nullptr : row;
-}
+/// Finds rows by the names of a record's fields. A record that we wrote has them in the order of the rows, so the
+/// search goes on where the last one ended.
+class RowFinder {
+ public:
+    /// Null for a name that nobody knows.
+    const fieldRow* find(std::string_view name) {
+        const auto hasName = [name](const fieldRow& known) { return known.name == name; };
+        const fieldRow* row = std::find_if(expected, std::end(fieldRows), hasName);
+        if (row == std::end(fieldRows)) {
+            row = std::find_if(std::begin(fieldRows), expected, hasName);
+            if (row == expected) return nullptr;
+        }
+        expected = row + 1;
+        return row;
+    }
+
+ private:
+    const fieldRow* expected = std::begin(fieldRows);
+};
 
 bool carriesKeys(const tagDataRec& tag) {
     return tag.tagKind == tagKindData || tag.tagKind == tagKindDataWithMedia;
@@ -105,8 +119,8 @@ errorWord readFurtherKeys(std::string_view payload, blockHandle auxKeys) {
     return 0;
 }
 
-errorWord readField(const StoredTagField& field, tagDataRec& tag, errorWord& memoryError) {
-    const fieldRow* row = rowOfName(field.name);
+errorWord readField(const StoredTagField& field, RowFinder& rows, tagDataRec& tag, errorWord& memoryError) {
+    const fieldRow* row = rows.find(field.name);
     if (row == nullptr) return errTagFieldUnknown;
     if (row->kind == FieldKind::passedOver) return 0;
     if (row->kind != FieldKind::furtherKeys) return readText(field.payload, *row, tag);
@@ -117,9 +131,10 @@ errorWord readField(const StoredTagField& field, tagDataRec& tag, errorWord& mem
 /// Memory that is missing for the further keys is told last: all other fields are read before.
 errorWord readRecord(StoredTagReader& reader, tagDataRec& tag) {
     if (!reader.headerIsGood()) return errTagRefused;
+    RowFinder rows;
     errorWord memoryError = 0;
     while (const std::optional<StoredTagField> field = reader.next())
-        if (const errorWord error = readField(*field, tag, memoryError); error != 0) return error;
+        if (const errorWord error = readField(*field, rows, tag, memoryError); error != 0) return error;
     return reader.atEnd() ? memoryError : errTagRefused;
 }
 
