@@ -5,8 +5,8 @@
 
 #include "cli/console_alerts.h"
 #include "cli/verb.h"
-#include "engine/session/preferences.h"
 #include "engine/session/session.h"
+#include "output/build_tables.h"
 
 namespace tarnova {
 namespace {
@@ -15,7 +15,7 @@ int runProgram(int argumentCount, char** arguments) {
     CLI::App app{"Tarnova pours data into page layouts: merge records, draw pages, look at data and definitions."};
     app.name("tarnova");
     app.set_version_flag("--version", "tarnova " TARNOVA_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.footer("Each verb has its own help: tarnova merge --help");
     verbContext context;
     addMergeVerb(app, context);
@@ -29,12 +29,14 @@ int runProgram(int argumentCount, char** arguments) {
     sessionInit();
     try {
         app.parse(argumentCount, arguments);
+        if (app.get_subcommands().empty()) failVerb(context, "say what to do\n\n" + app.help(), exitUsage);
     } catch (const CLI::ParseError& error) {
         const bool isAnswer = app.exit(error) == 0;  // help and version
         context.exitStatus = isAnswer ? exitDone : exitUsage;
     } catch (const std::exception& error) {
         failVerb(context, error.what());
     }
+    freeBuildTables();
     installAlertService(nullptr);
     return context.exitStatus;
 }

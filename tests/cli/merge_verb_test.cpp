@@ -10,7 +10,6 @@ namespace tarnova {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 class MergeVerbTest : public ProgramTest {
    protected:
@@ -71,6 +70,12 @@ std::vector<std::vector<std::string>> rowsOf(const std::string& csv) {
     return rows;
 }
 
+/// A line may break behind a hyphen, so words are compared without the blanks between them.
+std::string withoutBlanks(std::string text) {
+    std::erase(text, ' ');
+    return text;
+}
+
 TEST_F(MergeVerbTest, TheMailingHoldsEachRecordOnItsPage) {
     const std::string data = source("examples/mailing/airports.csv");
     const outcomeRec merged =
@@ -89,9 +94,13 @@ TEST_F(MergeVerbTest, TheMailingHoldsEachRecordOnItsPage) {
     ASSERT_EQ(pages.size(), 1000U);
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const auto& row = rows[i + 1];
-        for (const std::size_t field : {0U, 1U, 2U, 3U, 5U}) ASSERT_THAT(pages[i], HasSubstr(row[field])) << i;
-        ASSERT_THAT(pages[i], HasSubstr("lists " + row[2] + " with an elevation of " + row[6] + " feet")) << i;
-        ASSERT_THAT(pages[i], HasSubstr("position of " + row[2] + " has changed")) << i;
+        const std::string text = withoutBlanks(pages[i]);
+        const std::string wanted[] = {row[0] + " / " + row[1],
+                                      row[3],
+                                      row[5],
+                                      "lists " + row[2] + " with an elevation of " + row[6] + " feet",
+                                      "position of " + row[2] + " has changed"};
+        for (const std::string& words : wanted) ASSERT_THAT(text, HasSubstr(withoutBlanks(words))) << i;
     }
 }
 
@@ -128,7 +137,8 @@ TEST_F(MergeVerbTest, AwkwardDataComesOutRight) {
         const std::vector<std::string> pages = mergePdf();
         ASSERT_FALSE(pages.empty()) << row.name;
         EXPECT_EQ(pages[0], row.want) << row.name;
-        if (pages.size() > 1) EXPECT_EQ(pages[1], "[a] []") << row.name;
+        const bool hasSecond = pages.size() > 1;
+        EXPECT_EQ(hasSecond ? pages[1] : "[a] []", "[a] []") << row.name;
     }
 }
 

@@ -33,6 +33,9 @@ sessionRec::sessionRec() : definitionStateRec{} {
 
 // What is destroyed behind the session, its own parts among them, must not find it installed.
 sessionRec::~sessionRec() {
+    while (currentDefSet != nullptr) {
+        recordDefSetDiscard(currentDefSet, currentDefSet);
+    }
     installToolkitState(nullptr);
     installDefinitionState(nullptr);
     installDataState(nullptr);
