@@ -129,6 +129,10 @@ UID DocumentBuilder::addPage(UID spreadUid, const PMRect& bounds, UID master, UI
     return spread->pages.back();
 }
 
+UID DocumentBuilder::spreadOf(UID page) const {
+    return document->spreadOfPage(page);
+}
+
 UID DocumentBuilder::layerNode(UID spread, std::size_t layer) const {
     return document->spread(spread)->layerNodes[layer];
 }
@@ -192,7 +196,7 @@ UID DocumentBuilder::addRectangle(UID page, const PMRect& bounds, Paint fill) {
     item.shape = std::move(shape);
     item.toParent.tx = bounds.left;
     item.toParent.ty = bounds.top;
-    return addItem(layerNode(document->spreadOfPage(page), 1), std::move(item));
+    return addItem(layerNode(spreadOf(page), 1), std::move(item));
 }
 
 UID DocumentBuilder::addTextFrame(UID page, const PMRect& bounds, std::u32string_view text) {

@@ -49,6 +49,7 @@ class DocumentBuilder {
     UID addMaster(std::string name, UID uid = kInvalidUID, const std::vector<UID>& nodes = {});
     /// `bounds` in the coordinates of the spread. `master` is kInvalidUID for none.
     UID addPage(UID spread, const PMRect& bounds, UID master = kInvalidUID, UID uid = kInvalidUID);
+    [[nodiscard]] UID spreadOf(UID page) const;
     /// The node of a layer, counted as in the document, on a spread or master.
     [[nodiscard]] UID layerNode(UID spread, std::size_t layer) const;
 
