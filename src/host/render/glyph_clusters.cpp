@@ -13,56 +13,72 @@ bool leavesNoGlyph(char32_t c) {
     return c <= U' ' || c == 0xA0 || c == 0xAD || (c >= 0x2000 && c <= 0x200B) || c == 0x2028;
 }
 
-}  // namespace
-
+/// A character as it is searched for: in capitals when the run sets it so, spaces of any width as a space.
 char32_t searchedCharacter(char32_t character, const CharFormat& format) {
-    if (character == U'\t' || character == 0xA0 || (character >= 0x2000 && character <= 0x200A) ||
-        character == 0x202F) {
-        return U' ';
-    }
+    const bool isSpace =
+        character == U'\t' || character == 0xA0 || (character >= 0x2000 && character <= 0x200A) || character == 0x202F;
+    if (isSpace) return U' ';
     if (format.caps == CharFormat::Caps::normal) return character;
     return static_cast<char32_t>(u_toupper(static_cast<UChar32>(character)));
 }
 
-char32_t singleCharacter(const ComposedStory& composed, const GlyphRun& run, std::uint32_t index,
-                         const StoryText& story) {
-    const PlacedGlyph* glyph = &composed.glyphs[run.firstGlyph + index];
+}  // namespace
+
+void ClusterReader::begin(const ComposedStory& composedStory, const ComposedLine& itsLine,
+                          const StoryText& characters) {
+    composed = &composedStory;
+    line = &itsLine;
+    story = &characters;
+    startsAreRead = false;
+}
+
+char32_t ClusterReader::single(const GlyphRun& run, std::uint32_t index) const {
+    const PlacedGlyph* glyph = &composed->glyphs[run.firstGlyph + index];
     const std::uint32_t position = glyph->position;
     const bool hasNext = index + 1 < run.glyphCount;
     const bool forward = hasNext && glyph[1].position == position + 1 && (index == 0 || glyph[-1].position != position);
     const bool backward =
         index > 0 && glyph[-1].position == position + 1 && (!hasNext || glyph[1].position != position);
-    if ((!forward && !backward) || position >= story.text.size()) return 0;
-    const char32_t character = story.text[position];
-    return character > U' ' && character < 0x80 && run.format->caps == CharFormat::Caps::normal
-               ? character
-               : searchedCharacter(character, *run.format);
+    if ((!forward && !backward) || position >= story->text.size()) return 0;
+    return searchedCharacter(story->text[position], *run.format);
 }
 
-GlyphCluster clusterAt(const ComposedStory& composed, const ComposedLine& line, const GlyphRun& run,
-                       std::uint32_t index, const StoryText& story) {
-    const std::uint32_t position = composed.glyphs[run.firstGlyph + index].position;
-    GlyphCluster cluster;
-    while (index + cluster.glyphCount < run.glyphCount &&
-           composed.glyphs[run.firstGlyph + index + cluster.glyphCount].position == position) {
-        ++cluster.glyphCount;
-    }
-    // The cluster ends where the next one in reading order begins, which may stand anywhere on the line.
-    std::uint32_t limit = static_cast<std::uint32_t>(std::max(line.limit, 0));
-    for (std::uint32_t r = line.firstRun; r < line.firstRun + line.runCount; ++r) {
-        const GlyphRun& other = composed.runs[r];
-        for (std::uint32_t g = other.firstGlyph; g < other.firstGlyph + other.glyphCount; ++g) {
-            const std::uint32_t begin = composed.glyphs[g].position;
-            if (begin > position) limit = std::min(limit, begin);
-        }
-    }
-    limit = std::min(limit, static_cast<std::uint32_t>(story.text.size()));
-    while (limit > position + 1 && leavesNoGlyph(story.text[limit - 1]))
-        --limit;
-    for (std::uint32_t at = position; at < limit; ++at) {
-        cluster.text.push_back(searchedCharacter(story.text[at], *run.format));
+const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) {
+    const PlacedGlyph* glyphs = &composed->glyphs[run.firstGlyph];
+    const std::uint32_t position = glyphs[index].position;
+    std::uint32_t next = index + 1;
+    while (next < run.glyphCount && glyphs[next].position == position)
+        ++next;
+    cluster.glyphCount = next - index;
+    cluster.text.clear();
+    const std::uint32_t limit = limitOf(position);
+    for (std::uint32_t character = position; character < limit; ++character) {
+        cluster.text.push_back(searchedCharacter(story->text[character], *run.format));
     }
     return cluster;
+}
+
+/// A cluster ends where the next one in reading order begins, which may stand anywhere on the line.
+std::uint32_t ClusterReader::limitOf(std::uint32_t position) {
+    if (!startsAreRead) readStarts();
+    const auto next = std::upper_bound(starts.begin(), starts.end(), position);
+    std::uint32_t limit = next != starts.end() ? *next : static_cast<std::uint32_t>(std::max(line->limit, 0));
+    limit = std::min(limit, static_cast<std::uint32_t>(story->text.size()));
+    while (limit > position + 1 && leavesNoGlyph(story->text[limit - 1]))
+        --limit;
+    return limit;
+}
+
+void ClusterReader::readStarts() {
+    startsAreRead = true;
+    starts.clear();
+    for (std::uint32_t r = line->firstRun; r < line->firstRun + line->runCount; ++r) {
+        const GlyphRun& run = composed->runs[r];
+        for (std::uint32_t g = run.firstGlyph; g < run.firstGlyph + run.glyphCount; ++g) {
+            starts.push_back(composed->glyphs[g].position);
+        }
+    }
+    if (!std::is_sorted(starts.begin(), starts.end())) std::sort(starts.begin(), starts.end());
 }
 
 }  // namespace tarnova

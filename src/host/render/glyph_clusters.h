@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "host/text/composed_story.h"
 
@@ -15,16 +16,29 @@ struct GlyphCluster {
     std::u32string text;  // as it is searched for; may be empty
 };
 
-/// The character that a single glyph stands for, or 0 when the question isn't that simple (ligatures, marks, ends of
-/// lines): then `clusterAt` tells. `index` counts in the run.
-[[nodiscard]] char32_t singleCharacter(const ComposedStory& composed, const GlyphRun& run, std::uint32_t index,
-                                       const StoryText& story);
+/// Reads one line after another; its buffers are used again.
+class ClusterReader {
+ public:
+    /// Begins a line. All three outlive the questions about it.
+    void begin(const ComposedStory& composedStory, const ComposedLine& itsLine, const StoryText& characters);
 
-/// The cluster that begins at a glyph of the run.
-[[nodiscard]] GlyphCluster clusterAt(const ComposedStory& composed, const ComposedLine& line, const GlyphRun& run,
-                                     std::uint32_t index, const StoryText& story);
+    /// The character that a single glyph stands for, or 0 when the question isn't that simple (ligatures, marks, ends
+    /// of lines): then `at` tells. `index` counts in the run.
+    [[nodiscard]] char32_t single(const GlyphRun& run, std::uint32_t index) const;
 
-/// A character as it is searched for: in capitals when the run sets it so, spaces of any width as a space.
-[[nodiscard]] char32_t searchedCharacter(char32_t character, const CharFormat& format);
+    /// The cluster that begins at a glyph of the run; valid until the next call.
+    [[nodiscard]] const GlyphCluster& at(const GlyphRun& run, std::uint32_t index);
+
+ private:
+    [[nodiscard]] std::uint32_t limitOf(std::uint32_t position);
+    void readStarts();
+
+    const ComposedStory* composed = nullptr;
+    const ComposedLine* line = nullptr;
+    const StoryText* story = nullptr;
+    bool startsAreRead = false;
+    std::vector<std::uint32_t> starts;  // of all clusters of the line, ascending
+    GlyphCluster cluster;
+};
 
 }  // namespace tarnova

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "host/render/glyph_clusters.h"
 #include "host/render/pdf_text_show.h"
 #include "host/render/text_rules.h"
 
@@ -271,11 +270,12 @@ void PdfContent::drawText(const DisplayItem& item) {
 }
 
 void PdfContent::drawLine(const DisplayItem& item, const ComposedLine& line) {
+    clusters.begin(*item.text, line, *item.characters);
     for (std::uint32_t r = line.firstRun; r < line.firstRun + line.runCount; ++r)
-        drawRun(item, line, item.text->runs[r]);
+        drawRun(item, item.text->runs[r]);
 }
 
-void PdfContent::drawRun(const DisplayItem& item, const ComposedLine& line, const GlyphRun& run) {
+void PdfContent::drawRun(const DisplayItem& item, const GlyphRun& run) {
     const PaintColor color = resolvePaint(run.format->color, *list->swatches);
     if (run.glyphCount == 0 || color.space == Swatch::Space::none) return;
     if (firstLanguage.empty()) firstLanguage = run.format->language;
@@ -284,7 +284,7 @@ void PdfContent::drawRun(const DisplayItem& item, const ComposedLine& line, cons
     setFill(color);
     setFont(run, font);
     moveTextTo(item.toPage, run);
-    showGlyphs(item, line, run, font);
+    showGlyphs(*item.text, run, font);
     if (run.format->underline || run.format->strikeThrough) addRules(run);
 }
 
@@ -330,16 +330,16 @@ void PdfContent::moveTextTo(const PMMatrix& toPage, const GlyphRun& run) {
     lineY = y;
 }
 
-void PdfContent::showGlyphs(const DisplayItem& item, const ComposedLine& line, const GlyphRun& run, PdfFont& font) {
+void PdfContent::showGlyphs(const ComposedStory& text, const GlyphRun& run, PdfFont& font) {
     GlyphShower shower(out);
-    const PlacedGlyph* glyphs = &item.text->glyphs[run.firstGlyph];
+    const PlacedGlyph* glyphs = &text.glyphs[run.firstGlyph];
     for (std::uint32_t i = 0; i < run.glyphCount;) {
-        const char32_t character = singleCharacter(*item.text, run, i, *item.characters);
+        const char32_t character = clusters.single(run, i);
         if (character != 0 && font.standsFor(glyphs[i].glyph, character)) {
             showGlyph(shower, run, glyphs[i], font);
             ++i;
         } else {
-            i += showCluster(shower, item, line, run, i, font);
+            i += showCluster(shower, run, glyphs + i, clusters.at(run, i), font);
         }
     }
     shower.close();
@@ -364,10 +364,8 @@ void PdfContent::showGlyph(GlyphShower& shower, const GlyphRun& run, const Place
 }
 
 /// Shows a cluster that isn't one glyph for one character; gives the number of its glyphs.
-std::uint32_t PdfContent::showCluster(GlyphShower& shower, const DisplayItem& item, const ComposedLine& line,
-                                      const GlyphRun& run, std::uint32_t index, PdfFont& font) {
-    const GlyphCluster cluster = clusterAt(*item.text, line, run, index, *item.characters);
-    const PlacedGlyph* glyphs = &item.text->glyphs[run.firstGlyph + index];
+std::uint32_t PdfContent::showCluster(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph* glyphs,
+                                      const GlyphCluster& cluster, PdfFont& font) {
     const bool marked = !noteCluster(glyphs, cluster, font);
     if (marked) {
         shower.close();

@@ -12,6 +12,7 @@
 
 #include "host/render/byte_buffer.h"
 #include "host/render/display_list.h"
+#include "host/render/glyph_clusters.h"
 #include "host/render/pdf_fonts.h"
 
 namespace tarnova {
@@ -66,11 +67,11 @@ class PdfContent {
     void drawShape(const DisplayItem& item);
     void drawText(const DisplayItem& item);
     void drawLine(const DisplayItem& item, const ComposedLine& line);
-    void drawRun(const DisplayItem& item, const ComposedLine& line, const GlyphRun& run);
-    void showGlyphs(const DisplayItem& item, const ComposedLine& line, const GlyphRun& run, PdfFont& font);
+    void drawRun(const DisplayItem& item, const GlyphRun& run);
+    void showGlyphs(const ComposedStory& text, const GlyphRun& run, PdfFont& font);
     void showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, PdfFont& font);
-    [[nodiscard]] std::uint32_t showCluster(GlyphShower& shower, const DisplayItem& item, const ComposedLine& line,
-                                            const GlyphRun& run, std::uint32_t index, PdfFont& font);
+    [[nodiscard]] std::uint32_t showCluster(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph* glyphs,
+                                            const GlyphCluster& cluster, PdfFont& font);
     void addRules(const GlyphRun& run);
     void drawRules(const PMMatrix& toPage);
 
@@ -108,6 +109,7 @@ class PdfContent {
     bool inText = false;
     bool lineIsUpright = true;   // the text line matrix is a shift only,
     Units lineX = 0, lineY = 0;  // namely this
+    ClusterReader clusters;
     std::vector<Rule> rules;
     std::string firstLanguage;
 };
