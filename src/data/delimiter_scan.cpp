@@ -8,6 +8,7 @@
 #include <iterator>
 #include <memory>
 
+#include "data/byte_mask.h"
 #include "data/error_place.h"
 #include "data/record_parser.h"
 #include "engine/toolkit/files.h"
@@ -101,10 +102,41 @@ void DelimiterScan::feed(const std::uint8_t* bytes, std::size_t size) {
     }
 }
 
+// The same for record delimiters alone.
+class RecordDelimiterScan {
+ public:
+    explicit RecordDelimiterScan(delimiterCounts& counts) : counts_(counts) {}
+
+    void feed(const std::uint8_t* bytes, std::size_t size) {
+        forEachByteOf(bytes, size, {'\r', '\n', '"'}, [&](std::size_t at) { takeByte(bytes[at], taken_ + at); });
+        taken_ += size;
+    }
+    void end() {}
+
+ private:
+    void takeByte(std::uint8_t byte, std::uint64_t at) {
+        if (byte == '"') {
+            inQuotes_ = !inQuotes_;
+            return;
+        }
+        if (inQuotes_) return;
+        const bool isPair = byte == '\n' && behindCr_ == at;
+        if (isPair) --counts_.record[osTypeCr];
+        if (byte == '\r') behindCr_ = at + 1;
+        ++counts_.record[isPair ? osTypeCrLf : (byte == '\r' ? osTypeCr : osTypeLf)];
+    }
+
+    delimiterCounts& counts_;
+    std::uint64_t taken_ = 0;
+    std::uint64_t behindCr_ = 0;  // place behind the last CR; 0: none yet
+    bool inQuotes_ = false;
+};
+
+template <typename Scan>
 errorWord scanFile(fileHandle file, std::uint8_t* block, delimiterCounts& counts) {
     std::int64_t left = 0;
     if (fileSize(file, &left, nullptr, 0) != 0) left = scanFallbackBytes;
-    DelimiterScan scan(counts);
+    Scan scan(counts);
     while (left > 0) {
         auto count = static_cast<std::size_t>(std::min<std::int64_t>(left, scanBlockSize));
         if (fileRead(file, block, &count, nullptr, 0) != 0) return errDataRead;
@@ -117,6 +149,19 @@ errorWord scanFile(fileHandle file, std::uint8_t* block, delimiterCounts& counts
     if (fileRead(file, block, &further, nullptr, 0) != 0) return errDataRead;
     counts.endOfFile = further == 0;
     return 0;
+}
+
+template <typename Scan>
+errorWord scanPath(const char* path, delimiterCounts& counts, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    counts = {};
+    const blockPtr<std::uint8_t> block(static_cast<std::uint8_t*>(newBlock(scanBlockSize)));
+    if (block == nullptr) return errScanMemory;
+    fileHandle file = noFile;
+    if (fileOpen(path, fileReadOnly, &file, nullptr, 0) != 0) return errorAt(errDataRead, path);
+    const errorWord err = scanFile<Scan>(file, block.get(), counts);
+    fileClose(file);
+    return errorAt(err, path);
 }
 
 // The field candidates in the order in which they are preferred, behind the definition's own.
@@ -136,15 +181,11 @@ std::int16_t candidateOf(const recordDefFixedRec& definition) {
 }  // namespace
 
 errorWord scanDelimiters(const char* path, delimiterCounts& counts, errorWord priorError) {
-    if (priorError != 0) return priorError;
-    counts = {};
-    const blockPtr<std::uint8_t> block(static_cast<std::uint8_t*>(newBlock(scanBlockSize)));
-    if (block == nullptr) return errScanMemory;
-    fileHandle file = noFile;
-    if (fileOpen(path, fileReadOnly, &file, nullptr, 0) != 0) return errorAt(errDataRead, path);
-    const errorWord err = scanFile(file, block.get(), counts);
-    fileClose(file);
-    return errorAt(err, path);
+    return scanPath<DelimiterScan>(path, counts, priorError);
+}
+
+errorWord scanRecordDelimiters(const char* path, delimiterCounts& counts, errorWord priorError) {
+    return scanPath<RecordDelimiterScan>(path, counts, priorError);
 }
 
 std::int16_t mostFrequentRecordDelimiter(const delimiterCounts& counts) {

@@ -72,7 +72,9 @@ errorWord EntryRuns::refill(fileHandle file, parserInput& input) {
 
 bool EntryRuns::sortsBefore(const entryReference& a, const entryReference& b) const {
     if (a.prefix != b.prefix) return a.prefix < b.prefix;
-    const bool whole = a.keyLength <= sizeof a.prefix && a.keyLength == b.keyLength;
+    if (a.secondPrefix != b.secondPrefix) return a.secondPrefix < b.secondPrefix;
+    const bool whole = a.keyLength <= 2 * sizeof a.prefix && b.keyLength <= 2 * sizeof b.prefix;
+    if (whole && a.keyLength != b.keyLength) return a.keyLength < b.keyLength;  // one ends in zero bytes
     if (!whole) {
         const std::uint8_t* const bytes = batchBytes_.get();
         const int order = keyCompare(keyOfEntry(bytes + a.offset), keyOfEntry(bytes + b.offset), caseSensitive_);
@@ -86,7 +88,9 @@ void EntryRuns::sortBatch() {
     for (std::size_t i = 0; i < batch_.referenceCount; ++i) {
         const std::uint32_t offset = batchOffsets_.get()[i];
         const std::string_view key = keyOfEntry(batchBytes_.get() + offset);
-        order[i] = {keyPrefixOf(key, caseSensitive_), offset, static_cast<std::uint32_t>(key.size())};
+        const std::string_view rest = key.substr(std::min(key.size(), sizeof(std::uint64_t)));
+        order[i] = {keyPrefixOf(key, caseSensitive_), keyPrefixOf(rest, caseSensitive_), offset,
+                    static_cast<std::uint32_t>(key.size())};
     }
     std::sort(order, order + batch_.referenceCount,
               [this](const entryReference& a, const entryReference& b) { return sortsBefore(a, b); });

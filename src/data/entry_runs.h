@@ -11,9 +11,10 @@
 
 namespace tarnova {
 
-/// What decides an entry's place: the first bytes of its key as a number, and where to find the rest.
+/// What decides an entry's place: the first 16 bytes of its key as two numbers, and where to find the rest.
 struct entryReference {
     std::uint64_t prefix;
+    std::uint64_t secondPrefix;
     std::uint32_t offset;  // in the batch
     std::uint32_t keyLength;
 };

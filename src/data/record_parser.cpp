@@ -23,7 +23,7 @@ errorWord askFile(const recordDefRec& definition, const char* path, std::string_
     errorWord err = 0;
     if (definition.osType == osTypeFromFile) {
         delimiterCounts counts;
-        err = scanDelimiters(path, counts, err);
+        err = scanRecordDelimiters(path, counts, err);
         recordDelimiter = err == 0 ? recordDelimiterOf(mostFrequentRecordDelimiter(counts)) : std::string_view{};
     }
     if (definition.dataType == dataTypeFromBytes) {

@@ -3,17 +3,12 @@
 #include <bit>
 #include <string_view>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
+#include "data/byte_mask.h"
 #include "data/record_entry.h"
 
 namespace tarnova {
 
 namespace {
-
-constexpr std::size_t blockSize = 64;
 
 // The bytes that matter to a scan. Without a qualifier its place is taken by the field delimiter.
 struct scanBytes {
@@ -32,35 +27,6 @@ scanBytes scanBytesOf(const parserConfig& config) {
     bytes.recordEnd = config.recordDelimiter[config.recordDelimiter[0]];
     bytes.crLf = config.recordDelimiter[0] == 2;
     return bytes;
-}
-
-// One bit for each of 64 bytes that matters, the first in the lowest bit.
-std::uint64_t maskOfBlock(const std::uint8_t* block, const scanBytes& bytes) {
-    std::uint64_t mask = 0;
-#if defined(__SSE2__)
-    const __m128i field = _mm_set1_epi8(static_cast<char>(bytes.field));
-    const __m128i qualifier = _mm_set1_epi8(static_cast<char>(bytes.qualifier));
-    const __m128i recordEnd = _mm_set1_epi8(static_cast<char>(bytes.recordEnd));
-    for (std::size_t i = 0; i < blockSize / 16; ++i) {
-        const __m128i piece = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 16 * i));
-        const __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(piece, field), _mm_cmpeq_epi8(piece, qualifier)),
-                                         _mm_cmpeq_epi8(piece, recordEnd));
-        mask |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(hit))) << (16 * i);
-    }
-#else
-    for (std::size_t i = 0; i < blockSize; ++i) {
-        const bool hit = block[i] == bytes.field || block[i] == bytes.qualifier || block[i] == bytes.recordEnd;
-        mask |= static_cast<std::uint64_t>(hit) << i;
-    }
-#endif
-    return mask;
-}
-
-// The same for fewer than 64 bytes.
-std::uint64_t maskOfTail(const std::uint8_t* tail, std::size_t size, const scanBytes& bytes) {
-    std::uint8_t block[blockSize] = {};
-    std::memcpy(block, tail, size);
-    return maskOfBlock(block, bytes) & ((std::uint64_t{1} << size) - 1);
 }
 
 class RecordScan {
@@ -91,6 +57,7 @@ class RecordScan {
     parserInput& input_;
     entryBatch& batch_;
     const scanBytes bytes_;
+    const byteTriple wanted_{bytes_.field, bytes_.qualifier, bytes_.recordEnd};
     const std::uint8_t* start_;
     std::size_t size_;
     std::size_t recordStart_;     // where the record begins, from start_; wraps below 0 for one that began earlier
@@ -172,9 +139,9 @@ errorWord RecordScan::run() {
     const std::size_t limit = heldBack ? size_ - 1 : size_;
 
     std::size_t base = 0;
-    for (; limit - base >= blockSize; base += blockSize)
-        if (!takeBlock(base, maskOfBlock(start_ + base, bytes_))) return error_;
-    if (base < limit && !takeBlock(base, maskOfTail(start_ + base, limit - base, bytes_))) return error_;
+    for (; limit - base >= maskBlockSize; base += maskBlockSize)
+        if (!takeBlock(base, maskOfBlock(start_ + base, wanted_))) return error_;
+    if (base < limit && !takeBlock(base, maskOfTail(start_ + base, limit - base, wanted_))) return error_;
 
     if (input_.endOfFile) {
         state_.lastRecord = 1;
