@@ -22,7 +22,12 @@ std::uint16_t storeOf(std::uint32_t signature) {
 
 ZavoFrameCallback::ZavoFrameCallback(bool withProgress, PMString statusText)
     : showProgress(withProgress ? 1 : 0), message(std::move(statusText)) {
+    statusDialog(message, 0, showProgress != 0, false, toolkitState().engineError);
     initError = 0;
+}
+
+ZavoFrameCallback::~ZavoFrameCallback() {
+    statusDialog(message, -1, showProgress != 0, false, toolkitState().engineError);
 }
 
 std::int32_t ZavoFrameCallback::Process(UIDRef& frame, std::uint16_t* cancelWord) {
@@ -57,7 +62,7 @@ void ZavoFrameCallback::moveProgress() {
         total <= 0 ? 100 : static_cast<std::int32_t>(static_cast<std::int64_t>(processed) * 100 / total);
     if (percent - lastPercent < progressStepPercent) return;
     lastPercent = percent;
-    toolkitState().engineError = statusDialog(message, percent, true, false, toolkitState().engineError);
+    statusDialog(message, percent, true, false, toolkitState().engineError);
 }
 
 }  // namespace tarnova

@@ -40,9 +40,11 @@ class IFrameCallback {
 /// looked at, no tag is taken, and nothing ends the walk.
 class ZavoFrameCallback : public IFrameCallback {
  public:
-    /// With `withProgress` a status dialog with the text `statusText` moves at each further tenth of `SetTotal`.
+    /// With `withProgress` a status dialog with the text `statusText` is there as long as the object, and moves at each
+    /// further tenth of `SetTotal`.
     ZavoFrameCallback(bool withProgress, PMString statusText);
     ZavoFrameCallback() : ZavoFrameCallback(false, PMString{}) {}
+    ~ZavoFrameCallback() override;
     ZavoFrameCallback(const ZavoFrameCallback&) = delete;
     ZavoFrameCallback& operator=(const ZavoFrameCallback&) = delete;
 

@@ -19,7 +19,12 @@ constexpr std::int32_t progressSteps = 10;
 
 ZavoStoryCallback::ZavoStoryCallback(bool withProgress, PMString statusText)
     : showProgress(withProgress ? 1 : 0), message(std::move(statusText)) {
+    statusDialog(message, 0, showProgress != 0, false, toolkitState().engineError);
     initError = 0;
+}
+
+ZavoStoryCallback::~ZavoStoryCallback() {
+    statusDialog(message, -1, showProgress != 0, false, toolkitState().engineError);
 }
 
 std::int32_t ZavoStoryCallback::Process(UIDRef story, std::int32_t& start, std::int32_t& length, UIDRef,
@@ -108,8 +113,7 @@ void ZavoStoryCallback::moveProgress() {
     const auto tenth = static_cast<std::int32_t>(walked * progressSteps / total);
     if (tenth <= lastTenth) return;
     lastTenth = tenth;
-    toolkitState().engineError =
-        statusDialog(message, tenth * 100 / progressSteps, true, false, toolkitState().engineError);
+    statusDialog(message, tenth * 100 / progressSteps, true, false, toolkitState().engineError);
 }
 
 }  // namespace tarnova

@@ -38,9 +38,11 @@ class IStoryCallback {
 /// them; here every story is walked and no tag is taken.
 class ZavoStoryCallback : public IStoryCallback {
  public:
-    /// With `withProgress` a status dialog with the text `statusText` moves at each further tenth of `SetTotal`.
+    /// With `withProgress` a status dialog with the text `statusText` is there as long as the object, and moves at each
+    /// further tenth of `SetTotal`.
     ZavoStoryCallback(bool withProgress, PMString statusText);
     ZavoStoryCallback() : ZavoStoryCallback(false, PMString{}) {}
+    ~ZavoStoryCallback() override;
     ZavoStoryCallback(const ZavoStoryCallback&) = delete;
     ZavoStoryCallback& operator=(const ZavoStoryCallback&) = delete;
 

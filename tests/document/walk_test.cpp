@@ -5,6 +5,7 @@
 
 #include <functional>
 
+#include "engine/toolkit/alerts.h"
 #include "tests/document/fake_document.h"
 
 namespace tarnova {
@@ -275,6 +276,48 @@ TEST_F(Walk, CountsWithoutVisitorsAndWordsOfItsOwn) {
     EXPECT_EQ(walkDocument(document, &frames, nullptr, 0, 0, WalkScope::everything, false, false, nullptr, nullptr,
                            nullptr, false),
               0);
+}
+
+class StatusRecorder final : public AlertService {
+ public:
+    StatusRecorder() { installAlertService(this); }
+    ~StatusRecorder() override { installAlertService(nullptr); }
+    StatusRecorder(const StatusRecorder&) = delete;
+    StatusRecorder& operator=(const StatusRecorder&) = delete;
+    int ask(const alertRec&) override { return 1; }
+    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
+    void openStatus(const std::string& text) override { moves += text; }
+    void moveStatus(int percent) override { moves += " " + std::to_string(percent); }
+    void closeStatus() override { moves += " closed"; }
+    void showStatusDetail() override {}
+    std::string moves;
+};
+
+TEST(WalkProgress, MovesAtTenths) {
+    StatusRecorder status;
+    FakeDocument document;
+    const UID spread = document.addSpread();
+    UIDRef frame{&document, document.addFrame(document.node(spread))};
+    std::uint16_t cancel = 0;
+    {
+        ZavoFrameCallback frames(true, PMString("Frames"));
+        frames.SetTotal(16);
+        for (int i = 0; i < 8; ++i)
+            frames.Process(frame, &cancel);
+    }
+    EXPECT_EQ(status.moves, "Frames 12 25 37 50 closed");
+    status.moves.clear();
+    {
+        ZavoStoryCallback stories(true, PMString("Texts"));
+        stories.SetTotal(100);
+        for (int i = 0; i < 3; ++i) {
+            const UID story = document.addStory(std::u32string(12, U'x'));
+            document.setLook(story, 4, 4, 1);
+            std::int32_t start = 0, length = 12;
+            stories.Process({&document, story}, start, length, kInvalidUIDRef, &cancel);
+        }
+    }
+    EXPECT_EQ(status.moves, "Texts 10 20 30 closed");
 }
 
 TEST(FrameCallback, ReadsTheEntryOfItsSignatureInTheModesStore) {
