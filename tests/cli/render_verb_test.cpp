@@ -1,0 +1,73 @@
+// `tarnova render` as a person calls it.
+
+#include "tests/cli/program_fixture.h"
+
+namespace tarnova {
+namespace {
+
+class RenderVerb : public ProgramTest {
+ protected:
+    RenderVerb() {
+        write("three.tvd", R"({"tarnovaLayout": 1, "title": "Three", "pageSize": [200, 100], "pages": [
+            {"items": [{"bounds": [10, 10, 180, 50], "text": "First page"}]},
+            {"items": [{"name": "tight", "bounds": [10, 10, 60, 20], "text": "Second page with too many words"}]},
+            {"items": [{"bounds": [10, 10, 180, 50], "text": "Third page"}]}]})");
+    }
+    [[nodiscard]] std::string textOf(const std::string& pdf) { return shell("pdftotext " + pdf + " -").output; }
+};
+
+TEST_F(RenderVerb, MakesAPdfOfThePagesThatAreWanted) {
+    const outcomeRec all = run("render three.tvd -o all.pdf");
+    EXPECT_EQ(all.status, 0) << all.messages;
+    EXPECT_EQ(shell("qpdf --show-npages all.pdf").output, "3\n");
+    EXPECT_NE(shell("pdfinfo all.pdf").output.find("Title:           Three"), std::string::npos);
+
+    EXPECT_EQ(run("render three.tvd -o some.pdf --pages 3,1").status, 0);
+    const std::string text = textOf("some.pdf");
+    EXPECT_LT(text.find("First"), text.find("Third"));
+    EXPECT_EQ(text.find("Second"), std::string::npos);
+}
+
+TEST_F(RenderVerb, MakesPicturesNamedByTheirPage) {
+    EXPECT_EQ(run("render three.tvd -o page.png --dpi 72 --pages 2-").status, 0);
+    EXPECT_FALSE(exists("page-001.png"));
+    EXPECT_TRUE(exists("page-002.png") && exists("page-003.png"));
+    EXPECT_EQ(shell("identify -format '%w %h' page-003.png").output, "200 100");
+    EXPECT_EQ(run("render three.tvd -o one.png --dpi 72 --pages 3").status, 0);
+    EXPECT_EQ(read("one.png"), read("page-003.png"));
+}
+
+TEST_F(RenderVerb, TellsWhichTextDoesNotFitAndGoesOn) {
+    const outcomeRec outcome = run("render three.tvd -o all.pdf");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.messages.find("three.tvd: page 2: the text of story "), std::string::npos) << outcome.messages;
+    EXPECT_NE(outcome.messages.find(" \"tight\""), std::string::npos) << outcome.messages;
+    EXPECT_EQ(outcome.messages.find("page 1"), std::string::npos);
+}
+
+TEST_F(RenderVerb, WrongUseSaysWhatIsPossible) {
+    struct testRow {
+        const char* arguments;
+        int status;
+        const char* message;
+    };
+    const testRow rows[] = {
+        {"three.tvd -o out.svg", 2, "out.svg: the output's name must end in .pdf or .png"},
+        {"three.tvd -o out", 2, "out: the output's name must end in .pdf or .png"},
+        {"three.tvd -o out.pdf --pages 4", 2, "there is no page 4; the document has pages 1 to 3"},
+        {"three.tvd -o out.png --dpi 0", 2, "--dpi"},
+        {"three.tvd", 2, "--output"},
+        {"none.tvd -o out.pdf", 1, "none.tvd"},
+        {"three.tvd -o none/out.pdf", 1, "\"none/out.pdf\" can't be written: No such file or directory"},
+    };
+    for (const auto& [arguments, status, message] : rows) {
+        const outcomeRec outcome = run(std::string("render ") + arguments);
+        EXPECT_EQ(outcome.status, status) << arguments;
+        EXPECT_NE(outcome.messages.find(message), std::string::npos) << outcome.messages;
+    }
+    EXPECT_FALSE(exists("out.pdf") || exists("out.svg") || exists("out.png"));
+    EXPECT_NE(run("render --help").output.find("Example: tarnova render"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tarnova
