@@ -87,9 +87,9 @@ class InlineParser {
     }
 
     void addLink(TagFields tag, std::string shown) {
+        if (shown.empty()) problem = "The link \"" + tag.link + "\" has no text that it stands on.";
         if (tag.kind != 1 && tag.key.empty()) problem = "A link has no key in front of its name.";
         if (tag.kind != 1 && tag.link.empty()) problem = "A link has no name.";
-        if (shown.empty()) problem = "The link \"" + tag.link + "\" has no text that it stands on.";
         std::replace(shown.begin(), shown.end(), '\n', '\r');
         pieces.push_back({InlinePiece::Kind::link, std::move(shown), std::move(tag)});
     }

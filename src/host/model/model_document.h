@@ -219,6 +219,7 @@ class ModelDocument final : public DocumentModel {
 
     /// The story with a content that no other holds, stamped anew; null when there is no such story.
     Story* changeableText(UID uid);
+    void noteTagId(std::uint32_t tagId);
     [[nodiscard]] UID frameOfColumn(const Story& story, std::int32_t column) const;
     void drawnOfSpread(const Spread& spread, const PMRect* pageBounds, std::vector<const PageItem*>& out) const;
 

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 #include "host/model/model_document.h"
@@ -84,15 +86,24 @@ attributeRunRec ModelDocument::attributeRunAt(UID uid, std::int32_t position) co
 errorWord ModelDocument::attributeApply(UID uid, std::int32_t start, std::int32_t count,
                                         std::shared_ptr<const TextAttribute> attribute) {
     const Story* found = story(uid);
+    const auto* number = dynamic_cast<const NumberAttribute*>(attribute.get());
+    if (number != nullptr && !std::isfinite(number->value())) return errFailed;
     if (found == nullptr || attribute == nullptr || start < 0 || count < 0 || start > found->length() ||
         count > found->length() - start) {
         return errFailed;
     }
     if (count == 0) return 0;
     Command command(*this, "Apply Attribute");
+    if (const auto* tag = dynamic_cast<const TagAttribute*>(attribute.get())) noteTagId(tag->tagId());
     changeRuns(*changeableText(uid)->content, start, count,
                [&](const RunAttributes& list) { return formats->attributes.with(list, attribute); });
     return 0;
+}
+
+/// Identities that others made aren't handed out again.
+void ModelDocument::noteTagId(std::uint32_t tagId) {
+    constexpr std::uint32_t last = std::numeric_limits<std::uint32_t>::max();
+    tagIdCounter = std::max(tagIdCounter, tagId == last ? last : tagId + 1);
 }
 
 errorWord ModelDocument::attributeRemove(UID uid, std::int32_t start, std::int32_t count,
