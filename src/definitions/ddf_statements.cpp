@@ -30,7 +30,8 @@ std::optional<Number> nextNumber(ddfReaderRec& reader) {
 /// An object without a name can't be found by anyone, so it isn't made, and its statements fall away.
 std::optional<std::string_view> nextName(ddfReaderRec& reader) {
     auto name = ddfNextText(reader);
-    if (name && name->find_first_not_of('\0') != std::string_view::npos) return name;
+    // What the name's field will hold of it counts: a long run of quotes is nothing but marks there.
+    if (name && name->substr(0, sizeof(Str31) - 1).find_first_not_of('\0') != std::string_view::npos) return name;
     ddfRemark(reader, "without a name it is dropped, and what belongs to it too");
     ddfSetTarget(reader, targetNone, nullptr);
     return std::nullopt;
