@@ -1,6 +1,8 @@
 #include "host/render/glyph_clusters.h"
 
+#include <unicode/locid.h>
 #include <unicode/uchar.h>
+#include <unicode/unistr.h>
 
 #include <algorithm>
 
@@ -20,6 +22,19 @@ char32_t searchedCharacter(char32_t character, const CharFormat& format) {
     if (isSpace) return U' ';
     if (format.caps == CharFormat::Caps::normal) return character;
     return static_cast<char32_t>(u_toupper(static_cast<UChar32>(character)));
+}
+
+/// The same where one character may become several ("SS" from the sharp s).
+void appendSearched(std::u32string& out, char32_t character, const CharFormat& format) {
+    if (format.caps == CharFormat::Caps::normal) {
+        out.push_back(searchedCharacter(character, format));
+        return;
+    }
+    const auto code = static_cast<UChar32>(searchedCharacter(character, CharFormat{}));
+    const icu::UnicodeString capitals = icu::UnicodeString(code).toUpper(icu::Locale::getRoot());
+    for (std::int32_t at = 0; at < capitals.length(); at = capitals.moveIndex32(at, 1)) {
+        out.push_back(static_cast<char32_t>(capitals.char32At(at)));
+    }
 }
 
 }  // namespace
@@ -53,7 +68,7 @@ const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) 
     cluster.text.clear();
     const std::uint32_t limit = limitOf(position);
     for (std::uint32_t character = position; character < limit; ++character) {
-        cluster.text.push_back(searchedCharacter(story->text[character], *run.format));
+        appendSearched(cluster.text, story->text[character], *run.format);
     }
     return cluster;
 }

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -62,18 +63,23 @@ bool OutputFile::open(const std::string& targetPath) {
         fail(S_ISDIR(status.st_mode) ? "it is a folder" : "it is no plain file");
         return false;
     }
-    temporary = target + ".XXXXXX";
-    descriptor = ::mkstemp(temporary.data());
-    if (descriptor < 0) {
-        temporary.clear();
-        fail(reasonOfErrno(errno));
-        return false;
+    return createTemporary();
+}
+
+/// Beside the target, so that it can take its place; with the usual permissions of a new file.
+bool OutputFile::createTemporary() {
+    static std::atomic<unsigned> counter{0};
+    constexpr int attempts = 100;  // names may be taken by what a crashed program left
+    for (int i = 0; i < attempts && descriptor < 0; ++i) {
+        temporary = fmt::format("{}.{}-{}.tmp", target, ::getpid(), counter++);
+        descriptor = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor < 0 && errno != EEXIST) break;
     }
-    // mkstemp keeps others out; a finished file is like any other that the user makes.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    (void)::fchmod(descriptor, 0666 & ~mask);
-    return true;
+    if (descriptor >= 0) return true;
+    const int reason = errno;
+    temporary.clear();
+    fail(reasonOfErrno(reason));
+    return false;
 }
 
 void OutputFile::write(std::string_view bytes) {

@@ -38,6 +38,7 @@ class OutputFile {
     [[nodiscard]] std::array<std::uint64_t, 2> contentHash() const;
 
  private:
+    [[nodiscard]] bool createTemporary();
     [[nodiscard]] bool flush();
 
     std::string target;

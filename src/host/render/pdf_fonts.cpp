@@ -217,15 +217,15 @@ bool PdfFont::write(PdfObjects& objects, std::uint32_t number, std::string& erro
     for (std::size_t glyph = 0; glyph < rows.size(); ++glyph) {
         if (rows[glyph].advance >= 0) used.push_back(static_cast<std::uint16_t>(glyph));
     }
-    const FacePtr face = subset(source.face(), used);
+    // Asked of the whole font: a subset of blanks has no outlines either, and is fine.
+    const bool hasOutlines = source.isCff() || hb_blob_get_length(table(source.face(), glyfTable).get()) > 0;
+    const FacePtr face = hasOutlines ? subset(source.face(), used) : nullptr;
     const BlobPtr program = !face            ? nullptr
                             : source.isCff() ? table(face.get(), cffTable)
                                              : BlobPtr(hb_face_reference_blob(face.get()));
-    const bool hasOutlines = program && !bytesOf(program.get()).empty() &&
-                             (source.isCff() || hb_blob_get_length(table(face.get(), glyfTable).get()) > 0);
-    if (!hasOutlines) {
-        error = fmt::format("the font \"{} {}\" ({}) can't be embedded: it has no TrueType or CFF outlines",
-                            source.family(), source.style(), source.path());
+    if (!program || bytesOf(program.get()).empty()) {
+        error = fmt::format("the font \"{} {}\" ({}) can't be embedded: {}", source.family(), source.style(),
+                            source.path(), hasOutlines ? "the file is damaged" : "it has no TrueType or CFF outlines");
         return false;
     }
     const std::uint32_t descendant = objects.reserve();

@@ -228,6 +228,14 @@ TEST_F(PdfText, FontsAreEmbeddedAsSmallSubsets) {
     EXPECT_LT(std::filesystem::file_size(path), 30'000u) << "DejaVu Sans alone has 750,000 bytes";
 }
 
+TEST_F(PdfText, AFontMayShowNothingButSpaces) {
+    for (const char* family : {"Nimbus Sans", "Liberation Sans", "DejaVu Sans"}) {
+        kit.line(U"   ", 10, 50, formatOf(family));
+    }
+    write();
+    EXPECT_EQ(countOf(runCommand("pdffonts '" + path + "'").output, "yes yes yes"), 3u);
+}
+
 TEST_F(PdfText, TextWithoutColourIsNotShown) {
     CharFormat format = formatOf("Nimbus Sans");
     format.color = {swatchNone, 1};
