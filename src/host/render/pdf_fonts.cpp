@@ -212,51 +212,60 @@ void PdfFont::putMappings(ByteBuffer& out) const {
     }
 }
 
-bool PdfFont::write(PdfObjects& objects, std::uint32_t number, std::string& error) const {
+/// The subset as the file embeds it: the bare CFF table, or a small TrueType file. Empty when the font has no outlines.
+std::string PdfFont::program() const {
+    // Asked of the whole font: a subset of blanks has no outlines either, and is fine.
+    if (!source.isCff() && hb_blob_get_length(table(source.face(), glyfTable).get()) == 0) return {};
     std::vector<std::uint16_t> used;
     for (std::size_t glyph = 0; glyph < rows.size(); ++glyph) {
         if (rows[glyph].advance >= 0) used.push_back(static_cast<std::uint16_t>(glyph));
     }
-    // Asked of the whole font: a subset of blanks has no outlines either, and is fine.
-    const bool hasOutlines = source.isCff() || hb_blob_get_length(table(source.face(), glyfTable).get()) > 0;
-    const FacePtr face = hasOutlines ? subset(source.face(), used) : nullptr;
-    const BlobPtr program = !face            ? nullptr
-                            : source.isCff() ? table(face.get(), cffTable)
-                                             : BlobPtr(hb_face_reference_blob(face.get()));
-    if (!program || bytesOf(program.get()).empty()) {
-        error = fmt::format("the font \"{} {}\" ({}) can't be embedded: {}", source.family(), source.style(),
-                            source.path(), hasOutlines ? "the file is damaged" : "it has no TrueType or CFF outlines");
+    const FacePtr face = subset(source.face(), used);
+    if (!face) return {};
+    const BlobPtr blob = source.isCff() ? table(face.get(), cffTable) : BlobPtr(hb_face_reference_blob(face.get()));
+    return std::string(bytesOf(blob.get()));
+}
+
+bool PdfFont::write(PdfObjects& objects, std::uint32_t number, std::string& error) const {
+    const std::string bytes = program();
+    if (bytes.empty()) {
+        error = fmt::format("the font \"{} {}\" ({}) can't be embedded: it has no sound TrueType or CFF outlines",
+                            source.family(), source.style(), source.path());
         return false;
     }
-    const std::uint32_t descendant = objects.reserve();
-    const std::uint32_t descriptor = objects.reserve();
-    const std::uint32_t programNumber = objects.reserve();
-    const std::uint32_t toUnicode = objects.reserve();
     const std::string name = subsetTag() + "+" + pdfName(source.postScriptName());
-
-    const std::string_view bytes = bytesOf(program.get());
+    const std::uint32_t programNumber = objects.reserve();
     objects.writeStream(programNumber,
                         source.isCff() ? "/Subtype/CIDFontType0C" : fmt::format("/Length1 {}", bytes.size()), bytes);
-    ByteBuffer body;
-    putToUnicode(body);
-    objects.writeStream(toUnicode, "", body.view());
-    objects.write(descriptor,
-                  fmt::format("<</Type/FontDescriptor/FontName/{}{}/{} {} 0 R>>", name, descriptorEntries(source),
-                              source.isCff() ? "FontFile3" : "FontFile2", programNumber));
-    body.clear();
-    body.put(fmt::format(
-        "<</Type/Font/Subtype/{}/BaseFont/{}/CIDSystemInfo<</Registry(Adobe)/Ordering(Identity)/Supplement 0>>"
-        "/FontDescriptor {} 0 R{}/W[",
-        source.isCff() ? "CIDFontType0" : "CIDFontType2", name, descriptor,
-        source.isCff() ? "" : "/CIDToGIDMap/Identity"));
-    putWidths(body);
-    body.put("]>>");
-    objects.write(descendant, body.view());
+    const std::uint32_t toUnicode = objects.reserve();
+    ByteBuffer map;
+    putToUnicode(map);
+    objects.writeStream(toUnicode, "", map.view());
+    const std::uint32_t descendant = writeDescendant(objects, name, programNumber);
     objects.write(number,
                   fmt::format("<</Type/Font/Subtype/Type0/BaseFont/{}/Encoding/Identity-H/DescendantFonts[{} 0 R]"
                               "/ToUnicode {} 0 R>>",
                               name, descendant, toUnicode));
     return true;
+}
+
+/// The CID font and its descriptor; gives the number of the first.
+std::uint32_t PdfFont::writeDescendant(PdfObjects& objects, const std::string& name,
+                                       std::uint32_t programNumber) const {
+    const bool isCff = source.isCff();
+    const std::uint32_t descriptor = objects.reserve();
+    objects.write(descriptor, fmt::format("<</Type/FontDescriptor/FontName/{}{}/{} {} 0 R>>", name,
+                                          descriptorEntries(source), isCff ? "FontFile3" : "FontFile2", programNumber));
+    ByteBuffer body;
+    body.put(fmt::format(
+        "<</Type/Font/Subtype/{}/BaseFont/{}/CIDSystemInfo<</Registry(Adobe)/Ordering(Identity)/Supplement 0>>"
+        "/FontDescriptor {} 0 R{}/W[",
+        isCff ? "CIDFontType0" : "CIDFontType2", name, descriptor, isCff ? "" : "/CIDToGIDMap/Identity"));
+    putWidths(body);
+    body.put("]>>");
+    const std::uint32_t descendant = objects.reserve();
+    objects.write(descendant, body.view());
+    return descendant;
 }
 
 PdfFont& PdfFontTable::use(const Font& font) {

@@ -59,6 +59,9 @@ class PdfFont {
     }
     [[nodiscard]] float widthOf(std::uint16_t glyph) const;
     [[nodiscard]] std::string subsetTag() const;
+    [[nodiscard]] std::string program() const;
+    [[nodiscard]] std::uint32_t writeDescendant(PdfObjects& objects, const std::string& name,
+                                                std::uint32_t programNumber) const;
     void putWidths(ByteBuffer& out) const;
     void putToUnicode(ByteBuffer& out) const;
     void putMappings(ByteBuffer& out) const;
