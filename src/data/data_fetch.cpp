@@ -45,10 +45,11 @@ class FieldWalk {
     std::uint64_t offset_ = 0;
 };
 
-// Reads the entry at `offset` of a group. False for one that is damaged or whose bytes aren't in the data any more.
-bool takeEntry(const keyIndexRec& index, const entryRange& group, std::uint32_t offset, locatedRecord& record) {
+// Reads the entry at `offset` of the entries, which must end in front of `limit`. False for one that is damaged or
+// whose bytes aren't in the data any more.
+bool takeEntry(const keyIndexRec& index, std::uint32_t limit, std::uint32_t offset, locatedRecord& record) {
     indexEntry& entry = record.entry;
-    if (!keyIndexReadEntry(index, offset, group.offset + group.length, entry)) return false;
+    if (!keyIndexReadEntry(index, offset, limit, entry)) return false;
     if (entry.dataOffset > index.dataSize || entry.dataLength > index.dataSize - entry.dataOffset) return false;
     if (entry.fieldCount == 0) return false;
     // An empty data file has no bytes, but its one empty record exists.
@@ -78,9 +79,9 @@ bool passesTests(const keyIndexRec& index, const locatedRecord& record, const se
 }
 
 void locateByNumber(const keyIndexRec& index, const fetchRequest& request, locatedRecord& record) {
-    recordPlace place;
-    if (!keyIndexRecordAt(index, static_cast<std::uint32_t>(request.recordNumber), place, nullptr)) return;
-    takeEntry(index, place.group, place.group.offset + place.offsetInGroup, record);
+    std::uint32_t offset = 0;
+    if (!keyIndexEntryOf(index, static_cast<std::uint32_t>(request.recordNumber), offset)) return;
+    takeEntry(index, index.header.entries.size, offset, record);
 }
 
 // The first record of the group, in file order, that passes the tests.
@@ -93,7 +94,7 @@ void locateByKey(const keyIndexRec& index, fetchRequest& request, locatedRecord&
     const std::uint32_t limit = group.offset + group.length;
     for (std::uint32_t offset = group.offset; offset < limit; offset += record.entry.length) {
         locatedRecord candidate;
-        if (!takeEntry(index, group, offset, candidate)) return;
+        if (!takeEntry(index, limit, offset, candidate)) return;
         record.entry = candidate.entry;
         if (!passesTests(index, candidate, criteria)) continue;
         record = candidate;

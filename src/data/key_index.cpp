@@ -136,6 +136,16 @@ bool keyIndexRecordAt(const keyIndexRec& index, std::uint32_t recordNumber, reco
     return entry.offsetInGroup < place.group.length;
 }
 
+bool keyIndexEntryOf(const keyIndexRec& index, std::uint32_t recordNumber, std::uint32_t& offset) {
+    if (recordNumber >= keyIndexRecordCount(index)) return false;
+    numberTableEntry entry;
+    std::memcpy(&entry, index.numberTable + std::size_t{recordNumber} * sizeof entry, sizeof entry);
+    if (entry.keyIndex >= keyIndexKeyCount(index)) return false;
+    const std::uint32_t start = index.groupStarts[entry.keyIndex];
+    offset = start + entry.offsetInGroup;
+    return entry.offsetInGroup < index.header.entries.size - start;
+}
+
 bool keyIndexReadEntry(const keyIndexRec& index, std::uint32_t offset, std::uint32_t limit, indexEntry& entry) {
     if (limit > index.header.entries.size || offset > limit || limit - offset < storedFieldLengthsAt) return false;
     const std::uint8_t* const at = index.entries + offset;

@@ -100,6 +100,7 @@ struct keyIndexRec {
     std::uint8_t* entries;
     std::uint8_t* numberTable;
     std::uint64_t* keyPrefixes;  // of each key of the key table, see keyPrefixOf; owned, null without keys
+    std::uint32_t* groupStarts;  // where each key's entries begin; owned, null without keys
     std::uint8_t* data;          // the whole data file, owned; null when empty
     std::uint32_t dataSize;
 };
@@ -151,6 +152,10 @@ void keyIndexClose(dataSourceRec& source);
 /// Place of a record. False when there is none of that number. `outKey` (a Str255) may be null.
 [[nodiscard]] bool keyIndexRecordAt(const keyIndexRec& index, std::uint32_t recordNumber, recordPlace& place,
                                     std::uint8_t* outKey);
+
+/// Where the entry of a record begins, bytes from the start of the entries; the fetch's short way to it. False when
+/// there is no record of that number.
+[[nodiscard]] bool keyIndexEntryOf(const keyIndexRec& index, std::uint32_t recordNumber, std::uint32_t& offset);
 
 /// The key at `position` of the key table, as a view into the index; `found` false behind the last.
 [[nodiscard]] std::string_view keyIndexKeyAt(const keyIndexRec& index, std::uint32_t position, bool& found);
