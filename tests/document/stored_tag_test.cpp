@@ -68,7 +68,7 @@ TEST(StoredTag, HostileBytes) {
         while (reader.next())
             ++fields;
         EXPECT_EQ(fields, row.fields) << row.name;
-        if (row.headerIsGood) EXPECT_EQ(reader.atEnd(), row.isWhole) << row.name;
+        EXPECT_EQ(row.headerIsGood && reader.atEnd(), row.isWhole) << row.name;
     }
 }
 

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <variant>
 #include <vector>
 
@@ -199,6 +200,7 @@ class ModelDocument final : public DocumentModel {
 
     [[nodiscard]] UID takeUid() { return uidCounter++; }
     [[nodiscard]] bool uidsLeft(std::size_t count) const { return count < uidLimit - uidCounter; }
+    [[nodiscard]] std::unordered_set<UID> findMastersInUse() const;
     void renumberPages();
     void dropGonePages(std::size_t goneCount);
     void moveSectionsOff(const std::vector<UID>& removed);
@@ -238,6 +240,8 @@ class ModelDocument final : public DocumentModel {
     std::string fileName;
     bool changed = false;
 
+    /// Found when first asked for; a copied or added page changes nothing about it.
+    mutable std::optional<std::unordered_set<UID>> mastersInUse;
     mutable std::vector<std::int32_t> sectionNumbers;  // first number of each section, as far as it is known
 
     std::int32_t sequenceDepth = 0;

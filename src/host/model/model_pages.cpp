@@ -43,22 +43,27 @@ std::string ModelDocument::masterName(UID master) const {
 }
 
 bool ModelDocument::masterInUse(UID master) const {
-    // A master counts when a page has it, or when a master that counts is based on it; `seen` ends circles.
-    std::unordered_set<UID> seen;
+    if (!mastersInUse) mastersInUse = findMastersInUse();
+    return mastersInUse->count(master) != 0;
+}
+
+/// A master counts when a page has it, or when a master that counts is based on it.
+std::unordered_set<UID> ModelDocument::findMastersInUse() const {
+    std::unordered_set<UID> found;
     std::vector<UID> open;
     const auto note = [&](const std::vector<UID>& list) {
         for (UID uid : list) {
             const UID applied = page(uid)->master;
-            if (applied != kInvalidUID && seen.insert(applied).second) open.push_back(applied);
+            if (spread(applied) != nullptr && found.insert(applied).second) open.push_back(applied);
         }
     };
     note(pages);
     while (!open.empty()) {
-        const Spread* found = spread(open.back());
+        const std::vector<UID>& pagesOfMaster = spread(open.back())->pages;
         open.pop_back();
-        if (found != nullptr) note(found->pages);
+        note(pagesOfMaster);
     }
-    return master != kInvalidUID && seen.count(master) != 0;
+    return found;
 }
 
 std::int32_t ModelDocument::layerCount() const {
@@ -266,6 +271,7 @@ void ModelDocument::removePageOfSpread(UID uid) {
 /// end don't make the others be numbered anew.
 void ModelDocument::dropGonePages(std::size_t goneCount) {
     sectionNumbers.clear();
+    mastersInUse.reset();
     while (!lists.spreads.empty() && !table.contains(lists.spreads.back()))
         lists.spreads.pop_back();
     for (; !pages.empty() && !table.contains(pages.back()); --goneCount)
@@ -277,6 +283,7 @@ void ModelDocument::dropGonePages(std::size_t goneCount) {
 
 void ModelDocument::renumberPages() {
     sectionNumbers.clear();
+    mastersInUse.reset();
     pages.clear();
     for (UID uid : lists.spreads) {
         for (UID pageUid : spread(uid)->pages) {

@@ -393,6 +393,9 @@ TEST(ModelDocument, MastersLayersAndDrawing) {
     EXPECT_EQ(drawn[2]->uid, own);
     EXPECT_EQ(document->pageOrigin(page, *drawn[1]), (PMPoint{10, 20}));
     EXPECT_EQ(document->pageOrigin(page, *drawn[2]), (PMPoint{0, 0}));
+    ASSERT_EQ(document->addPages(1), 0);
+    ASSERT_EQ(document->removePages({page}), 0);
+    EXPECT_FALSE(document->masterInUse(base)) << "the page that had it is gone";
 }
 
 TEST(ModelDocument, FormatsComeFromStylesAndOverrides) {
