@@ -19,7 +19,7 @@ check: setup
 
 test: check
 	@ctest --preset check
-	@scripts/fuzz 5
+	@FUZZ_SEED=1 scripts/fuzz 5
 
 demo: release
 	@scripts/demo
