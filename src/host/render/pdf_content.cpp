@@ -347,20 +347,26 @@ void PdfContent::showGlyphs(const ComposedStory& text, const GlyphRun& run, PdfF
 
 void PdfContent::showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, PdfFont& font) {
     const float nominal = font.use(glyph.glyph);
+    if (glyph.offsetX != 0 || glyph.offsetY != 0) {
+        showMark(shower, run, glyph);
+    } else {
+        shower.settle();
+        shower.glyph(glyph.glyph);
+    }
+    shower.move(glyph.advance - nominal);
+}
+
+/// A glyph beside the pen: raised by the text rise, moved there and back.
+void PdfContent::showMark(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph) {
     shower.move(glyph.offsetX);
     shower.settle();
-    const bool raised = glyph.offsetY != 0;
-    if (raised) {
-        shower.close();
-        putUnits(thousandths(static_cast<double>(glyph.offsetY * run.size) / 1000), ' ');
-        out.put("Ts\n");
-    }
+    shower.close();
+    putUnits(thousandths(static_cast<double>(glyph.offsetY * run.size) / 1000), ' ');
+    out.put("Ts\n");
     shower.glyph(glyph.glyph);
-    if (raised) {
-        shower.close();
-        out.put("0 Ts\n");
-    }
-    shower.move(glyph.advance - nominal - glyph.offsetX);
+    shower.close();
+    out.put("0 Ts\n");
+    shower.move(-glyph.offsetX);
 }
 
 /// Shows a cluster that isn't one glyph for one character; gives the number of its glyphs.

@@ -70,6 +70,7 @@ class PdfContent {
     void drawRun(const DisplayItem& item, const GlyphRun& run);
     void showGlyphs(const ComposedStory& text, const GlyphRun& run, PdfFont& font);
     void showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, PdfFont& font);
+    void showMark(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph);
     [[nodiscard]] std::uint32_t showCluster(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph* glyphs,
                                             const GlyphCluster& cluster, PdfFont& font);
     void addRules(const GlyphRun& run);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string_view>
@@ -30,12 +31,13 @@ class GlyphShower {
 
     /// Moves the pen of what follows by thousandths of an em to the right. Whole ones are written, the rest is carried
     /// on, so that a line of many fractions still ends where it should.
-    void move(float thousandths) { pending += thousandths; }
+    void move(float thousandths) { pending = std::clamp(pending + thousandths, -largestMove, largestMove); }
 
     /// To be called in front of each glyph: writes the move that is due.
     void settle() {
-        if (std::fabs(pending) < 0.5f) return;
-        const long whole = std::lround(pending);
+        if (!(std::fabs(pending) >= 0.5f)) return;
+        // By conversion: lround is a call, and this is done for every other glyph.
+        const int whole = static_cast<int>(pending + (pending < 0 ? -0.5f : 0.5f));
         pending -= static_cast<float>(whole);
         if (!arrayOpen) openArray();
         if (stringOpen) out.put(')');
@@ -58,6 +60,8 @@ class GlyphShower {
     }
 
  private:
+    static constexpr float largestMove = 1e6f;  // a thousand ems; beyond it the text is nowhere
+
     void openArray() {
         arrayStart = out.size();
         out.put('[');
