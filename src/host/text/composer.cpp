@@ -15,41 +15,67 @@ std::int32_t mainThreadLength(const StoryText& content) {
     return content.threads.empty() ? length : std::min(length, content.threads.front().length);
 }
 
-/// The formats of the main thread: each run as the paragraph it stands in resolves it.
-void gatherFormats(const DocumentModel& document, const StoryText& content, ComposeInput& input) {
-    std::int32_t left = static_cast<std::int32_t>(input.text.size());
-    std::size_t runIndex = 0;
-    std::int32_t runLeft = content.runs.empty() ? 0 : content.runs.front().length;
-    const ParagraphAttributes* lastParagraph = nullptr;
-    const RunAttributes* lastRun = nullptr;
-    const ParaFormat* paragraphFormat = nullptr;
-    for (const ParagraphRun& paragraph : content.paragraphs) {
-        if (left <= 0) return;
-        if (paragraph.attributes != lastParagraph) {
-            paragraphFormat = document.resolvePara(*paragraph.attributes);
-            lastRun = nullptr;
-            lastParagraph = paragraph.attributes;
-        }
-        std::int32_t paragraphLeft = std::min(paragraph.length, left);
-        left -= paragraphLeft;
-        input.paragraphs.push_back({paragraphLeft, paragraphFormat});
-        while (paragraphLeft > 0 && runIndex < content.runs.size()) {
-            const RunAttributes* run = content.runs[runIndex].attributes;
-            const std::int32_t taken = std::min(paragraphLeft, runLeft);
-            const CharFormat* format =
-                run == lastRun ? input.formats.back().format : document.resolveChar(*paragraph.attributes, *run);
-            lastRun = run;
-            if (!input.formats.empty() && input.formats.back().format == format) {
-                input.formats.back().length += taken;
-            } else if (taken > 0) {
-                input.formats.push_back({taken, format});
-            }
-            paragraphLeft -= taken;
-            runLeft -= taken;
-            if (runLeft <= 0 && ++runIndex < content.runs.size()) runLeft = content.runs[runIndex].length;
+/// Resolves the formats of the main thread, paragraph by paragraph and run by run.
+class SpanGatherer {
+ public:
+    SpanGatherer(const DocumentModel& document, const StoryText& content, ComposeInput& input)
+        : document_(document), content_(content), input_(input) {}
+
+    void run() {
+        auto left = static_cast<std::int32_t>(input_.text.size());
+        for (const ParagraphRun& paragraph : content_.paragraphs) {
+            if (left <= 0) return;
+            enter(*paragraph.attributes);
+            const std::int32_t length = std::min(paragraph.length, left);
+            input_.paragraphs.push_back({length, paragraphFormat_});
+            takeRuns(length);
+            left -= length;
         }
     }
-}
+
+ private:
+    void enter(const ParagraphAttributes& paragraph) {
+        if (&paragraph == paragraph_) return;
+        paragraph_ = &paragraph;
+        paragraphFormat_ = document_.resolvePara(paragraph);
+        run_ = nullptr;
+    }
+
+    void takeRuns(std::int32_t length) {
+        while (length > 0 && runIndex_ < content_.runs.size()) {
+            const AttributeRun& run = content_.runs[runIndex_];
+            const std::int32_t taken = std::min(length, run.length - runOffset_);
+            add(*run.attributes, taken);
+            length -= taken;
+            runOffset_ += taken;
+            if (runOffset_ < run.length) continue;
+            ++runIndex_;
+            runOffset_ = 0;
+        }
+    }
+
+    void add(const RunAttributes& run, std::int32_t length) {
+        if (length <= 0) return;
+        if (&run != run_) format_ = document_.resolveChar(*paragraph_, run);
+        run_ = &run;
+        std::vector<FormatSpan>& spans = input_.formats;
+        if (!spans.empty() && spans.back().format == format_) {
+            spans.back().length += length;
+        } else {
+            spans.push_back({length, format_});
+        }
+    }
+
+    const DocumentModel& document_;
+    const StoryText& content_;
+    ComposeInput& input_;
+    const ParagraphAttributes* paragraph_ = nullptr;  // that the formats below are resolved for
+    const ParaFormat* paragraphFormat_ = nullptr;
+    const RunAttributes* run_ = nullptr;
+    const CharFormat* format_ = nullptr;
+    std::size_t runIndex_ = 0;
+    std::int32_t runOffset_ = 0;
+};
 
 void addColumns(const PageItem& frame, std::int32_t frameIndex, ComposeInput& input) {
     const ItemShape& shape = *frame.shape;
@@ -76,7 +102,7 @@ class ThreadComposer final : public Composer {
         input.clear();
         const StoryText& content = *story.content;
         input.text = std::u32string_view(content.text).substr(0, static_cast<std::size_t>(mainThreadLength(content)));
-        gatherFormats(document, content, input);
+        SpanGatherer(document, content, input).run();
         for (std::size_t i = 0; i < story.frames.size(); ++i) {
             const PageItem* frame = document.item(story.frames[i]);
             if (frame != nullptr && frame->shape != nullptr) addColumns(*frame, static_cast<std::int32_t>(i), input);

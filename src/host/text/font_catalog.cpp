@@ -1,7 +1,6 @@
 #include "host/text/font_catalog.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <tuple>

@@ -2,9 +2,7 @@
 
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "host/model/format.h"
