@@ -61,6 +61,12 @@ errorWord mergePass(UIDRef document, WalkScope scope) {
     return run.engineError;
 }
 
+/// The copies of a page share the lines of what they keep unchanged, so those are made once, before the first copy.
+void composeTemplate(Document& document) {
+    document.composeDocument();
+    document.markTemplate();
+}
+
 /// Moves the run behind the slots that were merged.
 void advanceRun() {
     auto& run = session();
@@ -118,7 +124,7 @@ errorWord mergeToBuiltDocument(UIDRef document, errorWord priorError) {
     Document& built = *document.database;
     const errorWord begun = built.BeginCommandSequence(PMString::ofKey("kZavoKelvaneMergeResultsFileBuildDocKey").view());
     if (begun != 0) return errCommandSequence;
-    built.markTemplate();
+    composeTemplate(built);
     errorWord error = buildAndMerge(document, scopeOfRun(session().slotTarget), appPrefs().showProgress != 0);
     error = pruneUnusedPages(document, error);
     if (error == 0) advanceRun();
@@ -130,7 +136,7 @@ errorWord mergeToOutput(UIDRef documentTemplate, PageOutput& output, errorWord p
     if (priorError != 0) return priorError;
     auto& run = session();
     Document& original = *documentTemplate.database;
-    original.markTemplate();
+    composeTemplate(original);
     const std::int32_t slotsOfChunk = std::max(chunkPages / std::max(original.pageCount(), 1), 1);
     const WalkScope scope = scopeOfRun(run.slotTarget);
     std::int32_t slotsLeft = run.slotTarget;
