@@ -3,7 +3,6 @@
 #include <hb-ot.h>
 #include <hb.h>
 
-#include <cmath>
 #include <map>
 #include <mutex>
 #include <stdexcept>

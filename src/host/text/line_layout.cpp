@@ -3,7 +3,6 @@
 #include <unicode/ubidi.h>
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <string_view>
 

@@ -1,7 +1,6 @@
 #include "host/text/story_flow.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "host/text/line_layout.h"
 
