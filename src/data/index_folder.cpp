@@ -163,6 +163,21 @@ std::string stableIndexPath(const recordDefRec& definition, std::string_view dat
     return fmt::format("{}/{}-{:016x}", indexFolderPath(), fileNameOf(stem), hash);
 }
 
+namespace {
+
+/// Whether the index was surely built from the data file as it is now. Dates count whole seconds, so data that changed in
+/// the second in which its index was built shows no later date; and a file put back from elsewhere may show an earlier
+/// one. Such an index is built anew once.
+bool indexMatchesData(const indexHeader& header, const std::string& indexPath, const std::string& dataPath) {
+    std::uint32_t indexDate = 0;
+    std::uint32_t dataDate = 0;
+    if (fileModDate(indexPath.c_str(), &indexDate, 0) != 0) return false;
+    if (fileModDate(dataPath.c_str(), &dataDate, 0) != 0) return false;
+    return header.dataFileDate == dataDate && indexDate > dataDate;
+}
+
+}  // namespace
+
 bool prepareIndexFile(std::string_view indexPath, std::string_view dataPath) {
     std::error_code failure;
     const std::string data = fs::canonical(fs::path(dataPath), failure).native();
@@ -171,8 +186,8 @@ bool prepareIndexFile(std::string_view indexPath, std::string_view dataPath) {
     const auto header = newRecord<indexHeader>();
     if (header == nullptr) return false;
     std::size_t got = 0;
-    if (readIndexHeader(path.c_str(), *header, got, 0) == 0 && got == indexHeaderSize && data == header->dataFilePath)
-        return true;
+    const bool isWhole = readIndexHeader(path.c_str(), *header, got, 0) == 0 && got == indexHeaderSize;
+    if (isWhole && data == header->dataFilePath && indexMatchesData(*header, path, data)) return true;
     *header = {};
     std::memcpy(header->dataFilePath, data.c_str(), data.size() + 1);
     const std::string_view bytes{reinterpret_cast<const char*>(header.get()), sizeof *header};

@@ -213,8 +213,8 @@ void pruneIndexFolder(const std::string& folder, std::size_t limit);
 /// file and way of reading, and another one for any other. Empty when the file can't be found.
 [[nodiscard]] std::string stableIndexPath(const recordDefRec& definition, std::string_view dataPath);
 
-/// Makes the index at `indexPath` as a placeholder for `dataPath`, unless a file is there that names this data file.
-/// False when it can't be made.
+/// Makes the index at `indexPath` as a placeholder for `dataPath`, unless a file is there that was surely built from this
+/// data file as it is now. False when it can't be made.
 [[nodiscard]] bool prepareIndexFile(std::string_view indexPath, std::string_view dataPath);
 
 }  // namespace tarnova
