@@ -20,7 +20,8 @@ struct recordRec {
 recordRec recordAt(std::uint32_t i) {
     return {fmt::format("{} {}", firstNames[i % 20], lastNames[i / 20 % 12]),
             fmt::format("{} Long Meadow Street", i % 300 + 1), fmt::format("{:05} Springfield", i * 7 % 100000),
-            fmt::format("{}.{:02} EUR", i % 5000, i % 100), fmt::format("TX-{:08}-{}", i * 7919ULL % 100000000, i % 10)};
+            fmt::format("{}.{:02} EUR", i % 5000, i % 100),
+            fmt::format("TX-{:08}-{}", i * 7919ULL % 100000000, i % 10)};
 }
 
 /// 1,500 characters that are the same on each page.
@@ -29,7 +30,8 @@ std::string staticText() {
         "Thank you for the trust that you have placed in us during the past year. We have reviewed the terms of your "
         "agreement and are pleased to confirm that they remain unchanged for the coming twelve months. ";
     std::string text;
-    while (text.size() < 1500) text += sentence;
+    while (text.size() < 1500)
+        text += sentence;
     text.resize(1499);
     return text + ".";
 }
@@ -37,8 +39,10 @@ std::string staticText() {
 /// The wrapped paragraph of 300 characters, with `name` in two places.
 std::string wrappedText(const std::string& name) {
     return "Dear " + name +
-           ", we are writing to you because the yearly statement of your account has been prepared and is ready for your "
-           "review. The amount that is due has been computed from the readings of the meter at your address, and we ask "
+           ", we are writing to you because the yearly statement of your account has been prepared and is ready for "
+           "your "
+           "review. The amount that is due has been computed from the readings of the meter at your address, and we "
+           "ask "
            "you, " +
            name + ", to compare it with your own notes before the month ends.";
 }
@@ -48,8 +52,8 @@ void writeData(const std::string& path, std::uint32_t records) {
     file << "name,street,city,member,amount,code\n";
     for (std::uint32_t i = 0; i < records; ++i) {
         const recordRec record = recordAt(i);
-        file << fmt::format("{},{},{},{},{},{}\n", record.name, record.street, record.city, record.name,
-                            record.amount, record.code);
+        file << fmt::format("{},{},{},{},{},{}\n", record.name, record.street, record.city, record.name, record.amount,
+                            record.code);
     }
 }
 

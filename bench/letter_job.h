@@ -1,5 +1,5 @@
-// The reference job of the benchmarks: a one-page letter with a vector logo, a static text, three rules and six links, one of
-// which stands twice in a wrapped paragraph; and the same job for pdfTeX.
+// The reference job of the benchmarks: a one-page letter with a vector logo, a static text, three rules and six links,
+// one of which stands twice in a wrapped paragraph; and the same job for pdfTeX.
 
 #pragma once
 

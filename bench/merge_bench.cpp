@@ -1,5 +1,5 @@
-// The reference job through the whole program, beside pdfTeX on the same job: pages a second of CPU, peak memory, bytes a
-// page, and where the time goes. Run: merge_bench TARNOVA FOLDER [RECORDS]
+// The reference job through the whole program, beside pdfTeX on the same job: pages a second of CPU, peak memory, bytes
+// a page, and where the time goes. Run: merge_bench TARNOVA FOLDER [RECORDS]
 
 #include <fmt/format.h>
 
@@ -34,7 +34,8 @@ double cpuSecondsOf(const std::function<void()>& work) {
 
 double bestSecondsOf(const std::function<void()>& work) {
     double best = cpuSecondsOf(work);
-    for (int i = 1; i < runs; ++i) best = std::min(best, cpuSecondsOf(work));
+    for (int i = 1; i < runs; ++i)
+        best = std::min(best, cpuSecondsOf(work));
     return best;
 }
 
@@ -46,12 +47,12 @@ class NoComposer final : public Composer {
         bool isOverset() const override { return false; }
     };
 
-   public:
+ public:
     std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story&, std::int32_t) override {
         return layout;
     }
 
-   private:
+ private:
     std::shared_ptr<const StoryLayout> layout = std::make_shared<Layout>();
 };
 
@@ -60,7 +61,7 @@ class NoOutput final : public PageOutput {
 };
 
 class PdfPages final : public PageOutput {
-   public:
+ public:
     explicit PdfPages(const std::string& path) { good = writer.open(path, {}); }
     errorWord takePages(Document& built) override {
         auto& document = dynamic_cast<DocumentModel&>(built);
@@ -108,8 +109,8 @@ void printCost(const char* name, const costRec& cost, std::uint32_t pages, std::
 
 int compareWithTex(const std::string& tarnova, const std::string& folder, std::uint32_t records) {
     fmt::print("{} letters to one PDF, best of {} runs\n", records, runs);
-    const costRec ours = bestOf(
-        runs, {tarnova, "merge", "letter.tvd", "--data", "letters.csv", "-o", "letters.pdf"}, folder);
+    const costRec ours =
+        bestOf(runs, {tarnova, "merge", "letter.tvd", "--data", "letters.csv", "-o", "letters.pdf"}, folder);
     if (!ours.ran) {
         fmt::print(stderr, "merge_bench: tarnova failed in {}\n", folder);
         return 1;
@@ -122,8 +123,7 @@ int compareWithTex(const std::string& tarnova, const std::string& folder, std::u
     const texRow rows[] = {{"pdfTeX, static text set on each page", "letter-set"},
                            {"pdfTeX, static text shared by hand", "letter-shared"}};
     for (const texRow& row : rows) {
-        const costRec tex =
-            bestOf(runs, {"pdftex", "-interaction=batchmode", fmt::format("{}.tex", row.job)}, folder);
+        const costRec tex = bestOf(runs, {"pdftex", "-interaction=batchmode", fmt::format("{}.tex", row.job)}, folder);
         if (!tex.ran) {
             fmt::print("  pdfTeX isn't installed\n");
             return 0;
@@ -154,8 +154,9 @@ int tellStages(const std::string& folder, std::uint32_t records) {
     const double replace = bestSecondsOf([&] { good = good && mergeAll(*layout, nothing); });
     if (!good) return 1;
     const double perPage = 1e6 / records;
-    fmt::print("  where the time goes, us a page: fetch {:.1f}, copy and replace {:.1f}, compose {:.1f}, write {:.1f}\n",
-               fetch * perPage, (replace - fetch) * perPage, (compose - replace) * perPage, (whole - compose) * perPage);
+    fmt::print(
+        "  where the time goes, us a page: fetch {:.1f}, copy and replace {:.1f}, compose {:.1f}, write {:.1f}\n",
+        fetch * perPage, (replace - fetch) * perPage, (compose - replace) * perPage, (whole - compose) * perPage);
     freeBuildTables();
     return 0;
 }
@@ -170,8 +171,8 @@ int main(int argumentCount, char** arguments) {
     }
     const std::string tarnova = std::filesystem::absolute(arguments[1]).string();
     const std::string folder = std::filesystem::absolute(arguments[2]).string();
-    const auto records = argumentCount > 3 ? static_cast<std::uint32_t>(std::stoul(arguments[3]))
-                                           : tarnova::bench::defaultRecords;
+    const auto records =
+        argumentCount > 3 ? static_cast<std::uint32_t>(std::stoul(arguments[3])) : tarnova::bench::defaultRecords;
     std::filesystem::create_directories(folder);
     setenv("XDG_DATA_HOME", (folder + "/home").c_str(), 1);
     tarnova::bench::writeLetterJob(folder, records);

@@ -16,7 +16,8 @@ double secondsOf(const timeval& time) {
 
 [[noreturn]] void becomeProgram(const std::vector<std::string>& arguments, const std::string& folder) {
     std::vector<char*> list;
-    for (const std::string& argument : arguments) list.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : arguments)
+        list.push_back(const_cast<char*>(argument.c_str()));
     list.push_back(nullptr);
     const int nowhere = open("/dev/null", O_RDWR);
     dup2(nowhere, STDIN_FILENO);

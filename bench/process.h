@@ -8,8 +8,8 @@
 namespace tarnova::bench {
 
 struct costRec {
-    bool ran = false;          // the program exists and exited with 0
-    double cpuSeconds = 0;     // user and system
+    bool ran = false;       // the program exists and exited with 0
+    double cpuSeconds = 0;  // user and system
     double wallSeconds = 0;
     double peakMebibytes = 0;  // resident
 };

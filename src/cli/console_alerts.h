@@ -11,7 +11,7 @@
 namespace tarnova {
 
 class ConsoleAlerts final : public AlertService {
-   public:
+ public:
     ConsoleAlerts();
     int ask(const alertRec& alert) override;
     pictureAnswer askPicture(const pictureProblemRec& problem, std::string& chosenPath) override;
@@ -23,7 +23,7 @@ class ConsoleAlerts final : public AlertService {
     /// Number of error alerts that were shown.
     [[nodiscard]] int errorCount() const { return errors; }
 
-   private:
+ private:
     void eraseBar();
     void draw(int percent);
 

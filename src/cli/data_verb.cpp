@@ -51,19 +51,8 @@ std::string nameOf(const byteName (&names)[count], std::uint8_t byte) {
     return std::string(1, static_cast<char>(byte));
 }
 
-std::string errorReason(errorWord error) {
-    if (error == errFilePositioning) return "data files and indexes can't be larger than 4 GB; split the file";
-    const std::string text = errorString(error).bytes();
-    return text.empty() ? fmt::format("failed with code {}", codeOfError(error)) : text;
-}
-
 int failData(const dataVerbRec& options, errorWord error) {
-    const std::string place = pstrString(toolkitState().pendingErrorParam);
-    toolkitState().pendingErrorParam[0] = 0;
-    if (error == errTooManyFields)
-        sayError(fmt::format("{}: record {} of the file: {}", options.path, place, errorReason(error)));
-    else
-        sayError(fmt::format("{}: {}", place.empty() ? options.path : place, errorReason(error)));
+    sayError(fmt::format("{}: {}", options.path, takeErrorText(error)));
     return exitFailed;
 }
 

@@ -38,22 +38,11 @@ class OneSet {
     recordDefSetRec* set = nullptr;
 };
 
-/// Names in a DDF may be of either encoding.
-std::string shown(std::string_view text) {
-    return isUtf8(text) ? std::string(text) : windows1252ToUtf8(text);
-}
-
-std::string errorReason(errorWord error) {
-    const std::string text = fillMarkers(errorString(error).view(), toolkitState().pendingErrorParam).bytes();
-    toolkitState().pendingErrorParam[0] = 0;
-    return text.empty() ? fmt::format("failed with code {}", codeOfError(error)) : text;
-}
-
 /// Reads the file of a verb; tells a refusal with its line.
 errorWord readDdf(const ddfVerbRec& options, OneSet& holder, ddfReadReport& report) {
     const errorWord error = ddfReadFile(options.path.c_str(), holder.list, holder.set, &report, 0);
     if (error == 0) return 0;
-    const std::string reason = report.reason.empty() ? errorReason(error) : report.reason;
+    const std::string reason = report.reason.empty() ? takeErrorText(error) : report.reason;
     sayError(report.line > 0 ? fmt::format("{}:{}: {}", options.path, report.line, reason)
                              : fmt::format("{}: {}", options.path, reason));
     return error;
@@ -72,7 +61,7 @@ void forEachDefinition(const recordDefSetRec& set, Visit visit) {
 void writeDefinitionJson(JsonWriter& json, const recordDefRec& definition) {
     json.StartObject();
     json.Key("name");
-    json.String(shown(pstrView(definition.name)));
+    json.String(shownName(pstrView(definition.name)));
     json.Key("fields");
     json.Uint(fieldCountOf(definition));
     json.Key("links");
@@ -92,7 +81,7 @@ void writeRemarksJson(JsonWriter& json, const ddfReadReport& report) {
         json.Key("line");
         json.Uint(remark.line);
         json.Key("text");
-        json.String(shown(remark.text));
+        json.String(shownName(remark.text));
         json.EndObject();
     }
     json.EndArray();
@@ -105,7 +94,7 @@ void printJson(const ddfVerbRec& options, const recordDefSetRec* set, const ddfR
     JsonWriter json(buffer);
     json.StartObject();
     json.Key("file");
-    json.String(shown(options.path));
+    json.String(shownName(options.path));
     json.Key("good");
     json.Bool(set != nullptr);
     if (set != nullptr) {
@@ -132,14 +121,14 @@ std::string counted(std::uint16_t count, std::string_view one, std::string_view 
 
 void printText(const ddfVerbRec& options, const recordDefSetRec& set, const ddfReadReport& report) {
     forEachDefinition(set, [](const recordDefRec& definition) {
-        fmt::print("{}: {}, {}, {}, {}\n", shown(pstrView(definition.name)),
+        fmt::print("{}: {}, {}, {}, {}\n", shownName(pstrView(definition.name)),
                    counted(fieldCountOf(definition), "field", "fields"),
                    counted(extractionCount(definition), "link", "links"),
                    counted(searchCriteriaCount(definition), "search criteria record", "search criteria records"),
                    counted(styleCount(definition), "price style", "price styles"));
     });
     for (const ddfRemarkRec& remark : report.remarks) {
-        fmt::print("{}:{}: {}\n", options.path, remark.line, shown(remark.text));
+        fmt::print("{}:{}: {}\n", options.path, remark.line, shownName(remark.text));
     }
     if (report.remarksLeftOut > 0) fmt::print("{}: and {} more remarks\n", options.path, report.remarksLeftOut);
 }
@@ -148,7 +137,7 @@ int writeToStandardOutput(const recordDefSetRec& set) {
     const handlePtr text(newHandle(0));
     const errorWord error = ddfWriteSet(set, {noFile, text.get()}, 0);
     if (error != 0) {
-        sayError(errorReason(error));
+        sayError(takeErrorText(error));
         return exitFailed;
     }
     const std::size_t size = handleSize(text.get());
@@ -160,7 +149,7 @@ int writeToStandardOutput(const recordDefSetRec& set) {
 int writeToFile(const std::string& path, recordDefSetRec& set) {
     const errorWord error = ddfWriteFile(path.c_str(), set, 0);
     if (error == 0) return exitDone;
-    sayError(fmt::format("{}: {}", path, errorReason(error)));
+    sayError(fmt::format("{}: {}", path, takeErrorText(error)));
     return exitFailed;
 }
 
@@ -226,7 +215,7 @@ int makeDdfFromData(const ddfVerbRec& options) {
     errorWord error = recordDefSetNew(nullptr, options.outputPath.c_str(), holder.list, holder.set, 0);
     if (error == 0) error = defineFromData(options, *holder.set, cancelled);
     if (error != 0 || cancelled) {
-        sayError(fmt::format("{}: {}", options.path, cancelled ? "this is no text file" : errorReason(error)));
+        sayError(fmt::format("{}: {}", options.path, cancelled ? "this is no text file" : takeErrorText(error)));
         return exitFailed;
     }
     return writeOut(options, *holder.set);

@@ -15,6 +15,7 @@
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/pstring.h"
+#include "engine/toolkit/text_encoding.h"
 #include "host/files/layout_file.h"
 #include "host/text/composer.h"
 
@@ -22,15 +23,6 @@ namespace tarnova {
 namespace {
 
 constexpr std::int16_t deleteLineWhenBlank = 1;  // `deleteline` with `nodata` 2
-
-/// Text of an error for people, its parameter filled in; both are cleared.
-std::string takeErrorText(errorWord error) {
-    auto& pending = session().pendingErrorParam;
-    const std::string text = fillMarkers(errorString(error).view(), pending).bytes();
-    pending[0] = 0;
-    session().engineError = 0;
-    return text.empty() ? fmt::format("failed with code {}", codeOfError(error)) : text;
-}
 
 bool fileExists(const std::string& path) {
     std::error_code ignored;
@@ -65,7 +57,8 @@ recordDefSetRec* readDdf(const std::string& path) {
     const errorWord error = ddfReadFile(path.c_str(), session().currentDefSet, set, &report, 0);
     if (error == 0) return set;
     const std::string reason = report.reason.empty() ? takeErrorText(error) : report.reason;
-    sayError(report.line > 0 ? fmt::format("{}:{}: {}", path, report.line, reason) : fmt::format("{}: {}", path, reason));
+    sayError(report.line > 0 ? fmt::format("{}:{}: {}", path, report.line, reason)
+                             : fmt::format("{}: {}", path, reason));
     return nullptr;
 }
 
@@ -73,10 +66,9 @@ recordDefSetRec* readDdf(const std::string& path) {
 recordDefRec* definitionOfDdf(const dataChoiceRec& choice, const recordDefSetRec& set) {
     if (choice.definitionName.empty()) {
         if (recordDefCount(&set) == 1) return definitionAt(set, 0);
-        sayError(recordDefCount(&set) == 0
-                     ? fmt::format("{}: the file holds no definition", choice.ddfPath)
-                     : fmt::format("{}: say which definition with --definition: {}", choice.ddfPath,
-                                   definitionNames(set)));
+        sayError(recordDefCount(&set) == 0 ? fmt::format("{}: the file holds no definition", choice.ddfPath)
+                                           : fmt::format("{}: say which definition with --definition: {}",
+                                                         choice.ddfPath, definitionNames(set)));
         return nullptr;
     }
     Str31 name;
@@ -110,6 +102,18 @@ recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice, recordDefSetRec
 }
 
 }  // namespace
+
+std::string shownName(std::string_view text) {
+    return isUtf8(text) ? std::string(text) : windows1252ToUtf8(text);
+}
+
+std::string takeErrorText(errorWord error) {
+    auto& pending = session().pendingErrorParam;
+    const std::string text = fillMarkers(errorString(error).view(), pending).bytes();
+    pending[0] = 0;
+    session().engineError = 0;
+    return text.empty() ? fmt::format("failed with code {}", codeOfError(error)) : text;
+}
 
 void sayError(const std::string& text) {
     fmt::print(stderr, "tarnova: {}\n", text);

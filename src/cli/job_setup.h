@@ -4,7 +4,9 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
+#include "engine/toolkit/types.h"
 #include "host/model/document_model.h"
 
 namespace tarnova {
@@ -22,6 +24,12 @@ struct dataChoiceRec {
 /// Makes the definition for a data file the session's current one, with an index path of its own. False after telling
 /// why on standard error.
 [[nodiscard]] bool selectData(const dataChoiceRec& choice);
+
+/// A name of a stored record as UTF-8: old records may hold either encoding.
+[[nodiscard]] std::string shownName(std::string_view text);
+
+/// Text of an error for people, its parameter filled in; the session's error and parameter are cleared.
+[[nodiscard]] std::string takeErrorText(errorWord error);
 
 /// Writes "tarnova: <text>" to standard error.
 void sayError(const std::string& text);

@@ -2,11 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <filesystem>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include "cli/job_setup.h"
 #include "cli/verb.h"
@@ -93,7 +93,7 @@ bool allLinksAreDefined(DocumentModel& layout, const mergeOptionsRec& options) {
 }
 
 class PdfOutput final : public PageOutput {
-   public:
+ public:
     [[nodiscard]] bool open(const std::string& path, const std::string& title) {
         PdfOptions options;
         options.title = title;
@@ -111,7 +111,7 @@ class PdfOutput final : public PageOutput {
 
 /// Pictures of pages; their names count through the whole run.
 class PngOutput final : public PageOutput {
-   public:
+ public:
     PngOutput(std::string path, double resolution, std::int32_t pagesOfRun)
         : outputPath(std::move(path)), dpi(resolution), pageTotal(pagesOfRun) {}
     [[nodiscard]] errorWord takePages(Document& built) override {
@@ -127,7 +127,7 @@ class PngOutput final : public PageOutput {
     std::vector<OversetText> overset;
     std::int32_t pages = 0;
 
-   private:
+ private:
     std::string outputPath;
     double dpi;
     std::int32_t pageTotal;
@@ -213,7 +213,8 @@ void tellFailure(errorWord error, const mergeResultRec& result) {
 
 void runMerge(const mergeOptionsRec& options, verbContext& context) {
     if (outputKindOf(options.outputPath) == OutputKind::unknown) {
-        return failVerb(context, fmt::format("{}: the output's name must end in .pdf, .png or .tvd", options.outputPath),
+        return failVerb(context,
+                        fmt::format("{}: the output's name must end in .pdf, .png or .tvd", options.outputPath),
                         exitUsage);
     }
     if (!parseRecords(options.records)) {
@@ -261,7 +262,8 @@ void addMergeVerb(CLI::App& app, verbContext& context) {
         ->check(CLI::Range(pngMinimumDpi, pngMaximumDpi))
         ->capture_default_str();
     verb->add_flag("--no-header", options->noHeader, "The first line is a record and no header (with --ddf)");
-    verb->add_option("-o,--output", options->outputPath, "What to make: .pdf, .png (a file a page) or .tvd")->required();
+    verb->add_option("-o,--output", options->outputPath, "What to make: .pdf, .png (a file a page) or .tvd")
+        ->required();
     addJsonFlag(*verb, options->json);
     verb->footer("Example: tarnova merge letter.tvd --data customers.csv -o letters.pdf");
     verb->callback([options, &context] {

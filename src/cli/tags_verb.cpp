@@ -27,12 +27,6 @@ struct tagsOptionsRec {
     bool json = false;
 };
 
-/// Names in a stored record may be of either encoding.
-std::string shown(const std::uint8_t* text) {
-    const std::string_view bytes = pstrView(text);
-    return isUtf8(bytes) ? std::string(bytes) : windows1252ToUtf8(bytes);
-}
-
 /// Covered text on one line.
 std::string shownText(const std::u32string& text) {
     std::string line = utf32ToUtf8(text);
@@ -70,11 +64,11 @@ void writeEntry(JsonWriter& json, const DocumentModel& layout, const tagListRec&
         json.Key("length");
         json.Int(entry.length);
     }
-    writeMember(json, "key", shown(entry.tag.searchKey));
-    writeMember(json, "link", shown(entry.tag.extractionRecordName));
-    writeMember(json, "rule", shown(entry.tag.ruleName));
-    writeMember(json, "criteria", shown(entry.tag.searchCriteriaName));
-    writeMember(json, "style", shown(entry.tag.styleRecordName));
+    writeMember(json, "key", shownName(pstrView(entry.tag.searchKey)));
+    writeMember(json, "link", shownName(pstrView(entry.tag.extractionRecordName)));
+    writeMember(json, "rule", shownName(pstrView(entry.tag.ruleName)));
+    writeMember(json, "criteria", shownName(pstrView(entry.tag.searchCriteriaName)));
+    writeMember(json, "style", shownName(pstrView(entry.tag.styleRecordName)));
     json.Key("locked");
     json.Bool(entry.tag.linkLocked != 0);
     if (!entry.onFrame) writeMember(json, "text", utf32ToUtf8(entry.text));
@@ -99,7 +93,7 @@ void printJson(const DocumentModel& layout, const std::vector<tagListRec>& entri
 std::string extrasOf(const tagListRec& entry) {
     std::string extras;
     const auto add = [&](const char* what, const std::uint8_t* name) {
-        if (name[0] != 0) extras += fmt::format(", {} \"{}\"", what, shown(name));
+        if (name[0] != 0) extras += fmt::format(", {} \"{}\"", what, shownName(pstrView(name)));
     };
     add("rule", entry.tag.ruleName);
     add("criteria", entry.tag.searchCriteriaName);
@@ -114,7 +108,8 @@ void printLine(const DocumentModel& layout, const tagListRec& entry) {
                                             : fmt::format("story {} at {}+{}", entry.owner, entry.start, entry.length);
     const std::string covered = entry.onFrame ? std::string() : fmt::format(" over \"{}\"", shownText(entry.text));
     fmt::print("{} page {}, {}: \"{}\" with key \"{}\"{}{}\n", storeNames[entry.store], pageOf(layout, entry), place,
-               shown(entry.tag.extractionRecordName), shown(entry.tag.searchKey), covered, extrasOf(entry));
+               shownName(pstrView(entry.tag.extractionRecordName)), shownName(pstrView(entry.tag.searchKey)), covered,
+               extrasOf(entry));
 }
 
 int listLayoutTags(const tagsOptionsRec& options) {

@@ -37,7 +37,8 @@ void appendData(std::u32string& out, std::string_view bytes, bool isUtf8Text) {
         return;
     }
     out.reserve(out.size() + bytes.size());
-    for (const char byte : bytes) out.push_back(codePointOfWindows1252(static_cast<std::uint8_t>(byte)));
+    for (const char byte : bytes)
+        out.push_back(codePointOfWindows1252(static_cast<std::uint8_t>(byte)));
 }
 
 /// The page entry on which all frames of a story lie, or nothing when they lie on several (or the story has none).
@@ -195,8 +196,7 @@ errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) 
 errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {
     Document& document = *story.database;
     const std::int32_t runText = tagLength - tagTail;
-    const auto tagClass =
-        session().engineMode == 0 ? TextAttributeClass::kelvaneTag : TextAttributeClass::tallyraTag;
+    const auto tagClass = session().engineMode == 0 ? TextAttributeClass::kelvaneTag : TextAttributeClass::tallyraTag;
     errorWord error = document.attributeRemove(story.uid, tagStart, tagLength, tagClass);
     if (error == 0) error = document.textDelete(story.uid, tagStart, runText);
     if (error != 0) return error;
@@ -250,9 +250,8 @@ errorWord ZavoPullStoryCallback::cleanParagraph(UIDRef story, const queuedParagr
     std::int32_t limit = paragraph.start + paragraph.length;
     if (limit == thread.start + thread.length) {
         --limit;  // the closing mark stays
-        const bool takesReturn =
-            appPrefs().trimTagText != 0 && start - thread.start >= 2 &&
-            document.textRead(story.uid, start - 2, 1).front() != paragraphReturn;
+        const bool takesReturn = appPrefs().trimTagText != 0 && start - thread.start >= 2 &&
+                                 document.textRead(story.uid, start - 2, 1).front() != paragraphReturn;
         if (takesReturn) --start;
     }
     if (limit == start) return 0;

@@ -15,9 +15,9 @@ namespace tarnova {
 
 /// A visitor for one walk of a pass. A link's tag stays on its new text, so that the next pass can merge it again.
 class ZavoPullStoryCallback final : public ZavoStoryCallback {
-   public:
-    /// Opens the data of the current definition; a failure is in `engineError` and makes `GetInitError` non-zero. With a
-    /// text in `statusText` the progress is shown. `changedWord` (borrowed, may be null) gets what changed.
+ public:
+    /// Opens the data of the current definition; a failure is in `engineError` and makes `GetInitError` non-zero. With
+    /// a text in `statusText` the progress is shown. `changedWord` (borrowed, may be null) gets what changed.
     ZavoPullStoryCallback(PMString statusText, std::uint16_t* changedWord);
 
     bool StoryBegin(UIDRef story) override;
@@ -25,7 +25,7 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     std::int32_t TagProcess(UIDRef story) override;
     std::int32_t StoryEnd(UIDRef story) override;
 
-   private:
+ private:
     /// A paragraph to look at when the story ends.
     struct queuedParagraphRec {
         std::int32_t position = 0;   // its start

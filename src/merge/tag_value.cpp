@@ -10,7 +10,8 @@
 namespace tarnova {
 namespace {
 
-/// The link's record and search criteria by the names of the tag. `found` is false when the tag names what doesn't exist.
+/// The link's record and search criteria by the names of the tag. `found` is false when the tag names what doesn't
+/// exist.
 errorWord findNamedRecords(const recordDefRec* definition, const tagDataRec& tag, tagValueRec& value, bool& found) {
     extractionRec* link = nullptr;
     searchCriteriaRec* criteria = nullptr;

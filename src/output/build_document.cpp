@@ -15,7 +15,7 @@ namespace {
 
 /// Ends an expansion that has become slow: a running mean of the rounds against the mean of the first five.
 class SlowdownWatch {
-   public:
+ public:
     /// Notes one round; true on the tenth strike.
     bool noteRound(double ticks, std::int32_t slotCount) {
         if (slotCount <= baselineSlots) {
@@ -27,7 +27,7 @@ class SlowdownWatch {
         return strikes >= strikeLimit;
     }
 
-   private:
+ private:
     static constexpr std::int32_t baselineSlots = 5;
     static constexpr double slowdownFactor = 1.2;
     static constexpr int strikeLimit = 10;
@@ -71,8 +71,7 @@ void computeSlots() {
     const std::uint32_t first = run.rangeFirst;
     std::uint32_t last = run.rangeLast;
     const bool cutsStacks = run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackSubset;
-    const bool stacksWholeFile =
-        run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackRange;
+    const bool stacksWholeFile = run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackRange;
     run.stackFirst = stacksWholeFile ? 0 : first - 1;
     run.stackLast = run.recordPassMode == passModeStackSubset ? last : run.totalRecords;
     if (cutsStacks) last = first - 1 + (run.stepBy + (last - first)) / run.stepBy;
@@ -97,7 +96,8 @@ errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, error
     while (error == 0 && run.slotCount < run.slotTarget) {
         const double start = adaptive ? ticksNow() : 0;
         error = addSlot(*document.database, error);
-        if (adaptive && error == 0 && watch.noteRound(ticksNow() - start, run.slotCount)) run.slotTarget = run.slotCount;
+        if (adaptive && error == 0 && watch.noteRound(ticksNow() - start, run.slotCount))
+            run.slotTarget = run.slotCount;
         const int percent = static_cast<int>(std::int64_t{run.slotCount} * 100 / std::max(run.slotTarget, 1));
         if (percent < shownPercent + 10) continue;
         shownPercent = percent;

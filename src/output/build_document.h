@@ -18,8 +18,8 @@ inline constexpr std::uint32_t passModeCutAndStack = 3;
 inline constexpr std::uint32_t passModeStackRange = 4;
 inline constexpr std::uint32_t passModeStackSubset = 5;
 
-/// Derives `stackFirst`, `stackLast`, `recordBase`, `recordsToDo` and `slotTarget` from the range, the step and the pass
-/// mode of the session, at the start of a run.
+/// Derives `stackFirst`, `stackLast`, `recordBase`, `recordsToDo` and `slotTarget` from the range, the step and the
+/// pass mode of the session, at the start of a run.
 void computeSlots();
 
 /// Expands the document until it has `slotTarget` slots: the template's own pages are the first slot, each further one

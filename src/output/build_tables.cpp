@@ -36,7 +36,8 @@ bool growTable(handlePtr& table, std::int32_t count) {
 }
 
 void freePaddedRecords() {
-    for (std::int32_t i = 0; i < session().slotCount; ++i) freeHandle(recordSlotAt(i)->paddedRecords);
+    for (std::int32_t i = 0; i < session().slotCount; ++i)
+        freeHandle(recordSlotAt(i)->paddedRecords);
     session().slotCount = 0;
 }
 

@@ -25,8 +25,8 @@ inline constexpr std::int32_t noPaddedRecord = -1;
 struct recordSlotRec {
     std::int32_t slotIndex;  // its own position, from 0
     std::int32_t reserved;
-    std::int32_t firstRecord;  // lowest record merged into the slot; noFirstRecord when none was
-    std::int32_t lastRecord;   // highest; 0 when none was
+    std::int32_t firstRecord;       // lowest record merged into the slot; noFirstRecord when none was
+    std::int32_t lastRecord;        // highest; 0 when none was
     std::int32_t missingTextCount;  // overset stories
     std::int32_t missingPictureCount;
     std::int32_t damagedPictureCount;
@@ -67,8 +67,8 @@ void freeBuildTables();
 /// Number of the first record of a page, 0-based in the file: (`stepBy` in step mode, else 1) x slot + `skipFirst` +
 /// `recordBase`. Behind the page map the last slot counts on.
 [[nodiscard]] std::int32_t recordNumberOfPage(std::int32_t pageEntry);
-/// Record of a link with sequence number `sequence` (from 1) on a page. In step mode the links of a page take records in a
-/// row; in the stack modes they lie a whole stack apart, so that one cut through a pile gives consecutive records.
+/// Record of a link with sequence number `sequence` (from 1) on a page. In step mode the links of a page take records
+/// in a row; in the stack modes they lie a whole stack apart, so that one cut through a pile gives consecutive records.
 [[nodiscard]] std::int32_t recordNumberOfLink(std::int32_t pageEntry, std::int32_t sequence);
 
 /// What `noteRecordRequest` says of a record behind the range.

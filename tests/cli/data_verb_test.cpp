@@ -91,7 +91,8 @@ TEST_F(DataVerb, GetsRecordsByNumberAndKey) {
         {"--record 1 --delimiter toolong", exitUsage, ""},
         {"--record 1 --key a", exitUsage, ""},
         {"", exitUsage, ""},
-        {"--record 1 --delimiter semicolon --field \"Code,Name,City\"", exitDone, "b,\"Ann \"\"A\"\" B\",Caf\xC3\xA9 du Lac\n"},
+        {"--record 1 --delimiter semicolon --field \"Code,Name,City\"", exitDone,
+         "b,\"Ann \"\"A\"\" B\",Caf\xC3\xA9 du Lac\n"},
     };
     for (const auto& [arguments, status, expected] : rows) {
         EXPECT_EQ(runLine("data get " + options.path + " " + arguments), status) << arguments << errors;
@@ -114,7 +115,7 @@ TEST_F(DataVerb, IndexSaysWhereAndHowBig) {
 TEST_F(DataVerb, FailuresSayWhere) {
     writeFile(options.path, "a,b\n" + std::string(1501, ',') + "\n");
     EXPECT_EQ(run(indexData), exitFailed);
-    EXPECT_NE(errors.find("data.csv: record 2"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("data.csv: Record 2"), std::string::npos) << errors;
     options.path = folder + "nowhere";
     EXPECT_EQ(run(indexData), exitFailed);
     EXPECT_NE(errors.find("nowhere"), std::string::npos) << errors;

@@ -12,11 +12,12 @@ namespace {
 using testing::HasSubstr;
 
 class MergeVerbTest : public ProgramTest {
-   protected:
+ protected:
     /// A page of one frame, as wide as a card, with this text.
     void writeLayout(std::string_view text) const {
         write("layout.tvd", std::string(R"({"tarnovaLayout": 1, "title": "Test", "pages": [{"items": [
-{"bounds": [50, 50, 300, 200], "text": ")") + std::string(text) + "\"}\n]}]}\n");
+{"bounds": [50, 50, 300, 200], "text": ")") +
+                                std::string(text) + "\"}\n]}]}\n");
     }
 
     /// Words of each page, one blank between them.
@@ -95,12 +96,11 @@ TEST_F(MergeVerbTest, TheMailingHoldsEachRecordOnItsPage) {
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const auto& row = rows[i + 1];
         const std::string text = withoutBlanks(pages[i]);
-        const std::string wanted[] = {row[0] + " / " + row[1],
-                                      row[3],
-                                      row[5],
+        const std::string wanted[] = {row[0] + " / " + row[1], row[3], row[5],
                                       "lists " + row[2] + " with an elevation of " + row[6] + " feet",
                                       "position of " + row[2] + " has changed"};
-        for (const std::string& words : wanted) ASSERT_THAT(text, HasSubstr(withoutBlanks(words))) << i;
+        for (const std::string& words : wanted)
+            ASSERT_THAT(text, HasSubstr(withoutBlanks(words))) << i;
     }
 }
 
@@ -125,7 +125,10 @@ TEST_F(MergeVerbTest, AwkwardDataComesOutRight) {
     const testRow rows[] = {
         {"quotes, delimiters, line ends", "A,B\n\"x \"\"y\"\", z\",\"p\nq\"\n", "[x \"y\", z] [p q]"},
         {"UTF-8", "A,B\nÅsa Łódź,Ελλάδα\n", "[Åsa Łódź] [Ελλάδα]"},
-        {"Windows-1252", "A;B\r\nCr\xE8me br\xFBl\xE9" "e;50 \x80\r\n", "[Crème brûlée] [50 €]"},
+        {"Windows-1252",
+         "A;B\r\nCr\xE8me br\xFBl\xE9"
+         "e;50 \x80\r\n",
+         "[Crème brûlée] [50 €]"},
         {"empty field and missing last one", "A,B\n,b\na\n", "[] [b]"},
         {"no line end at the end", "A,B\na,b", "[a] [b]"},
         {"ligatures", "A,B\noffice,final flow\n", "[office] [final flow]"},
@@ -173,7 +176,8 @@ TEST_F(MergeVerbTest, TheBuiltDocumentRendersLikeTheDirectPdf) {
     EXPECT_THAT(run("tags list built.tvd").output, HasSubstr("Rome"));
 
     ASSERT_EQ(run("merge layout.tvd --data data.csv -o page.png --dpi 40").status, 0);
-    for (const char* name : {"page-001.png", "page-002.png", "page-003.png"}) EXPECT_TRUE(exists(name)) << name;
+    for (const char* name : {"page-001.png", "page-002.png", "page-003.png"})
+        EXPECT_TRUE(exists(name)) << name;
 
     mergePdf();
     const std::string once = read("out.pdf");
@@ -254,7 +258,8 @@ TEST_F(MergeVerbTest, GarbledInputsEndInAMessage) {
     ASSERT_NE(index, "");
     ASSERT_EQ(shell("touch -d '1 minute ago' data.csv").status, 0);
     const std::string good = "a and b";
-    for (const char* damage : {"truncate -s 100 ", "truncate -s 75080 ", "truncate -s 0 ", "dd if=/dev/urandom conv=notrunc bs=64 seek=20 count=2 of="}) {
+    for (const char* damage : {"truncate -s 100 ", "truncate -s 75080 ", "truncate -s 0 ",
+                               "dd if=/dev/urandom conv=notrunc bs=64 seek=20 count=2 of="}) {
         ASSERT_EQ(shell(std::string(damage) + "'" + index + "'").status, 0);
         const std::vector<std::string> pages = mergePdf();
         ASSERT_EQ(pages.size(), 2U) << damage;
@@ -266,7 +271,9 @@ TEST_F(MergeVerbTest, GarbledInputsEndInAMessage) {
 }
 
 TEST_F(MergeVerbTest, TextThatDoesNotFitIsTold) {
-    write("layout.tvd", R"({"tarnovaLayout": 1, "pages": [{"items": [{"bounds": [0,0,60,14], "text": "{{A}} {{A}} {{A}} {{A}} {{A}}"}]}]})");
+    write(
+        "layout.tvd",
+        R"({"tarnovaLayout": 1, "pages": [{"items": [{"bounds": [0,0,60,14], "text": "{{A}} {{A}} {{A}} {{A}} {{A}}"}]}]})");
     write("data.csv", "A\nlonger than that\nx\n");
     const outcomeRec outcome = run("merge layout.tvd --data data.csv -o out.pdf");
     EXPECT_EQ(outcome.status, 0);

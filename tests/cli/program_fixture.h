@@ -22,7 +22,7 @@ struct outcomeRec {
 };
 
 class ProgramTest : public testing::Test {
-   protected:
+ protected:
     ProgramTest() {
         std::string pattern = (std::filesystem::temp_directory_path() / "tarnova-cli-XXXXXX").string();
         folder = mkdtemp(pattern.data());
@@ -33,7 +33,8 @@ class ProgramTest : public testing::Test {
     outcomeRec run(const std::string& arguments) { return shell(std::string(TARNOVA_PROGRAM) + " " + arguments); }
 
     outcomeRec shell(const std::string& command) {
-        const std::string line = "cd '" + folder + "' && XDG_DATA_HOME='" + folder + "/home' " + command + " 2>messages";
+        const std::string line =
+            "cd '" + folder + "' && XDG_DATA_HOME='" + folder + "/home' " + command + " 2>messages";
         outcomeRec outcome;
         FILE* const pipe = popen(line.c_str(), "r");
         std::array<char, 4096> buffer{};

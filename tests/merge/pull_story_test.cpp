@@ -26,7 +26,7 @@ namespace tarnova {
 namespace {
 
 class RecordingAlerts final : public AlertService {
-   public:
+ public:
     int ask(const alertRec& alert) override {
         alerts.push_back(alert);
         return alert.defaultButton;
@@ -40,7 +40,7 @@ class RecordingAlerts final : public AlertService {
 };
 
 class MergeTest : public testing::Test {
-   protected:
+ protected:
     MergeTest() {
         sessionReset();
         installAlertService(&alerts);
@@ -107,7 +107,8 @@ class MergeTest : public testing::Test {
                 key = name.substr(0, colon);
                 name = name.substr(colon + 1);
             }
-            places.push_back({static_cast<std::int32_t>(text.size()), static_cast<std::int32_t>(name.size()), key, name});
+            places.push_back(
+                {static_cast<std::int32_t>(text.size()), static_cast<std::int32_t>(name.size()), key, name});
             text += utf8ToUtf32(name);
             i = close;
         }
@@ -116,7 +117,8 @@ class MergeTest : public testing::Test {
         const UID frame = builder.addTextFrame(page, {10, 10, 290, 290}, text);
         document = builder.finish();
         const UIDRef story{document.get(), document->textOfFrame(frame)};
-        for (const tagPlace& place : places) tagRange(story, place.start, place.length, place.key, place.name);
+        for (const tagPlace& place : places)
+            tagRange(story, place.start, place.length, place.key, place.name);
     }
 
     void tagRange(UIDRef story, std::int32_t start, std::int32_t length, std::string_view key, std::string_view name) {
@@ -143,7 +145,8 @@ class MergeTest : public testing::Test {
         std::vector<std::string> pages;
         for (const UID story : document->stories()) {
             std::u32string text = document->textRead(story, 0, document->totalLength(story) - 1);
-            for (char32_t& c : text) c = c == U'\r' ? U'|' : c;
+            for (char32_t& c : text)
+                c = c == U'\r' ? U'|' : c;
             pages.push_back(utf32ToUtf8(text));
         }
         return pages;
@@ -170,8 +173,9 @@ class MergeTest : public testing::Test {
 using testing::ElementsAre;
 
 TEST_F(MergeTest, EachRecordFillsItsOwnCopy) {
-    EXPECT_THAT(mergeOne("Name,City\nAnna,Rome\nBartholomew,Oslo\nC,Bern\n", "Dear {Name} of {City}, {Name}!"),
-                ElementsAre("Dear Anna of Rome, Anna!", "Dear Bartholomew of Oslo, Bartholomew!", "Dear C of Bern, C!"));
+    EXPECT_THAT(
+        mergeOne("Name,City\nAnna,Rome\nBartholomew,Oslo\nC,Bern\n", "Dear {Name} of {City}, {Name}!"),
+        ElementsAre("Dear Anna of Rome, Anna!", "Dear Bartholomew of Oslo, Bartholomew!", "Dear C of Bern, C!"));
     EXPECT_EQ(error, 0);
     EXPECT_EQ(document->pageCount(), 3);
     ASSERT_TRUE(document->undoNamedStep(PMString::ofKey("kZavoKelvaneMergeResultsFileBuildDocKey").view()));
@@ -197,11 +201,15 @@ TEST_F(MergeTest, AwkwardValuesComeOutRight) {
         {"CR LF in quotes", "A,B\r\n\"a\r\nb\",x\r\n", "a|b-x"},
         {"blanks around", "A,B\n  a b  ,x\n", "a b-x"},
         {"UTF-8", "A,B\nÅsa Łódź 日本,x\n", "Åsa Łódź 日本-x"},
-        {"UTF-8 with a mark", "\xEF\xBB\xBF" "A,B\nÅ,x\n", "Å-x"},
+        {"UTF-8 with a mark",
+         "\xEF\xBB\xBF"
+         "A,B\nÅ,x\n",
+         "Å-x"},
         {"Windows-1252", "A,B\n\xC5sa \x80 \x96,x\n", "Åsa € –-x"},
         {"semicolon in a tab file", "A\tB\na;b\tx\n", "a;b-x"},
     };
-    for (const testRow& row : rows) EXPECT_THAT(mergeOne(row.data, "{A}-{B}"), ElementsAre(row.want)) << row.name;
+    for (const testRow& row : rows)
+        EXPECT_THAT(mergeOne(row.data, "{A}-{B}"), ElementsAre(row.want)) << row.name;
 }
 
 TEST_F(MergeTest, NoDataByEachSetting) {
@@ -234,7 +242,8 @@ TEST_F(MergeTest, NoDataByEachSetting) {
         }
         pstrFromView(appPrefs().textDefaults.noData.string, sizeof(Str255), "none");
         std::string marked = row.marked;
-        for (char& c : marked) c = c == '|' ? '\r' : c;
+        for (char& c : marked)
+            c = c == '|' ? '\r' : c;
         useTemplate(marked);
         EXPECT_THAT(merge(), ElementsAre(row.want)) << row.name;
         EXPECT_EQ(error, 0) << row.name;
@@ -302,7 +311,7 @@ TEST_F(MergeTest, ATemplateWithoutLinksIsRefused) {
 
 /// Keeps what each chunk gives.
 class CollectingOutput final : public PageOutput {
-   public:
+ public:
     errorWord takePages(Document& built) override {
         ++chunks;
         for (const UID story : built.stories()) {
@@ -317,7 +326,8 @@ class CollectingOutput final : public PageOutput {
 
 TEST_F(MergeTest, ARunInChunksGivesEveryRecordOnceInOrder) {
     std::string data = "A\n";
-    for (int i = 1; i <= 203; ++i) data += "r" + std::to_string(i) + "\n";
+    for (int i = 1; i <= 203; ++i)
+        data += "r" + std::to_string(i) + "\n";
     useData(data);
     useTemplate("{A}.");
     CollectingOutput output;
@@ -325,7 +335,8 @@ TEST_F(MergeTest, ARunInChunksGivesEveryRecordOnceInOrder) {
     ASSERT_EQ(mergeToOutput(document->ref(), output, 0), 0);
     EXPECT_EQ(output.chunks, 4);
     ASSERT_EQ(output.texts.size(), 203U);
-    for (std::size_t i = 0; i < 203; ++i) EXPECT_EQ(output.texts[i], "r" + std::to_string(i + 1) + ".");
+    for (std::size_t i = 0; i < 203; ++i)
+        EXPECT_EQ(output.texts[i], "r" + std::to_string(i + 1) + ".");
     EXPECT_EQ(document->pageCount(), 1);
     finishMergeRun();
 

@@ -13,7 +13,7 @@ namespace tarnova {
 namespace {
 
 class BuildTest : public testing::Test {
-   protected:
+ protected:
     BuildTest() {
         sessionReset();
         session().recordPassMode = passModeStep;
@@ -170,7 +170,8 @@ TEST_F(BuildTest, PruningKeepsTheFirstSlotFlaggedPagesAndErrors) {
     ASSERT_EQ(pruneUnusedPages(document->ref(), 0), 0);
     EXPECT_EQ(document->pageCount(), 4);
     EXPECT_EQ(document->pageIndex(pages[1]), -1);
-    for (const int kept : {0, 2, 3, 4}) EXPECT_GE(document->pageIndex(pages[kept]), 0) << kept;
+    for (const int kept : {0, 2, 3, 4})
+        EXPECT_GE(document->pageIndex(pages[kept]), 0) << kept;
 }
 
 }  // namespace

@@ -122,7 +122,8 @@ errorWord startMergeRun(UIDRef document, errorWord priorError) {
 errorWord mergeToBuiltDocument(UIDRef document, errorWord priorError) {
     if (priorError != 0) return priorError;
     Document& built = *document.database;
-    const errorWord begun = built.BeginCommandSequence(PMString::ofKey("kZavoKelvaneMergeResultsFileBuildDocKey").view());
+    const errorWord begun =
+        built.BeginCommandSequence(PMString::ofKey("kZavoKelvaneMergeResultsFileBuildDocKey").view());
     if (begun != 0) return errCommandSequence;
     composeTemplate(built);
     errorWord error = buildAndMerge(document, scopeOfRun(session().slotTarget), appPrefs().showProgress != 0);

@@ -1,8 +1,8 @@
 // A merge of records into copies of a template, from the data's opening to the last page.
 //
-// A run to an output works in chunks: a copy of the template is expanded by a few slots, merged, handed to the output and
-// dropped, so that memory is bounded by the chunk, whatever the number of records. A built document is one chunk, merged
-// into the document itself.
+// A run to an output works in chunks: a copy of the template is expanded by a few slots, merged, handed to the output
+// and dropped, so that memory is bounded by the chunk, whatever the number of records. A built document is one chunk,
+// merged into the document itself.
 
 #pragma once
 
@@ -15,7 +15,7 @@ namespace tarnova {
 
 /// Takes the merged pages of a run, in order.
 class PageOutput {
-   public:
+ public:
     virtual ~PageOutput() = default;
     /// All pages of `built` are merged and belong to the output; the document is gone after the call. A non-zero result
     /// ends the run with it.
