@@ -197,7 +197,7 @@ TEST_F(IndexBuild, FullDiskLeavesTheOldIndex) {
 }
 
 TEST_F(IndexBuild, GivesTheFetchesOfAPlainScan) {
-    constexpr std::size_t recordCount = 200000;
+    constexpr std::size_t recordCount = 1000000;
     const auto definition = makeDefinition({"Key", "Number", "Text"});
     const std::string text = makeRecords(recordCount, 77, 60000);
     useData(*definition, text);
