@@ -1,7 +1,10 @@
 #include "host/files/item_reader.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
+#include "host/files/tag_members.h"
 #include "host/files/text_members.h"
 
 namespace tarnova {
@@ -25,12 +28,22 @@ struct ItemReader::ItemTarget {
     const JsonValue* storyUid = nullptr;
     const JsonValue* columnUids = nullptr;
     const JsonValue* group = nullptr;
+    const JsonValue* tags[2] = {};  // by store
     std::size_t shapeKey = 0;
 
     [[nodiscard]] bool hasText() const { return text != nullptr || sharedText != nullptr || flowsFrom != nullptr; }
 };
 
 namespace {
+
+/// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, and within
+/// it the notes of a link on a run in a text with threads. What was read can so be written, and that be read again.
+static_assert(4 + 2 * groupDepthLimit + 1 + 8 <= jsonDepthLimit);
+
+bool withinCoordinates(const PMMatrix& m) {
+    const double values[] = {m.a, m.b, m.c, m.d, m.tx, m.ty};
+    return std::all_of(std::begin(values), std::end(values), [](double v) { return std::abs(v) <= coordinateLimit; });
+}
 
 template <std::size_t store>
 void readBlock(DataBlocks& target, const JsonValue& value) {
@@ -108,6 +121,8 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
         {"group", keep<T, &T::group>},
         {"locked", [](T& t, const JsonValue& v) { t.item.locked = boolOf(v); }},
         {"printing", [](T& t, const JsonValue& v) { t.item.nonPrinting = !boolOf(v); }},
+        {"tag", [](T& t, const JsonValue& v) { t.tags[0] = &v; }},
+        {"tallyraTag", [](T& t, const JsonValue& v) { t.tags[1] = &v; }},
         {"data",
          [](T& t, const JsonValue& v) {
              DataBlocks data = readDataBlocks(v);
@@ -131,9 +146,13 @@ void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint
     } else if (target.layer != nullptr) {
         faultAt(*target.layer, "A member of a group lies on the layer of its group; leave \"layer\" away.");
     }
+    takeLinks(target);
     takeBounds(target);
     target.item.toParent.tx += origin.x;
     target.item.toParent.ty += origin.y;
+    if (!withinCoordinates(target.item.toParent)) {
+        faultAt(value, "The item lies more than 10,000,000 points away from where its spread begins.");
+    }
     if (target.group == nullptr) {
         readFrame(target, parent, group != kInvalidUID);
     } else {
@@ -146,10 +165,27 @@ void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
         faultAt(target.value, "A group has no look, bounds or text of its own; its members have.");
     }
     requireArray(*target.group);
+    if (groupDepth == groupDepthLimit) {
+        faultAt(target.value,
+                "Groups are nested more than " + std::to_string(groupDepthLimit) + " deep; take some of them apart.");
+    }
+    ++groupDepth;
     target.item.itemClass = ItemClass::group;
     const UID uid = builder.addItem(parent, std::move(target.item));
     for (const JsonValue& member : *target.group)
         readItem(member, spread, uid, {});
+    --groupDepth;
+}
+
+/// A link is the only entry of its store's data.
+void ItemReader::takeLinks(ItemTarget& target) {
+    for (std::size_t store = 0; store < 2; ++store) {
+        const JsonValue* tag = target.tags[store];
+        if (tag == nullptr) continue;
+        std::shared_ptr<const std::string>& block = target.item.itemData[store];
+        if (block != nullptr) faultAt(*tag, "An item has either a link or \"data\" for one store, not both.");
+        block = std::make_shared<const std::string>(readFrameTag(*tag));
+    }
 }
 
 /// Where the item lies, from "bounds", "at" or "matrix".

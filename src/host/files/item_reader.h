@@ -65,6 +65,7 @@ class ItemReader {
     void readItem(const JsonValue& value, UID spread, UID group, PMPoint origin);
     void readGroup(ItemTarget& target, UID spread, UID parent);
     void readFrame(ItemTarget& target, UID parent, bool inGroup);
+    static void takeLinks(ItemTarget& target);
     void takeBounds(ItemTarget& target) const;
     void takeShape(ItemTarget& target) const;
     void noteFrame(const ItemTarget& target, UID uid, std::int32_t columns, const std::string& name);
@@ -76,6 +77,7 @@ class ItemReader {
     UidReader& uids;
     const LayoutNames& names;
     const LayerIndex& layers;
+    std::size_t groupDepth = 0;  // of the groups around the item under reading
     std::vector<std::shared_ptr<const ItemShape>> shapes;
     std::vector<std::shared_ptr<StoryText>> texts;
     std::vector<Frame> frames;

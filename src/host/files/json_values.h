@@ -13,11 +13,10 @@
 #include "document/geometry.h"
 #include "host/files/json_tree.h"
 #include "host/files/layout_fault.h"
+#include "host/model/limits.h"
 
 namespace tarnova {
 
-/// Coordinates and lengths lie between minus and plus this many points, which leaves all sums finite and exact enough.
-inline constexpr double coordinateLimit = 1e7;
 inline constexpr std::size_t nameBytesLimit = 1024;
 
 /// How messages call a value: `"size"`, or `an element of "tabs"`.

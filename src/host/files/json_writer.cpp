@@ -1,5 +1,6 @@
 #include "host/files/json_writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <utility>
 
@@ -9,6 +10,7 @@ void JsonWriter::begin(char open, char close, Shape shape) {
     separate();
     out += open;
     levels.push_back({close, shape});
+    deepest = std::max(deepest, levels.size());
 }
 
 void JsonWriter::end() {

@@ -140,9 +140,17 @@ bool saveLayout(DocumentModel& document, const std::string& path, layoutError& e
         error.message = "The document has used up the UIDs that a layout file can hold.";
         return false;
     }
+    LayoutWriter writer(document);
+    const std::string bytes = writer.write();
+    if (bytes.size() > jsonBytesLimit || writer.depth() > jsonDepthLimit) {
+        error.message = bytes.size() > jsonBytesLimit
+                            ? "The document is too large for a layout file, which has at most 1 GiB."
+                            : "The document has groups that are nested too deep for a layout file.";
+        return false;
+    }
     std::string reason;
     const std::string folder = std::filesystem::path(path).parent_path().string();
-    if (!replaceFile(folder.empty() ? "." : folder, path, writeLayout(document), reason)) {
+    if (!replaceFile(folder.empty() ? "." : folder, path, bytes, reason)) {
         error.message = "The layout \"" + path + "\" can't be written: " + reason + ".";
         return false;
     }

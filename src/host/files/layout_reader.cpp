@@ -340,6 +340,9 @@ void LayoutReader::readPage(const JsonValue& value, UID spread, PMRect& last, bo
             target.size == nullptr ? std::vector<double>{pageSize.x, pageSize.y} : lengthsOf(*target.size, 2);
         last = {last.right, 0, last.right + size[0], size[1]};
     }
+    if (std::max({-last.left, -last.top, last.right, last.bottom}) > coordinateLimit) {
+        faultAt(value, "The page lies more than 10,000,000 points away from where its spread begins.");
+    }
     if (!(last.width() > 0 && last.height() > 0)) faultAt(value, "A page has a width and a height above 0.");
     const UID master = target.master == nullptr ? kInvalidUID : namedIndex(names.masters, *target.master, "master");
     const UID page = builder.addPage(spread, last, master, uids.uidOf(target.uid));

@@ -5,6 +5,7 @@
 #include "host/files/base64.h"
 #include "host/files/layout_reader.h"
 #include "host/files/shape_members.h"
+#include "host/files/tag_members.h"
 #include "host/files/text_members.h"
 
 namespace tarnova {
@@ -42,7 +43,7 @@ std::string LayoutWriter::write() {
     writeSwatches();
     writeStyles();
     writeLayers();
-    writeData([this](int store) { return document.itemDataBlock(kInvalidUID, store); });
+    writeData(document.itemDataBlock(kInvalidUID, 0), document.itemDataBlock(kInvalidUID, 1));
     writeShared();
     writeMasters();
     writeSpreads();
@@ -133,16 +134,22 @@ void LayoutWriter::writeLayers() {
     out.end();
 }
 
-template <typename Holder>
-void LayoutWriter::writeData(const Holder& blockOf) {
-    static constexpr const char* stores[2] = {"kelvane", "tallyra"};
-    if (blockOf(0) == nullptr && blockOf(1) == nullptr) return;
+void LayoutWriter::writeData(const std::string* kelvane, const std::string* tallyra) {
+    if (kelvane == nullptr && tallyra == nullptr) return;
     out.key("data");
     out.beginObject();
-    for (int store = 0; store < 2; ++store) {
-        if (const std::string* block = blockOf(store)) out.member(stores[store], toBase64(*block));
-    }
+    if (kelvane != nullptr) out.member("kelvane", toBase64(*kelvane));
+    if (tallyra != nullptr) out.member("tallyra", toBase64(*tallyra));
     out.end();
+}
+
+/// A block that is a link and nothing else is written as one.
+void LayoutWriter::writeItemData(const PageItem& item) {
+    const std::string* kelvane = item.itemData[0].get();
+    const std::string* tallyra = item.itemData[1].get();
+    if (kelvane != nullptr && writeFrameTag(out, "tag", *kelvane)) kelvane = nullptr;
+    if (tallyra != nullptr && writeFrameTag(out, "tallyraTag", *tallyra)) tallyra = nullptr;
+    writeData(kelvane, tallyra);
 }
 
 void LayoutWriter::writeShared() {
@@ -240,7 +247,7 @@ void LayoutWriter::writeItem(const PageItem& item, const std::string* layer) {
     }
     if (item.locked) out.member("locked", true);
     if (item.nonPrinting) out.member("printing", false);
-    writeData([&item](int store) { return item.itemData[store].get(); });
+    writeItemData(item);
     if (item.itemClass == ItemClass::group) {
         out.key("group");
         out.beginArray();

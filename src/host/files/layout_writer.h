@@ -16,6 +16,8 @@ class LayoutWriter {
  public:
     explicit LayoutWriter(const DocumentModel& itsDocument) : document(itsDocument) {}
     [[nodiscard]] std::string write();
+    /// How deep the values of what was written are nested.
+    [[nodiscard]] std::size_t depth() const { return out.depth(); }
 
  private:
     /// Contents that more than one object holds, in the order of their first use.
@@ -46,8 +48,8 @@ class LayoutWriter {
     void writeFrame(const PageItem& item);
     void writePlace(const PMMatrix& place);
     void writeStory(const PageItem& frame);
-    template <typename Holder>
-    void writeData(const Holder& blockOf);
+    void writeData(const std::string* kelvane, const std::string* tallyra);
+    void writeItemData(const PageItem& item);
 
     const DocumentModel& document;
     JsonWriter out;

@@ -46,7 +46,7 @@ bool withinLimits(const TagFields& fields) {
     for (const StringRow& row : stringRows) {
         if ((fields.*row.member).size() > row.limit) return false;
     }
-    return true;
+    return fields.kind <= tagKindLast;
 }
 
 }  // namespace

@@ -14,6 +14,8 @@ inline constexpr std::size_t tagKeyBytes = 64;
 inline constexpr std::size_t tagNameBytes = 31;
 inline constexpr std::size_t tagNotesBytes = 255;
 
+inline constexpr std::uint16_t tagKindLast = 2;
+
 struct TagFields {
     std::uint16_t kind = 0;  // 0 data, 1 media only, 2 data with media
     bool locked = false;

@@ -2,8 +2,10 @@
 
 #include <limits>
 #include <optional>
+#include <span>
 #include <utility>
 
+#include "document/item_data.h"
 #include "host/files/base64.h"
 #include "host/files/tag_fields.h"
 
@@ -46,12 +48,8 @@ void readNotes(TagTarget& target, const JsonValue& value) {
     }
 }
 
+// The fields first: a frame's link has no other members.
 constexpr Member<TagTarget> tagMembers[] = {
-    {"id",
-     [](TagTarget& t, const JsonValue& v) {
-         t.hasId = true;
-         t.content.tagId = static_cast<std::uint32_t>(integerOf(v, 0, std::numeric_limits<std::uint32_t>::max()));
-     }},
     {"key", readField<&TagFields::key, tagKeyBytes>},
     {"link", readField<&TagFields::link, tagNameBytes>},
     {"rule", readField<&TagFields::rule, tagNameBytes>},
@@ -61,7 +59,7 @@ constexpr Member<TagTarget> tagMembers[] = {
     {"kind",
      [](TagTarget& t, const JsonValue& v) {
          t.hasFields = true;
-         t.fields.kind = static_cast<std::uint16_t>(integerOf(v, 0, 2));
+         t.fields.kind = static_cast<std::uint16_t>(integerOf(v, 0, tagKindLast));
      }},
     {"locked",
      [](TagTarget& t, const JsonValue& v) {
@@ -73,12 +71,24 @@ constexpr Member<TagTarget> tagMembers[] = {
          t.hasFields = true;
          t.fields.associate = boolOf(v);
      }},
+    {"id",
+     [](TagTarget& t, const JsonValue& v) {
+         t.hasId = true;
+         t.content.tagId = static_cast<std::uint32_t>(integerOf(v, 0, std::numeric_limits<std::uint32_t>::max()));
+     }},
     {"record", [](TagTarget& t, const JsonValue& v) { t.record = bytesOf(v); }},
     {"owner", readOwn<&TagAttribute::Content::ownerName>},
     {"highlightMode", readOwn<&TagAttribute::Content::highlightMode>},
     {"highlightColour", readOwn<&TagAttribute::Content::highlightColour>},
     {"spare", readOwn<&TagAttribute::Content::spare>},
 };
+
+constexpr std::size_t fieldMemberCount = 9;
+static_assert(tagMembers[fieldMemberCount - 1].name == "associate" && tagMembers[fieldMemberCount].name == "id");
+
+[[noreturn]] void faultWithoutLink(const JsonValue& value) {
+    faultAt(value, "A link needs \"link\", the name of what it shows.");
+}
 
 void writeIfSet(JsonWriter& out, std::string_view name, const std::string& value) {
     if (!value.empty()) out.member(name, value);
@@ -117,11 +127,28 @@ ReadTag readTag(const JsonValue& value, TextAttributeClass store) {
     if (target.record && target.hasFields) {
         faultAt(value, "A link has either \"record\" or its fields, not both.");
     }
-    if (!target.record && !target.hasFields) {
-        faultAt(value, "A link needs \"link\", the name of what it shows.");
-    }
+    if (!target.record && !target.hasFields) faultWithoutLink(value);
     target.content.data = target.record ? *target.record : encodeTagFields(target.fields);
     return {std::move(target.content), target.hasId};
+}
+
+std::string readFrameTag(const JsonValue& value) {
+    TagTarget target;
+    readMembers<TagTarget>(value, "the link of a frame", std::span(tagMembers).first(fieldMemberCount), target);
+    if (!target.hasFields) faultWithoutLink(value);
+    return itemDataReplace({}, itemDataFrameTag, encodeTagFields(target.fields)).value_or(std::string());
+}
+
+bool writeFrameTag(JsonWriter& out, const char* name, std::string_view block) {
+    const std::optional<std::string_view> record = itemDataFind(block, itemDataFrameTag);
+    if (!record || itemDataReplace({}, itemDataFrameTag, record) != block) return false;
+    const std::optional<TagFields> fields = decodeTagFields(*record);
+    if (!fields) return false;
+    out.key(name);
+    out.beginObject();
+    writeFields(out, *fields);
+    out.end();
+    return true;
 }
 
 void writeTag(JsonWriter& out, const TagAttribute& tag) {

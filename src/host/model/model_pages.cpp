@@ -2,6 +2,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "engine/toolkit/text_encoding.h"
 #include "host/model/model_document.h"
 #include "host/model/page_numbers.h"
 #include "host/model/spread_copy.h"
@@ -300,6 +301,7 @@ std::vector<sectionRec> ModelDocument::sections() const {
 errorWord ModelDocument::createSection(const sectionRec& section) {
     const std::int32_t index = pageIndex(section.startPage);
     if (index < 0 || section.startNumber < 0 || section.startNumber > sectionNumberLimit) return errFailed;
+    if (!isUtf8(section.prefix) || !isUtf8(section.marker)) return errFailed;
     Command command(*this, "Create Section");
     keepLists();
     const auto place =

@@ -1,8 +1,9 @@
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <utility>
 
+#include "engine/toolkit/text_encoding.h"
+#include "host/model/limits.h"
 #include "host/model/model_document.h"
 #include "host/model/story_text.h"
 
@@ -45,6 +46,21 @@ std::u32string ModelDocument::textRead(UID uid, std::int32_t start, std::int32_t
     return found->content->text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(limit - start));
 }
 
+namespace {
+
+/// True when the attribute's values are those that a layout file takes.
+bool canBeSaved(const TextAttribute& attribute) {
+    if (const auto* number = dynamic_cast<const NumberAttribute*>(&attribute)) {
+        const double lowest = attribute.attributeClass() == TextAttributeClass::pointSize ? 0 : -coordinateLimit;
+        return number->value() >= lowest && number->value() <= coordinateLimit;
+    }
+    const auto* tag = dynamic_cast<const TagAttribute*>(&attribute);
+    return tag == nullptr || (isUtf8(tag->ownerName()) && isUtf8(tag->highlightMode()) &&
+                              isUtf8(tag->highlightColour()) && isUtf8(tag->spare()));
+}
+
+}  // namespace
+
 Story* ModelDocument::changeableText(UID uid) {
     Story* out = changeable<Story>(uid);
     if (out == nullptr) return nullptr;
@@ -86,10 +102,8 @@ attributeRunRec ModelDocument::attributeRunAt(UID uid, std::int32_t position) co
 errorWord ModelDocument::attributeApply(UID uid, std::int32_t start, std::int32_t count,
                                         std::shared_ptr<const TextAttribute> attribute) {
     const Story* found = story(uid);
-    const auto* number = dynamic_cast<const NumberAttribute*>(attribute.get());
-    if (number != nullptr && !std::isfinite(number->value())) return errFailed;
-    if (found == nullptr || attribute == nullptr || start < 0 || count < 0 || start > found->length() ||
-        count > found->length() - start) {
+    if (attribute == nullptr || !canBeSaved(*attribute)) return errFailed;
+    if (found == nullptr || start < 0 || count < 0 || start > found->length() || count > found->length() - start) {
         return errFailed;
     }
     if (count == 0) return 0;

@@ -144,6 +144,41 @@ TEST(TagMembers, EveryRecordComesBack) {
     }
 }
 
+/// Links on items, as they are written again.
+TEST(TagMembers, LinksOfItems) {
+    struct testRow {
+        const char *name, *members, *written;
+    };
+    const testRow rows[] = {
+        {"a name", R"("tag": {"link": "Photo"})", R"("tag": {"link": "Photo"}})"},
+        {"all fields",
+         R"("tag": {"associate": true, "notes": ["n"], "kind": 2, "key": "K", "link": "L", "rule": "R", "criteria": "C", "style": "S"})",
+         R"("tag": {"kind": 2, "key": "K", "link": "L", "rule": "R", "criteria": "C", "style": "S", "notes": ["n", "", ""], "associate": true}})"},
+        {"media only", R"("tallyraTag": {"kind": 1, "locked": true})", R"("tallyraTag": {"kind": 1, "locked": true}})"},
+        {"both stores", R"("tag": {"link": "A"}, "tallyraTag": {"link": "B"})",
+         R"("tag": {"link": "A"}, "tallyraTag": {"link": "B"}})"},
+        {"a link beside other data", R"("tag": {"link": "A"}, "data": {"tallyra": "AAAAAAAAAAE="})",
+         R"("tag": {"link": "A"}, "data": {"tallyra": "AAAAAAAAAAE="}})"},
+        {"data that is a link", R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcAAAAAgAAQAC"})", R"("tag": {"kind": 1}})"},
+        {"a link of another version", R"("data": {"kelvane": "AAAAEAAAAAIAAAAIQVFNcAAAAAgAAQAC"})",
+         R"("data": {"kelvane": "AAAAEAAAAAIAAAAIQVFNcAAAAAgAAQAC"}})"},
+        {"an entry of another type", R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcQAAAAgAAQAC"})",
+         R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcQAAAAgAAQAC"}})"},
+        {"a second entry", R"("data": {"kelvane": "AAAAGAAAAAEAAAAIQVFNcAAAAAgAAQACAAAAAGFxbUg="})",
+         R"("data": {"kelvane": "AAAAGAAAAAEAAAAIQVFNcAAAAAgAAQACAAAAAGFxbUg="}})"},
+        {"no entry", R"("data": {"kelvane": ""})", R"("data": {"kelvane": ""}})"},
+    };
+    for (const auto& [name, members, written] : rows) {
+        const auto document = opened(pageWith(R"({"bounds": [0, 0, 9, 9], )" + std::string(members) + "}"));
+        ASSERT_NE(document, nullptr) << name;
+        EXPECT_NE(writeLayout(*document).find(written), std::string::npos) << name << "\n" << writeLayout(*document);
+        expectStable(*document);
+    }
+    TagFields unknownKind;
+    unknownKind.kind = 3;
+    EXPECT_FALSE(decodeTagFields(encodeTagFields(unknownKind))) << "a kind that the members can't say";
+}
+
 TEST(TextMembers, ParagraphsRunsAndReturns) {
     const auto document = opened(frameWith(R"(["one\ntwo", {"size": 8, "text": ["a", {"text": "b\nc", "italic": true}],
         "return": {"underline": true}}, ""])"));

@@ -95,6 +95,27 @@ TEST_F(LayoutFolderTest, AFailedSaveLeavesTheOldFile) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2);
 }
 
+/// The deepest that can be read, in the deepest place of its text, is written deeper and opens again.
+TEST_F(LayoutFolderTest, WhatWasSavedCanBeOpened) {
+    const auto document = opened(pageWith(inGroups(
+        24,
+        R"({"bounds": [0, 0, 9, 9], "text": {"threads": ["a", [{"text": [{"text": "b", "tag": {"link": "L", "notes": ["n"]}}]}]]}})")));
+    ASSERT_NE(document, nullptr);
+    layoutError error;
+    EXPECT_TRUE(saveLayout(*document, (folder / "a.tvd").string(), error)) << error.message;
+    EXPECT_NE(openLayout((folder / "a.tvd").string(), error), nullptr) << error.message;
+
+    DocumentBuilder builder;
+    UID parent = builder.layerNode(builder.spreadOf(builder.addSinglePage(9, 9)), 1);
+    PageItem group;
+    group.itemClass = ItemClass::group;
+    for (int i = 0; i < 40; ++i)
+        parent = builder.addItem(parent, group);
+    EXPECT_FALSE(saveLayout(*builder.finish(), (folder / "b.tvd").string(), error));
+    EXPECT_NE(error.message.find("nested too deep"), std::string::npos) << error.message;
+    EXPECT_FALSE(fs::exists(folder / "b.tvd"));
+}
+
 TEST_F(LayoutFolderTest, WhatCantBeOpened) {
     layoutError error;
     EXPECT_EQ(openLayout((folder / "none.tvd").string(), error), nullptr);

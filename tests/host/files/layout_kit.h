@@ -24,6 +24,14 @@ inline std::string pageWith(const std::string& items) {
     return "{\"tarnovaLayout\": 1, \"pageSize\": [100, 100], \"pages\": [{\"items\": [" + items + "]}]}";
 }
 
+/// An item in so many groups.
+inline std::string inGroups(int count, const std::string& item) {
+    std::string out = item;
+    for (int i = 0; i < count; ++i)
+        out = "{\"group\": [" + out + "]}";
+    return out;
+}
+
 /// A layout with one text frame; `text` is JSON.
 inline std::string frameWith(const std::string& text) {
     return pageWith("{\"bounds\": [0, 0, 50, 50], \"text\": " + text + "}");

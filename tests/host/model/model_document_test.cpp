@@ -105,6 +105,39 @@ TEST_F(ModelDocumentTest, TagAttributeOnARun) {
     EXPECT_EQ(document->attributeRunAt(story, 0).length, document->totalLength(story));
 }
 
+/// Values that a layout file couldn't hold are refused when they are made.
+TEST_F(ModelDocumentTest, RefusesWhatCantBeSaved) {
+    using enum TextAttributeClass;
+    const auto number = [](TextAttributeClass kind, double value) {
+        return std::make_shared<NumberAttribute>(kind, value);
+    };
+    const auto tag = [](std::string owner, std::string spare) {
+        return std::make_shared<TagAttribute>(
+            kelvaneTag, TagAttribute::Content{std::move(owner), "", "", std::move(spare), 1, "\xFF"});
+    };
+    struct testRow {
+        const char* name;
+        std::shared_ptr<const TextAttribute> attribute;
+        bool isTaken;
+    };
+    const testRow rows[] = {
+        {"largest size", number(pointSize, 1e7), true},
+        {"size too large", number(pointSize, 1.1e7), false},
+        {"size below 0", number(pointSize, -1), false},
+        {"lowest kerning", number(kerning, -1e7), true},
+        {"kerning too low", number(kerning, -1.1e7), false},
+        {"no number", number(baselineShift, NAN), false},
+        {"a link", tag("Kelvane", ""), true},
+        {"owner is no UTF-8", tag("\xFF", ""), false},
+        {"spare is no UTF-8", tag("", "\xC3"), false},
+        {"nothing", nullptr, false},
+    };
+    for (const auto& [name, attribute, isTaken] : rows)
+        EXPECT_EQ(document->attributeApply(story, 0, 1, attribute) == 0, isTaken) << name;
+    EXPECT_NE(document->createSection({document->pageAt(0), "\xFF", "", 1, 0, false, true}), 0);
+    EXPECT_NE(document->createSection({document->pageAt(0), "", "\xFF", 1, 0, false, true}), 0);
+}
+
 TEST_F(ModelDocumentTest, UndoTakesASequenceAsOneStep) {
     const std::string before = "block";
     const std::uint64_t stamp = document->story(story)->stamp;
