@@ -17,6 +17,7 @@
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "host/files/layout_file.h"
+#include "host/render/page_path.h"
 #include "host/render/pdf_writer.h"
 #include "host/render/png_output.h"
 #include "tags/link_names.h"
@@ -118,7 +119,7 @@ class PngOutput final : public PageOutput {
         auto& document = dynamic_cast<DocumentModel&>(built);
         for (std::int32_t i = 0; i < document.pageCount(); ++i) {
             ++pages;
-            const std::string path = pngPagePath(outputPath, pages, pageTotal, pageTotal == 1);
+            const std::string path = pageFilePath(outputPath, pages, pageTotal, pageTotal == 1);
             if (!writePagePng(document, document.pageAt(i), path, dpi, &overset, error)) return errFailed;
         }
         return 0;

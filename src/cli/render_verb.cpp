@@ -1,4 +1,4 @@
-// `tarnova render`: the pages of a layout as they are, to a PDF or to pictures.
+// `tarnova render`: the pages of a layout as they are, to a PDF, PostScript or pictures.
 
 #include <fmt/format.h>
 
@@ -9,9 +9,12 @@
 
 #include "cli/job_setup.h"
 #include "cli/verb.h"
+#include "host/render/page_path.h"
 #include "host/render/page_range.h"
 #include "host/render/pdf_writer.h"
 #include "host/render/png_output.h"
+#include "host/render/postscript_output.h"
+#include "host/render/svg_output.h"
 
 namespace tarnova {
 namespace {
@@ -44,35 +47,85 @@ void tellOverset(DocumentModel& layout, const renderOptionsRec& options, const s
     }
 }
 
-bool renderPdf(const DocumentModel& layout, const renderOptionsRec& options, const PageList& pages,
-               std::vector<OversetText>& overset, std::string& error) {
-    PdfOptions pdf;
-    pdf.title = layout.title();
-    PdfWriter writer;
-    bool good = writer.open(options.outputPath, pdf);
-    for (std::size_t i = 0; good && i < pages.size(); ++i) {
-        good = writer.addPage(layout, layout.pageAt(pages[i]));
+/// What one call draws and what it finds.
+struct renderJobRec {
+    const DocumentModel& layout;
+    const renderOptionsRec& options;
+    const PageList& pages;
+    std::vector<OversetText> overset;
+    std::string error;
+};
+
+/// Adds the pages to an open writer of one file.
+template <typename Writer>
+bool addPages(renderJobRec& job, Writer& writer, bool isOpen) {
+    bool good = isOpen;
+    for (std::size_t i = 0; good && i < job.pages.size(); ++i) {
+        good = writer.addPage(job.layout, job.layout.pageAt(job.pages[i]));
         const auto& onPage = writer.oversetOnLastPage();
-        overset.insert(overset.end(), onPage.begin(), onPage.end());
+        job.overset.insert(job.overset.end(), onPage.begin(), onPage.end());
     }
     good = good && writer.finish();
-    if (!good) error = writer.error();
+    if (!good) job.error = writer.error();
     return good;
 }
 
-bool renderPng(const DocumentModel& layout, const renderOptionsRec& options, const PageList& pages,
-               std::vector<OversetText>& overset, std::string& error) {
-    return std::all_of(pages.begin(), pages.end(), [&](std::int32_t index) {
-        const std::string path = pngPagePath(options.outputPath, index + 1, layout.pageCount(), pages.size() == 1);
-        return writePagePng(layout, layout.pageAt(index), path, options.dpi, &overset, error);
+bool renderPdf(renderJobRec& job) {
+    PdfOptions pdf;
+    pdf.title = job.layout.title();
+    PdfWriter writer;
+    return addPages(job, writer, writer.open(job.options.outputPath, pdf));
+}
+
+bool renderPostScript(renderJobRec& job) {
+    PostScriptWriter writer;
+    return addPages(job, writer, writer.open(job.options.outputPath, job.layout.title(), PostScriptKind::document));
+}
+
+/// Gives each page and its path to `write`, until one fails.
+template <typename WritePage>
+bool renderEach(renderJobRec& job, WritePage write) {
+    return std::all_of(job.pages.begin(), job.pages.end(), [&](std::int32_t index) {
+        return write(job.layout.pageAt(index),
+                     pageFilePath(job.options.outputPath, index + 1, job.layout.pageCount(), job.pages.size() == 1));
     });
 }
 
+bool renderPng(renderJobRec& job) {
+    return renderEach(job, [&job](UID page, const std::string& path) {
+        return writePagePng(job.layout, page, path, job.options.dpi, &job.overset, job.error);
+    });
+}
+
+bool renderSvg(renderJobRec& job) {
+    return renderEach(job, [&job](UID page, const std::string& path) {
+        return writePageSvg(job.layout, page, path, &job.overset, job.error);
+    });
+}
+
+bool renderEps(renderJobRec& job) {
+    return renderEach(job, [&job](UID page, const std::string& path) {
+        return writePageEps(job.layout, page, path, job.layout.title(), &job.overset, job.error);
+    });
+}
+
+struct outputKindRec {
+    std::string_view extension;
+    bool (*render)(renderJobRec& job);
+};
+
+constexpr outputKindRec outputKinds[] = {
+    {".pdf", renderPdf}, {".ps", renderPostScript}, {".png", renderPng}, {".svg", renderSvg}, {".eps", renderEps},
+};
+
 void runRender(const renderOptionsRec& options, verbContext& context) {
     const std::string extension = std::filesystem::path(options.outputPath).extension().string();
-    if (extension != ".pdf" && extension != ".png") {
-        return failVerb(context, fmt::format("{}: the output's name must end in .pdf or .png", options.outputPath),
-                        exitUsage);
+    const auto* const kind = std::find_if(std::begin(outputKinds), std::end(outputKinds),
+                                          [&](const outputKindRec& known) { return known.extension == extension; });
+    if (kind == std::end(outputKinds)) {
+        return failVerb(
+            context, fmt::format("{}: the output's name must end in .pdf, .ps, .png, .svg or .eps", options.outputPath),
+            exitUsage);
     }
     const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
     if (!layout) {
@@ -85,20 +138,21 @@ void runRender(const renderOptionsRec& options, verbContext& context) {
         return failVerb(context, fmt::format("{}: {}", options.layoutPath, error),
                         options.pages.empty() ? exitFailed : exitUsage);
     }
-    std::vector<OversetText> overset;
-    const bool good = extension == ".pdf" ? renderPdf(*layout, options, pages, overset, error)
-                                          : renderPng(*layout, options, pages, overset, error);
-    tellOverset(*layout, options, overset);
-    if (!good) failVerb(context, error);
+    renderJobRec job{*layout, options, pages, {}, {}};
+    const bool good = kind->render(job);
+    tellOverset(*layout, options, job.overset);
+    if (!good) failVerb(context, job.error);
 }
 
 }  // namespace
 
 void addRenderVerb(CLI::App& app, verbContext& context) {
     auto options = std::make_shared<renderOptionsRec>();
-    CLI::App* const verb = app.add_subcommand("render", "Draw the pages of a layout as a PDF or as pictures");
+    CLI::App* const verb = app.add_subcommand("render", "Draw the pages of a layout as PDF, PostScript or pictures");
     verb->add_option("LAYOUT", options->layoutPath, "The layout, a .tvd file")->required();
-    verb->add_option("-o,--output", options->outputPath, "What to make: .pdf, or .png (a file a page)")->required();
+    verb->add_option("-o,--output", options->outputPath,
+                     "What to make: .pdf or .ps, or a file a page: .png, .svg, .eps")
+        ->required();
     verb->add_option("--pages", options->pages, "Which pages, counted from 1: 1-3,5 or 4- (all)");
     verb->add_option("--dpi", options->dpi, "Resolution of .png pages")
         ->check(CLI::Range(pngMinimumDpi, pngMaximumDpi))

@@ -37,6 +37,28 @@ TEST_F(RenderVerb, MakesPicturesNamedByTheirPage) {
     EXPECT_EQ(read("one.png"), read("page-003.png"));
 }
 
+TEST_F(RenderVerb, MakesOnePostScriptFileOfAllPages) {
+    const outcomeRec outcome = run("render three.tvd -o all.ps --pages 2-");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.messages.find("page 2: the text of story "), std::string::npos) << outcome.messages;
+    EXPECT_EQ(shell("gs -q -dSAFER -sDEVICE=pdfwrite -o all.pdf all.ps").output, "");
+    EXPECT_EQ(shell("qpdf --show-npages all.pdf").output, "2\n");
+    EXPECT_NE(read("all.ps").find("%%Title: (Three)\n"), std::string::npos);
+}
+
+TEST_F(RenderVerb, MakesDrawingsNamedByTheirPage) {
+    for (const std::string kind : {"svg", "eps"}) {
+        const outcomeRec outcome = run("render three.tvd -o page." + kind + " --pages 1,3");
+        EXPECT_EQ(outcome.status, 0) << outcome.messages;
+        EXPECT_TRUE(exists("page-001." + kind) && exists("page-003." + kind)) << kind;
+        EXPECT_FALSE(exists("page-002." + kind)) << kind;
+        EXPECT_EQ(run("render three.tvd -o one." + kind + " --pages 3").status, 0);
+        EXPECT_EQ(read("one." + kind), read("page-003." + kind)) << kind;
+    }
+    EXPECT_EQ(shell("xmllint --xpath \"string(/*/@viewBox)\" one.svg").output, "0 0 200 100\n");
+    EXPECT_NE(read("one.eps").find("%%BoundingBox: 0 0 200 100\n"), std::string::npos);
+}
+
 TEST_F(RenderVerb, TellsWhichTextDoesNotFitAndGoesOn) {
     const outcomeRec outcome = run("render three.tvd -o all.pdf");
     EXPECT_EQ(outcome.status, 0);
@@ -52,12 +74,15 @@ TEST_F(RenderVerb, WrongUseSaysWhatIsPossible) {
         const char* message;
     };
     const testRow rows[] = {
-        {"three.tvd -o out.svg", 2, "out.svg: the output's name must end in .pdf or .png"},
-        {"three.tvd -o out", 2, "out: the output's name must end in .pdf or .png"},
+        {"three.tvd -o out.gif", 2, "out.gif: the output's name must end in .pdf, .ps, .png, .svg or .eps"},
+        {"three.tvd -o out", 2, "out: the output's name must end in .pdf, .ps, .png, .svg or .eps"},
         {"three.tvd -o out.pdf --pages 4", 2, "there is no page 4; the document has pages 1 to 3"},
         {"three.tvd -o out.png --dpi 0", 2, "--dpi"},
         {"three.tvd", 2, "--output"},
         {"none.tvd -o out.pdf", 1, "none.tvd"},
+        {"three.tvd -o none/out.ps", 1, "\"none/out.ps\" can't be written: No such file or directory"},
+        {"three.tvd -o none/out.svg", 1, "\"none/out-001.svg\" can't be written: No such file or directory"},
+        {"three.tvd -o none/out.eps", 1, "\"none/out-001.eps\" can't be written: No such file or directory"},
         {"three.tvd -o none/out.pdf", 1, "\"none/out.pdf\" can't be written: No such file or directory"},
     };
     for (const auto& [arguments, status, message] : rows) {
@@ -65,7 +90,7 @@ TEST_F(RenderVerb, WrongUseSaysWhatIsPossible) {
         EXPECT_EQ(outcome.status, status) << arguments;
         EXPECT_NE(outcome.messages.find(message), std::string::npos) << outcome.messages;
     }
-    EXPECT_FALSE(exists("out.pdf") || exists("out.svg") || exists("out.png"));
+    EXPECT_FALSE(exists("out.pdf") || exists("out.gif") || exists("out.png"));
     EXPECT_NE(run("render --help").output.find("Example: tarnova render"), std::string::npos);
 }
 

@@ -1,7 +1,6 @@
 #include "host/render/cairo_painter.h"
 
-#include <cairo-ft.h>
-#include <fontconfig/fontconfig.h>
+#include <hb.h>
 
 #include <algorithm>
 
@@ -10,18 +9,57 @@
 
 namespace tarnova {
 
-CairoPainter::CairoPainter(cairo_t* target, const DisplayList& page) : cairo(target), list(page) {
-    cairo_font_options_t* options = cairo_font_options_create();
-    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-    cairo_set_font_options(cairo, options);
-    cairo_font_options_destroy(options);
-}
+namespace {
 
-CairoPainter::~CairoPainter() {
-    for (const FontFace& known : faces)
-        cairo_font_face_destroy(known.face);
-}
+/// Adds the outline of a glyph to the path of a context.
+struct GlyphPen {
+    cairo_t* cairo;
+    PMMatrix toItem;  // from thousandths of an em, upward
+
+    void trace(const Font& font, std::uint16_t glyph) {
+        hb_font_get_glyph_shape(font.shaper(), glyph, callbacks(), this);
+    }
+
+ private:
+    static hb_draw_funcs_t* callbacks() {
+        static hb_draw_funcs_t* const shared = makeCallbacks();
+        return shared;
+    }
+    /// Without one for quadratic curves: HarfBuzz then makes them cubic.
+    static hb_draw_funcs_t* makeCallbacks() {
+        hb_draw_funcs_t* funcs = hb_draw_funcs_create();
+        hb_draw_funcs_set_move_to_func(funcs, moveTo, nullptr, nullptr);
+        hb_draw_funcs_set_line_to_func(funcs, lineTo, nullptr, nullptr);
+        hb_draw_funcs_set_cubic_to_func(funcs, curveTo, nullptr, nullptr);
+        hb_draw_funcs_set_close_path_func(funcs, closePath, nullptr, nullptr);
+        hb_draw_funcs_make_immutable(funcs);
+        return funcs;
+    }
+
+    [[nodiscard]] PMPoint at(float x, float y) const { return toItem.map({x, y}); }
+
+    static void moveTo(hb_draw_funcs_t*, void* data, hb_draw_state_t*, float x, float y, void*) {
+        const auto& pen = *static_cast<GlyphPen*>(data);
+        const PMPoint to = pen.at(x, y);
+        cairo_move_to(pen.cairo, to.x, to.y);
+    }
+    static void lineTo(hb_draw_funcs_t*, void* data, hb_draw_state_t*, float x, float y, void*) {
+        const auto& pen = *static_cast<GlyphPen*>(data);
+        const PMPoint to = pen.at(x, y);
+        cairo_line_to(pen.cairo, to.x, to.y);
+    }
+    static void curveTo(hb_draw_funcs_t*, void* data, hb_draw_state_t*, float x1, float y1, float x2, float y2, float x,
+                        float y, void*) {
+        const auto& pen = *static_cast<GlyphPen*>(data);
+        const PMPoint first = pen.at(x1, y1), second = pen.at(x2, y2), to = pen.at(x, y);
+        cairo_curve_to(pen.cairo, first.x, first.y, second.x, second.y, to.x, to.y);
+    }
+    static void closePath(hb_draw_funcs_t*, void* data, hb_draw_state_t*, void*) {
+        cairo_close_path(static_cast<GlyphPen*>(data)->cairo);
+    }
+};
+
+}  // namespace
 
 void CairoPainter::paintPage() {
     for (const DisplayItem& item : list.items) {
@@ -106,20 +144,15 @@ void CairoPainter::paintRun(const ComposedStory& text, const GlyphRun& run) {
     if (run.glyphCount == 0 || !(run.size > 0) || !(run.horizontalScale > 0) || !setPaint(run.format->color)) return;
     const double emY = static_cast<double>(run.size) / 1000;
     const double emX = emY * static_cast<double>(run.horizontalScale);
-    glyphs.clear();
     double x = static_cast<double>(run.x);
+    cairo_new_path(cairo);
     for (std::uint32_t g = run.firstGlyph; g < run.firstGlyph + run.glyphCount; ++g) {
         const PlacedGlyph& placed = text.glyphs[g];
-        glyphs.push_back({placed.glyph, x + static_cast<double>(placed.offsetX) * emX,
-                          static_cast<double>(run.y) - static_cast<double>(placed.offsetY) * emY});
+        const double glyphX = x + static_cast<double>(placed.offsetX) * emX;
+        const double glyphY = static_cast<double>(run.y) - static_cast<double>(placed.offsetY) * emY;
+        GlyphPen{cairo, {emX, 0, 0, -emY, glyphX, glyphY}}.trace(*run.font, placed.glyph);
         x += static_cast<double>(placed.advance) * emX;
     }
-    cairo_matrix_t size;
-    cairo_matrix_init_scale(&size, emX * 1000, emY * 1000);
-    cairo_set_font_face(cairo, faceOf(*run.font));
-    cairo_set_font_matrix(cairo, &size);
-    cairo_new_path(cairo);
-    cairo_glyph_path(cairo, glyphs.data(), static_cast<int>(glyphs.size()));
     const TextRules rules = textRulesOf(run);
     cairo_fill(cairo);
     for (int i = 0; i < rules.count; ++i) {
@@ -127,19 +160,6 @@ void CairoPainter::paintRun(const ComposedStory& text, const GlyphRun& run) {
         cairo_rectangle(cairo, rule.left, rule.top, rule.width(), rule.height());
         cairo_fill(cairo);
     }
-}
-
-/// By file, so that no font configuration has a say.
-cairo_font_face_t* CairoPainter::faceOf(const Font& font) {
-    for (const FontFace& known : faces) {
-        if (known.font == &font) return known.face;
-    }
-    FcPattern* pattern = FcPatternCreate();
-    FcPatternAddString(pattern, FC_FILE, reinterpret_cast<const FcChar8*>(font.path().c_str()));
-    FcPatternAddInteger(pattern, FC_INDEX, font.faceIndex());
-    faces.push_back({&font, cairo_ft_font_face_create_for_pattern(pattern)});
-    FcPatternDestroy(pattern);
-    return faces.back().face;
 }
 
 }  // namespace tarnova

@@ -105,6 +105,11 @@ bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& l
     });
 }
 
+const char* whyNoDisplayList(const DocumentModel& document, UID page) {
+    return document.page(page) == nullptr ? "the page isn't in the document"
+                                          : "the document has no composer for its text";
+}
+
 PaintColor resolvePaint(const Paint& paint, const std::vector<Swatch>& swatches) {
     PaintColor color;
     if (paint.swatch <= swatchNone || static_cast<std::size_t>(paint.swatch) >= swatches.size()) return color;

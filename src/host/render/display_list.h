@@ -1,4 +1,4 @@
-// A page as a list of things to paint, back to front: what the PDF writer and the PNG output both read.
+// A page as a list of things to paint, back to front: what all outputs read.
 //
 // Groups are flattened. A text frame gives up to two entries: its shape (when it has a fill or a stroke) and its text.
 // The list borrows from the document: it is valid until the document changes.
@@ -45,6 +45,9 @@ struct DisplayList {
 /// Fills `list`, whose buffers are used again, with what the page shows. Items that paint nothing are left out. False:
 /// no such page, or its text can't be composed because the document has no composer.
 [[nodiscard]] bool buildDisplayList(const DocumentModel& document, UID page, DisplayList& list);
+
+/// Why `buildDisplayList` said no, for people.
+[[nodiscard]] const char* whyNoDisplayList(const DocumentModel& document, UID page);
 
 /// A colour ready to paint: the swatch with the tint applied. `Space::none` paints nothing.
 struct PaintColor {

@@ -38,10 +38,7 @@ class PdfWriter::File {
 
     [[nodiscard]] bool addPage(const DocumentModel& document, UID page) {
         if (closed()) return false;
-        if (!buildDisplayList(document, page, list)) {
-            return fail(document.page(page) == nullptr ? "the page isn't in the document"
-                                                       : "the document has no composer for its text");
-        }
+        if (!buildDisplayList(document, page, list)) return fail(whyNoDisplayList(document, page));
         return addPage(list);
     }
 

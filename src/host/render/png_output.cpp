@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "host/render/cairo_painter.h"
+#include "host/render/cairo_target.h"
 #include "host/render/output_file.h"
 
 namespace tarnova {
@@ -17,9 +17,6 @@ namespace {
 constexpr double largestSide = 32767;  // cairo's
 constexpr double largestArea = 1 << 28;
 constexpr double inchesInMeter = 1 / 0.0254;
-
-using SurfacePtr = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
-using ContextPtr = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
 
 /// cairo's PNG bytes on their way to the file, with the resolution put in where it belongs.
 struct PngStream {
@@ -62,10 +59,6 @@ struct PngStream {
     }
 };
 
-std::string nameOf(const std::string& path) {
-    return fmt::format("\"{}\" can't be written: ", path);
-}
-
 [[nodiscard]] bool sizeInPixels(const DisplayList& page, double dpi, int& width, int& height, std::string& reason) {
     if (!(dpi >= pngMinimumDpi && dpi <= pngMaximumDpi)) {
         reason = fmt::format("the resolution must be {} to {} dpi", pngMinimumDpi, pngMaximumDpi);
@@ -102,7 +95,7 @@ bool writePagePng(const DisplayList& page, const std::string& path, double dpi, 
     int width = 0, height = 0;
     std::string reason;
     if (!sizeInPixels(page, dpi, width, height, reason)) {
-        error = nameOf(path) + reason;
+        error = cantBeWritten(path, reason);
         return false;
     }
     const SurfacePtr surface = drawPage(page, dpi, width, height);
@@ -121,23 +114,7 @@ bool writePagePng(const DisplayList& page, const std::string& path, double dpi, 
 bool writePagePng(const DocumentModel& document, UID page, const std::string& path, double dpi,
                   std::vector<OversetText>* overset, std::string& error) {
     DisplayList list;
-    if (!buildDisplayList(document, page, list)) {
-        error = nameOf(path) + (document.page(page) == nullptr ? "the page isn't in the document"
-                                                               : "the document has no composer for its text");
-        return false;
-    }
-    if (overset != nullptr) overset->insert(overset->end(), list.overset.begin(), list.overset.end());
-    return writePagePng(list, path, dpi, error);
-}
-
-std::string pngPagePath(const std::string& path, std::int32_t pageNumber, std::int32_t pageCount, bool single) {
-    if (single) return path;
-    const std::size_t slash = path.rfind('/');
-    const std::size_t dot = path.rfind('.');
-    const bool hasExtension = dot != std::string::npos && (slash == std::string::npos || dot > slash);
-    const std::size_t stem = hasExtension ? dot : path.size();
-    const std::size_t digits = std::max<std::size_t>(3, fmt::formatted_size("{}", pageCount));
-    return fmt::format("{}-{:0{}}{}", path.substr(0, stem), pageNumber, digits, path.substr(stem));
+    return listForFile(document, page, path, list, overset, error) && writePagePng(list, path, dpi, error);
 }
 
 }  // namespace tarnova

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -21,10 +20,5 @@ inline constexpr double pngMaximumDpi = 2400;
 [[nodiscard]] bool writePagePng(const DocumentModel& document, UID page, const std::string& path, double dpi,
                                 std::vector<OversetText>* overset, std::string& error);
 [[nodiscard]] bool writePagePng(const DisplayList& page, const std::string& path, double dpi, std::string& error);
-
-/// Name of a page's file: `path` itself for a single page, else the page's number before the extension ("out-007.png"),
-/// with at least three digits and as many as the document's last number has. Numbers count from 1.
-[[nodiscard]] std::string pngPagePath(const std::string& path, std::int32_t pageNumber, std::int32_t pageCount,
-                                      bool single);
 
 }  // namespace tarnova

@@ -1,0 +1,69 @@
+#include "host/render/svg_output.h"
+
+#include <cairo-svg.h>
+
+#include "host/render/cairo_painter.h"
+#include "host/render/cairo_target.h"
+#include "host/render/output_file.h"
+
+namespace tarnova {
+
+namespace {
+
+cairo_status_t append(void* closure, const unsigned char* data, unsigned count) {
+    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), count);
+    return CAIRO_STATUS_SUCCESS;
+}
+
+/// The page as cairo writes it; empty when it couldn't, with its reason in `reason`.
+std::string drawnSvg(const DisplayList& page, std::string& reason) {
+    std::string svg;
+    const SurfacePtr surface(cairo_svg_surface_create_for_stream(append, &svg, page.page.width(), page.page.height()),
+                             cairo_surface_destroy);
+    cairo_svg_surface_restrict_to_version(surface.get(), CAIRO_SVG_VERSION_1_1);
+    const ContextPtr context(cairo_create(surface.get()), cairo_destroy);
+    CairoPainter(context.get(), page).paintPage();
+    cairo_show_page(context.get());
+    const cairo_status_t drawn = cairo_status(context.get());
+    cairo_surface_finish(surface.get());
+    const cairo_status_t finished = cairo_surface_status(surface.get());
+    if (drawn == CAIRO_STATUS_SUCCESS && finished == CAIRO_STATUS_SUCCESS) return svg;
+    reason = cairo_status_to_string(drawn != CAIRO_STATUS_SUCCESS ? drawn : finished);
+    return {};
+}
+
+/// The outer group is named by a number that counts the surfaces of the process.
+void dropSurfaceName(std::string& svg) {
+    const std::size_t name = svg.find(" id=\"surface");
+    if (name == std::string::npos) return;
+    svg.erase(name, svg.find('>', name) - name);
+}
+
+}  // namespace
+
+bool writePageSvg(const DisplayList& page, const std::string& path, std::string& error) {
+    std::string reason = "a page has no area";
+    std::string svg;
+    if (page.page.width() > 0 && page.page.height() > 0) svg = drawnSvg(page, reason);
+    if (svg.empty()) {
+        error = cantBeWritten(path, reason);
+        return false;
+    }
+    dropSurfaceName(svg);
+    OutputFile file;
+    bool written = file.open(path);
+    if (written) {
+        file.write(svg);
+        written = file.finish();
+    }
+    if (!written) error = file.error();
+    return written;
+}
+
+bool writePageSvg(const DocumentModel& document, UID page, const std::string& path, std::vector<OversetText>* overset,
+                  std::string& error) {
+    DisplayList list;
+    return listForFile(document, page, path, list, overset, error) && writePageSvg(list, path, error);
+}
+
+}  // namespace tarnova

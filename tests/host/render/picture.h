@@ -1,0 +1,92 @@
+// PNG pictures read back, and a page on which outputs have to agree.
+
+#pragma once
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include "tests/host/render/page_kit.h"
+
+namespace tarnova::testing {
+
+/// A PNG file.
+class Picture {
+ public:
+    static constexpr int block = 8;  // pixels
+
+    explicit Picture(const std::string& path) : surface(cairo_image_surface_create_from_png(path.c_str())) {}
+    ~Picture() { cairo_surface_destroy(surface); }
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
+
+    [[nodiscard]] int width() const { return cairo_image_surface_get_width(surface); }
+    [[nodiscard]] int height() const { return cairo_image_surface_get_height(surface); }
+    [[nodiscard]] std::uint32_t at(int x, int y) const {
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface) + 4 * x,
+                    4);
+        return pixel & 0xFFFFFF;
+    }
+    [[nodiscard]] int darkPixels(int left, int top, int right, int bottom) const {
+        int count = 0;
+        for (int y = top; y < bottom; ++y) {
+            for (int x = left; x < right; ++x)
+                count += (at(x, y) & 0xFF) < 0x80 ? 1 : 0;
+        }
+        return count;
+    }
+    [[nodiscard]] int darkPixels() const { return darkPixels(0, 0, width(), height()); }
+
+    /// How dark a block is by its green, from 0 (white) to 1.
+    [[nodiscard]] double ink(int left, int top) const {
+        double sum = 0;
+        for (int y = top; y < top + block; ++y) {
+            for (int x = left; x < left + block; ++x)
+                sum += 0xFF - static_cast<double>(at(x, y) >> 8 & 0xFF);
+        }
+        return sum / (0xFF * block * block);
+    }
+
+ private:
+    cairo_surface_t* surface;
+};
+
+/// Edges may be smoothed differently, but shapes may not move.
+inline void expectTheSamePicture(const Picture& own, const Picture& other) {
+    ASSERT_EQ(own.width(), other.width());
+    ASSERT_EQ(own.height(), other.height());
+    double largest = 0;
+    for (int y = 0; y + Picture::block <= own.height(); y += Picture::block) {
+        for (int x = 0; x + Picture::block <= own.width(); x += Picture::block) {
+            largest = std::max(largest, std::fabs(own.ink(x, y) - other.ink(x, y)));
+        }
+    }
+    EXPECT_GT(own.darkPixels(), 3000);
+    EXPECT_LT(largest, 0.3);
+}
+
+/// Text in two fonts, upright and turned, and a dashed ellipse; all in RGB, since programs convert CMYK differently.
+inline void drawSample(PageKit& kit) {
+    kit.swatches.push_back({"Screen black", Swatch::Space::rgb, {0, 0, 0, 0}});
+    CharFormat format;
+    format.color = {static_cast<std::int32_t>(kit.swatches.size()) - 1, 1};
+    format.pointSize = 24;
+    format.underline = true;
+    kit.line(U"Springfield", 20, 60, format);
+    format.family = "DejaVu Sans";
+    format.horizontalScale = 0.7;
+    kit.line(U"Kαλημέρα", 20, 120, format, {0.9, 0.3, -0.3, 0.9, 20, 0});
+    ItemShape ellipse;
+    ellipse.kind = pathInfoRec::Kind::ellipse;
+    ellipse.bounds = {0, 0, 100, 50};
+    ellipse.stroke.paint = {PageKit::bluish, 1};
+    ellipse.stroke.weight = 4;
+    ellipse.stroke.dash = {12, 6};
+    kit.shape(ellipse, {1, 0.2, 0, 1, 40, 200});
+}
+
+}  // namespace tarnova::testing

@@ -1,0 +1,84 @@
+#include "host/render/svg_output.h"
+
+#include <gtest/gtest.h>
+
+#include "host/render/png_output.h"
+#include "tests/host/render/page_kit.h"
+#include "tests/host/render/picture.h"
+
+namespace tarnova {
+namespace {
+
+using namespace tarnova::testing;
+
+class SvgFile : public ::testing::Test {
+ protected:
+    void draw(const DisplayList& page) {
+        std::string error;
+        ASSERT_TRUE(writePageSvg(page, path, error)) << error;
+        EXPECT_EQ(runCommand("xmllint --noout --nonet '" + path + "'").output, "");
+    }
+
+    ScratchFolder folder;
+    std::string path = folder.path("page.svg");
+    PageKit kit;  // 200 by 300 points
+};
+
+TEST_F(SvgFile, AnotherProgramSeesThePictureThatThePngShows) {
+    drawSample(kit);
+    draw(kit.list);
+    const std::string own = folder.path("own.png"), other = folder.path("other.png");
+    std::string error;
+    ASSERT_TRUE(writePagePng(kit.list, own, 288, error)) << error;
+    const CommandResult drawn =
+        runCommand("rsvg-convert -b white --dpi-x 288 --dpi-y 288 -o '" + other + "' '" + path + "'");
+    ASSERT_EQ(drawn.status, 0) << drawn.output;
+    expectTheSamePicture(Picture(own), Picture(other));
+}
+
+TEST_F(SvgFile, HoldsSizeColoursAndOutlinesOnly) {
+    PageKit odd(200.5, 300.25);
+    odd.rectangle({10, 20, 30, 40}, {PageKit::bluish, 0.5});
+    odd.line(U"Hi", 10, 80);
+    draw(odd.list);
+    const std::string svg = fileBytes(path);
+    EXPECT_NE(svg.find(R"(width="200.5pt" height="300.25pt" viewBox="0 0 200.5 300.25")"), std::string::npos) << svg;
+    EXPECT_NE(svg.find("fill:rgb(50%,75%,100%)"), std::string::npos) << svg;
+    EXPECT_EQ(countOf(svg, "<path"), 2u) << svg;
+    EXPECT_EQ(countOf(svg, "<image") + countOf(svg, "<text") + countOf(svg, "href"), 0u) << svg;
+}
+
+TEST_F(SvgFile, GlyphsKeepTheShapeOfTheFontHoweverSmall) {
+    CharFormat tiny;
+    tiny.pointSize = 1;
+    const PMMatrix enlarged = {50, 0, 0, 50, 10, 100};
+    kit.line(U"O", 0, 0, tiny, enlarged);
+    draw(kit.list);
+    const std::string small = fileBytes(path);
+    PageKit large;
+    CharFormat fifty;
+    fifty.pointSize = 50;
+    large.line(U"O", 0, 0, fifty, {1, 0, 0, 1, 10, 100});
+    draw(large.list);
+    EXPECT_EQ(small, fileBytes(path));
+}
+
+TEST_F(SvgFile, TheSamePageGivesTheSameBytes) {
+    drawSample(kit);
+    draw(kit.list);
+    const std::string first = fileBytes(path);
+    draw(kit.list);
+    EXPECT_EQ(first, fileBytes(path));
+}
+
+TEST_F(SvgFile, FailuresNameTheFileAndLeaveNothing) {
+    std::string error;
+    EXPECT_FALSE(writePageSvg(PageKit(0, 100).list, path, error));
+    EXPECT_EQ(error, "\"" + path + "\" can't be written: a page has no area");
+    EXPECT_FALSE(writePageSvg(kit.list, folder.path("none/page.svg"), error));
+    EXPECT_NE(error.find("none/page.svg\" can't be written: No such file"), std::string::npos) << error;
+    EXPECT_EQ(folder.fileCount(), 0u);
+}
+
+}  // namespace
+}  // namespace tarnova
