@@ -43,6 +43,11 @@ void apply(const ParaOverrides& from, ParaFormat& to) {
     apply(from.spaceBefore, to.spaceBefore);
     apply(from.spaceAfter, to.spaceAfter);
     apply(from.tabs, to.tabs);
+    apply(from.hyphenate, to.hyphenate);
+    apply(from.hyphenWordLetters, to.hyphenWordLetters);
+    apply(from.hyphenLettersBefore, to.hyphenLettersBefore);
+    apply(from.hyphenLettersAfter, to.hyphenLettersAfter);
+    apply(from.hyphensInARow, to.hyphensInARow);
 }
 
 std::size_t hashOf(const CharFormat& f) {
@@ -55,7 +60,8 @@ std::size_t hashOf(const CharFormat& f) {
 std::size_t hashOf(const ParaFormat& f) {
     Hasher h;
     h.add(f.alignment).add(f.leftIndent).add(f.rightIndent).add(f.firstLineIndent).add(f.spaceBefore);
-    return h.add(f.spaceAfter).add(f.tabs).value();
+    h.add(f.spaceAfter).add(f.tabs).add(f.hyphenate).add(f.hyphenWordLetters).add(f.hyphenLettersBefore);
+    return h.add(f.hyphenLettersAfter).add(f.hyphensInARow).value();
 }
 
 /// The one object of the process that equals the format.

@@ -18,6 +18,9 @@
 
 namespace tarnova {
 
+/// How many steps can be undone one after the other, and done again.
+inline constexpr std::size_t undoStepCapacity = 64;
+
 /// The highest number at which a section may start.
 inline constexpr std::int32_t sectionNumberLimit = 1'000'000'000;
 
@@ -81,6 +84,12 @@ class DocumentModel : public Document {
 
     /// The composition of a story at least through the position, from the cache or made now.
     [[nodiscard]] virtual const StoryLayout* layoutOf(UID story, std::int32_t through) const = 0;
+    /// Undoes the last step and gives its name; nothing when there is none or a sequence is open. As many steps can be
+    /// undone one after the other as `undoStepCapacity` says.
+    virtual std::optional<std::string> undo() = 0;
+    /// Does the step that was undone last again and gives its name. A new step drops what could be done again.
+    virtual std::optional<std::string> redo() = 0;
+
     /// Who composes; set once by the program. Null: nothing can be asked that needs composition.
     virtual void setComposer(std::shared_ptr<Composer> composer) = 0;
 

@@ -65,6 +65,11 @@ struct ParaFormat {
     double spaceBefore = 0;
     double spaceAfter = 0;
     std::vector<TabStop> tabs;
+    bool hyphenate = false;                // words at line ends, by the dictionary of their language
+    std::int32_t hyphenWordLetters = 5;    // of a word that is hyphenated, at least
+    std::int32_t hyphenLettersBefore = 2;  // at least, in front of the hyphen
+    std::int32_t hyphenLettersAfter = 3;   // and behind it
+    std::int32_t hyphensInARow = 3;        // lines that end in a hyphen one after the other, at most; 0: any number
     friend bool operator==(const ParaFormat&, const ParaFormat&) = default;
 };
 
@@ -83,6 +88,8 @@ struct ParaOverrides {
     std::optional<Alignment> alignment;
     std::optional<double> leftIndent, rightIndent, firstLineIndent, spaceBefore, spaceAfter;
     std::optional<std::vector<TabStop>> tabs;
+    std::optional<bool> hyphenate;
+    std::optional<std::int32_t> hyphenWordLetters, hyphenLettersBefore, hyphenLettersAfter, hyphensInARow;
     friend bool operator==(const ParaOverrides&, const ParaOverrides&) = default;
 };
 

@@ -22,6 +22,7 @@ errorWord ModelDocument::BeginCommandSequence(std::string_view name, bool undoab
         recording = false;
         openStep = {};
         steps.clear();
+        undone.clear();
     }
     return 0;
 }
@@ -30,16 +31,30 @@ void ModelDocument::EndCommandSequence() {
     if (sequenceDepth == 0 || --sequenceDepth > 0) return;
     if (!recording) return;
     recording = false;
+    undone.clear();
     steps.push_back(std::exchange(openStep, UndoStep{}));
     if (steps.size() > undoStepCapacity) steps.pop_front();
 }
 
 bool ModelDocument::undoNamedStep(std::string_view name) {
-    if (sequenceDepth > 0 || steps.empty() || steps.back().name != name) return false;
-    restore(steps.back());
+    if (steps.empty() || steps.back().name != name) return false;
+    return undo().has_value();
+}
+
+std::optional<std::string> ModelDocument::undo() {
+    if (sequenceDepth > 0 || steps.empty()) return std::nullopt;
+    exchange(steps.back());
+    undone.push_back(std::move(steps.back()));
     steps.pop_back();
-    changed = true;
-    return true;
+    return undone.back().name;
+}
+
+std::optional<std::string> ModelDocument::redo() {
+    if (sequenceDepth > 0 || undone.empty()) return std::nullopt;
+    exchange(undone.back());
+    steps.push_back(std::move(undone.back()));
+    undone.pop_back();
+    return steps.back().name;
 }
 
 ModelDocument::ObjectState ModelDocument::stateOf(const ObjectSlot& slot) {
@@ -56,13 +71,13 @@ ModelDocument::ObjectState ModelDocument::stateOf(const ObjectSlot& slot) {
 
 void ModelDocument::keep(UID uid) {
     if (!recording) return;
-    const auto [at, isNew] = openStep.before.try_emplace(uid);
+    const auto [at, isNew] = openStep.objects.try_emplace(uid);
     if (isNew) at->second = stateOf(table.slot(uid));
 }
 
 void ModelDocument::keepLists() {
     changed = true;
-    if (recording && !openStep.listsBefore) openStep.listsBefore = lists;
+    if (recording && !openStep.lists) openStep.lists = lists;
 }
 
 void ModelDocument::destroy(UID uid) {
@@ -71,9 +86,10 @@ void ModelDocument::destroy(UID uid) {
     table.take(uid);
 }
 
-void ModelDocument::restore(UndoStep& step) {
-    for (auto& [uid, state] : step.before) {
-        table.take(uid);
+/// Puts what the step holds in place of what is there, and keeps that instead: a step undone is one to do again.
+void ModelDocument::exchange(UndoStep& step) {
+    for (auto& [uid, state] : step.objects) {
+        ObjectState other = std::exchange(state, takeState(uid));
         std::visit(
             [this, key = uid](auto& object) {
                 using Object = std::decay_t<decltype(object)>;
@@ -81,10 +97,36 @@ void ModelDocument::restore(UndoStep& step) {
                     table.put(key, std::make_unique<Object>(std::move(object)));
                 }
             },
-            state);
+            other);
     }
-    if (step.listsBefore) lists = std::move(*step.listsBefore);
+    if (step.lists) std::swap(lists, *step.lists);
+    for (const auto& [uid, state] : step.objects) {
+        if (const Spread* changedSpread = spread(uid)) forgetPlaces(*changedSpread);
+    }
     renumberPages();
+    changed = true;
+}
+
+ModelDocument::ObjectState ModelDocument::takeState(UID uid) {
+    ObjectSlot slot = table.take(uid);
+    return std::visit(
+        [](auto& held) -> ObjectState {
+            if constexpr (std::is_same_v<std::decay_t<decltype(held)>, std::monostate>) {
+                return std::monostate{};
+            } else {
+                return std::move(*held);
+            }
+        },
+        slot);
+}
+
+/// Which page an item lies on is found anew when the pages of its spread have changed.
+void ModelDocument::forgetPlaces(const Spread& from) {
+    std::vector<UID> items;
+    for (UID node : from.layerNodes)
+        collectItems(node, items);
+    for (UID uid : items)
+        item(uid)->pageInSpread = PageItem::pageUnknown;
 }
 
 }  // namespace tarnova

@@ -24,9 +24,6 @@
 
 namespace tarnova {
 
-/// How many steps can be undone one after the other.
-inline constexpr std::size_t undoStepCapacity = 64;
-
 /// The next of the process: every change of an item or a story takes one.
 [[nodiscard]] std::uint64_t newStamp();
 
@@ -146,6 +143,8 @@ class ModelDocument final : public DocumentModel {
     const CharFormat* resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const override;
     const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const override;
     const StoryLayout* layoutOf(UID story, std::int32_t through) const override;
+    std::optional<std::string> undo() override;
+    std::optional<std::string> redo() override;
     void setComposer(std::shared_ptr<Composer> newComposer) override { composer = std::move(newComposer); }
     std::uint64_t templateStamp() const override { return templateStampValue; }
     void setLocation(std::string newFolder, std::string newName) override;
@@ -166,12 +165,12 @@ class ModelDocument final : public DocumentModel {
         std::shared_ptr<const std::string> itemData[2];
     };
 
-    /// An object as it was before a step; nothing: it didn't exist.
+    /// An object on the other side of a step; nothing: it doesn't exist there.
     using ObjectState = std::variant<std::monostate, Page, Spread, PageItem, Story>;
     struct UndoStep {
         std::string name;
-        std::unordered_map<UID, ObjectState> before;
-        std::optional<Lists> listsBefore;
+        std::unordered_map<UID, ObjectState> objects;
+        std::optional<Lists> lists;
     };
 
     /// A change outside of a sequence is a step of its own.
@@ -196,7 +195,9 @@ class ModelDocument final : public DocumentModel {
     template <typename Object>
     Object* create(Object object, UID uid);
     void destroy(UID uid);
-    void restore(UndoStep& step);
+    void exchange(UndoStep& step);
+    [[nodiscard]] ObjectState takeState(UID uid);
+    void forgetPlaces(const Spread& spread);
 
     [[nodiscard]] UID takeUid() { return uidCounter++; }
     [[nodiscard]] bool uidsLeft(std::size_t count) const { return count < uidLimit - uidCounter; }
@@ -247,7 +248,8 @@ class ModelDocument final : public DocumentModel {
     std::int32_t sequenceDepth = 0;
     bool recording = false;  // the open sequence can be undone
     UndoStep openStep;
-    std::deque<UndoStep> steps;
+    std::deque<UndoStep> steps;    // each with what was before it
+    std::vector<UndoStep> undone;  // each with what was behind it; the last is the next to do again
 };
 
 template <typename Object>

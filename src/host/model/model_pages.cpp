@@ -261,11 +261,7 @@ void ModelDocument::removePageOfSpread(UID uid) {
         static_cast<void>(deleteItem(child));
     std::erase(changeable<Spread>(spreadUid)->pages, uid);
     destroy(uid);
-    std::vector<UID> left;
-    for (UID node : nodes)
-        collectItems(node, left);
-    for (UID child : left)
-        item(child)->pageInSpread = PageItem::pageUnknown;
+    forgetPlaces(*spread(spreadUid));
 }
 
 /// Takes spreads and pages that are gone out of the lists. A run drops its last pages again and again, so those at the

@@ -172,6 +172,35 @@ TEST_F(ModelDocumentTest, UndoTakesASequenceAsOneStep) {
     EXPECT_TRUE(document->undoNamedStep("Set Item Data"));
 }
 
+TEST_F(ModelDocumentTest, RedoDoesTheUndoneAgain) {
+    ASSERT_EQ(document->textReplace(story, 0, 4, U"Hi", true), 0);
+    ASSERT_EQ(document->deleteItem(box), 0);
+    const std::uint64_t stamp = document->story(story)->stamp;
+    EXPECT_EQ(document->redo(), std::nullopt);
+    EXPECT_EQ(document->undo(), "Delete Item");
+    EXPECT_EQ(document->undo(), "Replace Text");
+    EXPECT_EQ(document->undo(), std::nullopt);
+    EXPECT_TRUE(document->itemExists(box));
+    EXPECT_EQ(document->redo(), "Replace Text");
+    EXPECT_EQ(document->textRead(story, 0, 3), U"Hi ");
+    EXPECT_EQ(document->story(story)->stamp, stamp) << "what was drawn of it holds again";
+    EXPECT_TRUE(document->undoNamedStep("Replace Text"));
+    EXPECT_EQ(document->redo(), "Replace Text");
+    document->setItemLocked(frame, true);
+    EXPECT_EQ(document->redo(), std::nullopt) << "a new step drops what was undone";
+    EXPECT_TRUE(document->itemExists(box));
+    EXPECT_EQ(document->undo(), "Lock Item");
+    ASSERT_EQ(document->BeginCommandSequence("Run", false), 0);
+    document->EndCommandSequence();
+    EXPECT_EQ(document->redo(), std::nullopt);
+    for (std::size_t i = 0; i <= undoStepCapacity; ++i)
+        document->setItemLocked(frame, i % 2 == 0);
+    std::size_t count = 0;
+    while (document->undo())
+        ++count;
+    EXPECT_EQ(count, undoStepCapacity);
+}
+
 TEST_F(ModelDocumentTest, SequencesThatCantBeUndone) {
     EXPECT_EQ(document->textReplace(story, 0, 4, U"Hi", true), 0);
     ASSERT_EQ(document->BeginCommandSequence("Run", false), 0);
@@ -385,6 +414,11 @@ TEST(ModelDocument, GroupsPagesAndPasteboard) {
     EXPECT_FALSE(document->itemExists(member));
     EXPECT_TRUE(document->itemExists(across));
     EXPECT_TRUE(document->itemExists(away));
+    ASSERT_TRUE(document->undo());
+    ASSERT_EQ(document->removePages({left}), 0);
+    EXPECT_EQ(document->pageOfItem(member).page, right);
+    ASSERT_TRUE(document->undo());
+    EXPECT_EQ(document->pageOfItem(member).page, right) << "it lies on the second page again";
     EXPECT_NE(document->deleteItem(document->parent(away)), 0) << "a node stays";
 }
 

@@ -1,0 +1,314 @@
+// Random edits of a document: what must hold behind each of them, and that undo and redo lead to the same files.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <random>
+#include <set>
+
+#include "host/model/story_text.h"
+#include "tests/host/files/layout_kit.h"
+
+namespace tarnova {
+namespace {
+
+constexpr const char* startingLayout = R"({"tarnovaLayout": 1, "pageSize": [100, 100],
+    "layers": [{"name": "Back"}, {"name": "Front"}],
+    "masters": [{"name": "A", "pages": [{"items": [{"bounds": [1, 1, 9, 9], "text": "{{Page}}"}]}]},
+                {"name": "B", "pages": [{"master": "A"}, {}]}],
+    "spreads": [
+        {"pages": [{"master": "B", "items": [{"name": "one", "bounds": [5, 5, 40, 40], "text": "A story\nof {{Name}} that runs"},
+                              {"group": [{"bounds": [50, 5, 9, 9], "fill": "Black"}, {"bounds": [60, 5, 9, 9], "text": "member"}]}]},
+                   {"items": [{"name": "two", "layer": "Front", "bounds": [5, 5, 40, 40], "flowsFrom": "one"},
+                              {"bounds": [5, 50, 40, 40], "text": "x", "columns": 3}]}],
+         "items": [{"bounds": [500, 5, 40, 40], "text": "pasteboard"}]},
+        {"pages": [{"master": "A", "items": [{"bounds": [5, 5, 40, 40], "flowsFrom": "two"}, {"bounds": [5, 50, 9, 9], "tag": {"link": "L"}}]}]}],
+    "sections": [{"page": 2, "prefix": "A-", "includePrefix": true}, {"page": 3, "style": "lowerRoman", "startNumber": 7}]})";
+
+/// The file less the two numbers that only grow: an identity isn't used again after an undo either.
+std::string stateOf(const DocumentModel& document) {
+    std::string bytes = writeLayout(document);
+    for (const char* member : {"\"nextUid\"", "\"nextTagId\""}) {
+        const std::size_t start = bytes.find(member);
+        bytes.erase(start, bytes.find('\n', start) - start);
+    }
+    return bytes;
+}
+
+/// Follows everything from the spreads down and checks what hangs together both ways.
+class Census {
+ public:
+    explicit Census(const DocumentModel& itsDocument) : document(itsDocument) {}
+
+    void take() {
+        note(document.documentUid());
+        for (std::int32_t i = 0; i < document.layerCount(); ++i)
+            note(document.layerAt(i));
+        std::vector<UID> pages;
+        for (std::int32_t i = 0; i < document.spreadCount(); ++i)
+            takeSpread(document.spreadAt(i), pages);
+        ASSERT_EQ(document.pageCount(), static_cast<std::int32_t>(pages.size()));
+        for (std::int32_t i = 0; i < document.pageCount(); ++i) {
+            EXPECT_EQ(document.pageAt(i), pages[static_cast<std::size_t>(i)]);
+            EXPECT_EQ(document.pageIndex(document.pageAt(i)), i);
+        }
+        for (std::int32_t i = 0; i < document.masterCount(); ++i)
+            takeSpread(document.masterAt(i), pages);
+        for (const sectionRec& section : document.sections())
+            EXPECT_GE(document.pageIndex(section.startPage), 0);
+        takeStories();
+        EXPECT_LT(*uids.rbegin(), document.nextUid());
+    }
+
+    std::vector<UID> items;
+
+ private:
+    void note(UID uid) { EXPECT_TRUE(uids.insert(uid).second) << "UID " << uid << " stands twice"; }
+
+    void takeSpread(UID uid, std::vector<UID>& pages) {
+        note(uid);
+        const Spread& spread = *document.spread(uid);
+        for (UID page : spread.pages) {
+            note(page);
+            pages.push_back(page);
+            EXPECT_EQ(document.spreadOfPage(page), uid);
+        }
+        ASSERT_EQ(spread.layerNodes.size(), static_cast<std::size_t>(document.layerCount()));
+        for (std::size_t i = 1; i < spread.layerNodes.size(); ++i)
+            takeItem(spread.layerNodes[i], kInvalidUID, uid);
+    }
+
+    void takeItem(UID uid, UID parent, UID spread) {
+        note(uid);
+        items.push_back(uid);
+        const PageItem* item = document.item(uid);
+        ASSERT_NE(item, nullptr);
+        EXPECT_EQ(item->parent, parent);
+        EXPECT_EQ(item->spread, spread);
+        if (item->itemClass == ItemClass::splineItem && item->story != kInvalidUID) {
+            framesByStory[item->story].insert(uid);
+            EXPECT_EQ(document.childCount(uid), item->shape->text.columns);
+        }
+        for (std::size_t i = 0; i < item->children.size(); ++i) {
+            const PageItem* child = document.item(item->children[i]);
+            ASSERT_NE(child, nullptr);
+            if (child->itemClass == ItemClass::textColumnItem) {
+                EXPECT_EQ(child->story, item->story);
+                EXPECT_EQ(child->column, static_cast<std::int32_t>(i));
+            }
+            takeItem(item->children[i], uid, spread);
+        }
+    }
+
+    void takeStories() {
+        EXPECT_EQ(document.stories().size(), framesByStory.size()) << "a story without frames, or frames without one";
+        for (UID uid : document.stories()) {
+            note(uid);
+            const std::vector<UID> frames = document.framesOfStory(uid);
+            EXPECT_EQ(std::set<UID>(frames.begin(), frames.end()), framesByStory[uid]);
+            EXPECT_EQ(frames.size(), framesByStory[uid].size());
+            EXPECT_TRUE(storyIsConsistent(*document.story(uid)->content));
+        }
+    }
+
+    const DocumentModel& document;
+    std::set<UID> uids;
+    std::map<UID, std::set<UID>> framesByStory;
+};
+
+/// One random life of a document.
+class RandomEdits {
+ public:
+    explicit RandomEdits(unsigned seed) : random(seed), document(opened(startingLayout)) {
+        states = {stateOf(*document)};
+    }
+
+    void run(int steps) {
+        for (int i = 0; i < steps && !testing::Test::HasFailure(); ++i) {
+            const int choice = below(12);
+            if (choice == 0) {
+                moveInHistory(below(5));
+            } else if (choice == 1) {
+                sequence(below(3) != 0);
+            } else {
+                edit();
+                noteStep();
+            }
+            check();
+        }
+        wholeWayBackAndForth();
+    }
+
+ private:
+    int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
+    template <typename Element>
+    const Element& oneOf(const std::vector<Element>& list) {
+        return list[random() % list.size()];
+    }
+
+    /// One operation, which always leaves a step.
+    void edit() {
+        static const std::vector<std::function<bool(RandomEdits&)>> operations = {
+            &RandomEdits::replaceText, &RandomEdits::replaceText,  &RandomEdits::changeAttribute,
+            &RandomEdits::deleteItem,  &RandomEdits::setDataBlock, &RandomEdits::lockItem,
+            &RandomEdits::addPages,    &RandomEdits::removePages,  &RandomEdits::copySpread,
+            &RandomEdits::addSection};
+        while (!oneOf(operations)(*this)) {
+        }
+    }
+
+    bool replaceText() {
+        const std::vector<UID> stories = document->stories();
+        if (stories.empty()) return false;
+        const UID story = oneOf(stories);
+        const std::int32_t length = document->totalLength(story) - 1, start = below(length + 1);
+        const std::int32_t count = below(length - start + 1);
+        const std::vector<std::u32string> texts = {U"", U"new", U"two\nparagraphs", U"\n", U"{{no link}}"};
+        const std::u32string& text = oneOf(texts);
+        if (count == 0 && text.empty()) return false;  // succeeds and is no step
+        return document->textReplace(story, start, count, text, below(2) == 0) == 0;
+    }
+
+    bool changeAttribute() {
+        const std::vector<UID> stories = document->stories();
+        if (stories.empty()) return false;
+        const UID story = oneOf(stories);
+        const std::int32_t start = below(document->totalLength(story));
+        const std::int32_t count = 1 + below(document->totalLength(story) - start);
+        if (below(3) == 0) return document->attributeRemove(story, start, count, TextAttributeClass::kelvaneTag) == 0;
+        if (below(2) == 0) {
+            return document->attributeApply(
+                       story, start, count,
+                       std::make_shared<NumberAttribute>(TextAttributeClass::pointSize, below(9))) == 0;
+        }
+        const TagAttribute::Content tag{"Kelvane", "Highlight", "Green", "Spare", static_cast<std::uint32_t>(below(99)),
+                                        "?"};
+        return document->attributeApply(story, start, count,
+                                        std::make_shared<TagAttribute>(TextAttributeClass::kelvaneTag, tag)) == 0;
+    }
+
+    UID anyItem() {
+        Census census(*document);
+        census.take();
+        return census.items.empty() ? kInvalidUID : oneOf(census.items);
+    }
+
+    bool deleteItem() { return below(2) == 0 && document->deleteItem(anyItem()) == 0; }
+    bool setDataBlock() {
+        std::optional<std::string> block;
+        if (below(3) != 0) block = std::string(random() % 9, 'd');
+        return document->setItemDataBlock(below(4) == 0 ? kInvalidUID : anyItem(), below(2), block) == 0;
+    }
+    bool lockItem() {
+        const UID item = anyItem();
+        if (item == kInvalidUID) return false;
+        document->setItemLocked(item, below(2) == 0);
+        return true;
+    }
+
+    bool addPages() { return document->pageCount() < 8 && document->addPages(1 + below(2)) == 0; }
+    bool removePages() {
+        if (document->pageCount() < 2) return false;
+        std::vector<UID> gone;
+        for (int i = 0; i <= below(3); ++i)
+            gone.push_back(document->pageAt(below(document->pageCount())));
+        return document->removePages(gone) == 0;
+    }
+    bool copySpread() {
+        return document->spreadCount() < 5 && document->spreadCount() > 0 &&
+               document->duplicateSpread(document->spreadAt(below(document->spreadCount()))) == 0;
+    }
+    bool addSection() {
+        if (document->pageCount() == 0) return false;
+        return document->createSection({document->pageAt(below(document->pageCount())), "S", "", below(9), below(5),
+                                        below(2) == 0, true}) == 0;
+    }
+
+    void noteStep() {
+        states.resize(place + 1);
+        states.push_back(stateOf(*document));
+        ++place;
+        const std::size_t kept = undoStepCapacity + 1;
+        if (states.size() > kept) {
+            states.erase(states.begin());
+            --place;
+        }
+    }
+
+    /// Several edits as one step, with sequences inside; one that can't be undone begins the history anew.
+    void sequence(bool undoable) {
+        ASSERT_EQ(document->BeginCommandSequence("Outer", undoable), 0);
+        edit();
+        EXPECT_FALSE(document->undo()) << "not in an open sequence";
+        const bool innerUndoable = below(6) != 0;
+        ASSERT_EQ(document->BeginCommandSequence("Inner", innerUndoable), 0);
+        edit();
+        edit();
+        document->EndCommandSequence();
+        edit();
+        document->EndCommandSequence();
+        if (undoable && innerUndoable) return noteStep();
+        states = {stateOf(*document)};
+        place = 0;
+    }
+
+    void moveInHistory(int count) {
+        for (int i = 0; i < count; ++i)
+            back();
+        for (int i = below(count + 1); i > 0; --i)
+            forth();
+    }
+    void back() {
+        ASSERT_EQ(document->undo().has_value(), place > 0);
+        if (place > 0) --place;
+        ASSERT_EQ(stateOf(*document), states[place]);
+        check();
+    }
+    void forth() {
+        ASSERT_EQ(document->redo().has_value(), place + 1 < states.size());
+        if (place + 1 < states.size()) ++place;
+        ASSERT_EQ(stateOf(*document), states[place]);
+        check();
+    }
+    void wholeWayBackAndForth() {
+        while (place > 0 && !testing::Test::HasFailure())
+            back();
+        back();
+        while (place + 1 < states.size() && !testing::Test::HasFailure())
+            forth();
+        forth();
+    }
+
+    /// What the document answers is what it answers when it has just been opened, without anything kept from before.
+    void check() {
+        Census census(*document);
+        census.take();
+        const auto fresh = opened(writeLayout(*document));
+        ASSERT_NE(fresh, nullptr);
+        EXPECT_EQ(writeLayout(*fresh), writeLayout(*document));
+        for (UID item : census.items) {
+            EXPECT_EQ(document->pageOfItem(item).page, fresh->pageOfItem(item).page) << item;
+        }
+        for (std::int32_t i = 0; i < document->pageCount(); ++i)
+            EXPECT_EQ(document->pageName(document->pageAt(i)), fresh->pageName(fresh->pageAt(i))) << i;
+        for (std::int32_t i = 0; i < document->masterCount(); ++i)
+            EXPECT_EQ(document->masterInUse(document->masterAt(i)), fresh->masterInUse(fresh->masterAt(i))) << i;
+    }
+
+    std::mt19937 random;
+    std::unique_ptr<DocumentModel> document;
+    std::vector<std::string> states;  // of the first state that can be reached, and behind each step
+    std::size_t place = 0;            // of the document in them
+};
+
+TEST(RandomEdits, KeepTheInvariantsAndComeBack) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        RandomEdits(seed).run(100);
+        if (HasFailure()) return;
+    }
+}
+
+}  // namespace
+}  // namespace tarnova
