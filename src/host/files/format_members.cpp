@@ -36,6 +36,16 @@ void readParaLength(FormatTarget& target, const JsonValue& value) {
     target.paras.*member = lengthOf(value);
 }
 
+template <auto member>
+void readParaFlag(FormatTarget& target, const JsonValue& value) {
+    target.paras.*member = boolOf(value);
+}
+
+template <auto member, std::int32_t lowest, std::int32_t highest>
+void readParaCount(FormatTarget& target, const JsonValue& value) {
+    target.paras.*member = static_cast<std::int32_t>(integerOf(value, lowest, highest));
+}
+
 template <std::size_t store>
 void keepTag(FormatTarget& target, const JsonValue& value) {
     target.tags[store] = &value;
@@ -104,6 +114,11 @@ const FormatMembers paraMembers = {
     {"spaceBefore", readParaLength<&ParaOverrides::spaceBefore>},
     {"spaceAfter", readParaLength<&ParaOverrides::spaceAfter>},
     {"tabs", readTabs},
+    {"hyphenate", readParaFlag<&ParaOverrides::hyphenate>},
+    {"hyphenWordLetters", readParaCount<&ParaOverrides::hyphenWordLetters, 2, 64>},
+    {"hyphenLettersBefore", readParaCount<&ParaOverrides::hyphenLettersBefore, 1, 64>},
+    {"hyphenLettersAfter", readParaCount<&ParaOverrides::hyphenLettersAfter, 1, 64>},
+    {"hyphensInARow", readParaCount<&ParaOverrides::hyphensInARow, 0, 100>},
 };
 
 FormatMembers joined(FormatMembers own, std::initializer_list<const FormatMembers*> others) {
@@ -121,6 +136,26 @@ template <typename Enumeration>
 void writeWordIf(JsonWriter& out, std::string_view name, const std::optional<Enumeration>& value,
                  std::span<const char* const> words) {
     if (value) out.member(name, words[static_cast<std::size_t>(*value)]);
+}
+
+void writeHyphenation(JsonWriter& out, const ParaOverrides& paras) {
+    writeIf(out, "hyphenate", paras.hyphenate);
+    writeIf(out, "hyphenWordLetters", paras.hyphenWordLetters);
+    writeIf(out, "hyphenLettersBefore", paras.hyphenLettersBefore);
+    writeIf(out, "hyphenLettersAfter", paras.hyphenLettersAfter);
+    writeIf(out, "hyphensInARow", paras.hyphensInARow);
+}
+
+void writeTabs(JsonWriter& out, const std::vector<TabStop>& tabs) {
+    out.key("tabs");
+    out.beginArray();
+    for (const TabStop& tab : tabs) {
+        out.beginObject();
+        out.member("at", tab.position);
+        if (tab.kind != TabStop::Kind::left) out.member("kind", tabWords[static_cast<std::size_t>(tab.kind)]);
+        out.end();
+    }
+    out.end();
 }
 
 /// "bold" and "italic" are short for the four usual font styles.
@@ -234,16 +269,8 @@ void writeParas(JsonWriter& out, const ParaOverrides& paras) {
     writeIf(out, "firstLineIndent", paras.firstLineIndent);
     writeIf(out, "spaceBefore", paras.spaceBefore);
     writeIf(out, "spaceAfter", paras.spaceAfter);
-    if (!paras.tabs) return;
-    out.key("tabs");
-    out.beginArray();
-    for (const TabStop& tab : *paras.tabs) {
-        out.beginObject();
-        out.member("at", tab.position);
-        if (tab.kind != TabStop::Kind::left) out.member("kind", tabWords[static_cast<std::size_t>(tab.kind)]);
-        out.end();
-    }
-    out.end();
+    if (paras.tabs) writeTabs(out, *paras.tabs);
+    writeHyphenation(out, paras);
 }
 
 }  // namespace tarnova

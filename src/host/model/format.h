@@ -64,7 +64,7 @@ struct ParaFormat {
     double firstLineIndent = 0;  // added to the left indent; may be negative
     double spaceBefore = 0;
     double spaceAfter = 0;
-    std::vector<TabStop> tabs;
+    std::vector<TabStop> tabs{};
     bool hyphenate = false;                // words at line ends, by the dictionary of their language
     std::int32_t hyphenWordLetters = 5;    // of a word that is hyphenated, at least
     std::int32_t hyphenLettersBefore = 2;  // at least, in front of the hyphen

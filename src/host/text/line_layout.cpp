@@ -52,6 +52,7 @@ class LineBreaker {
             take(piece);
             return true;
         }
+        if (hyphenate(at)) return false;
         if (opportunity_) {
             endAt(*opportunity_, false);
             extent_.showsHyphen = opportunityHyphenates_;
@@ -59,6 +60,44 @@ class LineBreaker {
             cutWord(at);
         }
         return false;
+    }
+
+    /// Ends the line with a hyphen in the word that doesn't fit whole, as far behind as it can; `at` is the piece at
+    /// which the line is full. False when there is no such place.
+    bool hyphenate(std::size_t at) {
+        const bool enough = format_.hyphensInARow > 0 && measure_.hyphensAbove >= format_.hyphensInARow;
+        if (!format_.hyphenate || enough) return false;
+        const std::size_t start = opportunity_.value_or(extent_.first);
+        float x = x_;
+        for (std::size_t index = at;; --index) {
+            if (hyphenatePiece(index, x, index < at)) return true;
+            // The gap of an open tab is known for the text up to here only.
+            if (tab_ || index == start) return false;
+            const Piece& before = paragraph_.pieces[index - 1];
+            x -= before.width + paragraph_.gapAfter(before);
+        }
+    }
+
+    /// The same in one piece, which begins at `x`; at its end only when it `fits`.
+    bool hyphenatePiece(std::size_t index, float x, bool fits) {
+        static thread_local std::vector<std::int32_t> borders;
+        const Piece piece = paragraph_.pieces[index];
+        paragraph_.findHyphens(piece, format_, borders);
+        if (borders.empty()) return false;
+        const float hyphen = paragraph_.hyphenFor(piece).advance * paragraph_.styleOf(piece).scale();
+        const float room = measure_.width + widthTolerance - x - hyphen;
+        const auto within = static_cast<std::int32_t>(paragraph_.charactersWithin(piece, room));
+        for (; !borders.empty() && !extent_.showsHyphen; borders.pop_back()) {
+            const std::int32_t border = borders.back();
+            const bool isWhole = border == piece.limit - piece.start;
+            if (border > within || (isWhole && !fits)) continue;
+            if (!isWhole) paragraph_.hyphenatePiece(index, border);
+            const Piece& front = paragraph_.pieces[index];
+            extent_.showsHyphen = (tab_ ? tab_->gapWith(paragraph_, front) : 0.0F) + front.width <= room;
+            if (!isWhole && !extent_.showsHyphen) paragraph_.rejoin(index);
+        }
+        if (extent_.showsHyphen) endAt(index + 1, false);
+        return extent_.showsHyphen;
     }
 
     void take(const Piece& piece) {
@@ -285,6 +324,7 @@ void LineHeight::include(const TextStyle& style) {
 }
 
 LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format) {
+    paragraph.rejoin(first);
     return LineBreaker(paragraph, first, measure, format).run();
 }
 

@@ -20,7 +20,8 @@ inline constexpr float heightTolerance = 0.01F;
 struct LineMeasure {
     float left = 0;  // of the text, indents taken off, from the column's left edge
     float width = 0;
-    bool isFirst = false;  // of its paragraph
+    bool isFirst = false;           // of its paragraph
+    std::int32_t hyphensAbove = 0;  // lines directly above that end in a hyphen
 };
 
 /// The pieces of a line.
@@ -40,8 +41,9 @@ struct LineHeight {
     void include(const TextStyle& style);
 };
 
-/// Takes as many pieces from `first` on as fit, one grapheme at least; a word longer than the line is cut. Sets the
-/// width of tabs.
+/// Takes as many pieces from `first` on as fit, one grapheme at least; a word that doesn't fit is hyphenated where the
+/// format wants it, and one longer than the line is cut. What an earlier try cut from `first` on is put together
+/// before. Sets the width of tabs.
 [[nodiscard]] LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure,
                                    const ParaFormat& format);
 

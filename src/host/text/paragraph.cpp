@@ -43,6 +43,7 @@ void Paragraph::clear() {
     glyphs.clear();
     styles.clear();
     spans_.clear();
+    cuts_.clear();
     marks_.clear();
     sources_.clear();
     reduced_.clear();
@@ -257,10 +258,28 @@ bool Paragraph::splitPiece(std::size_t index, float width, bool atLeastOne) {
         const auto [front, rest] = cut(whole, static_cast<std::int32_t>(border));
         // Cut off, the front may have lost kerning or a joined form that made it narrower.
         if (front.width > width && !nothingFits) continue;
-        pieces[index] = front;
-        pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(index) + 1, rest);
+        replacePiece(index, front, rest);
         return true;
     }
+}
+
+void Paragraph::hyphenatePiece(std::size_t index, std::int32_t border) {
+    auto [front, rest] = cut(pieces[index], border);
+    front.hyphenates = true;
+    replacePiece(index, front, rest);
+}
+
+void Paragraph::replacePiece(std::size_t index, const Piece& front, const Piece& rest) {
+    cuts_.push_back({index, pieces[index]});
+    pieces[index] = front;
+    pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(index) + 1, rest);
+}
+
+void Paragraph::undoCut() {
+    const Cut& last = cuts_.back();
+    pieces[last.index] = last.whole;
+    pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(last.index) + 1);
+    cuts_.pop_back();
 }
 
 /// The two parts of a piece, shaped for themselves.
@@ -275,7 +294,6 @@ std::pair<Piece, Piece> Paragraph::cut(const Piece& whole, std::int32_t border) 
     return {front, rest};
 }
 
-/// Characters of a piece, in reading order, whose glyphs stay within a width.
 std::size_t Paragraph::charactersWithin(const Piece& piece, float width) const {
     const bool backward = piece.level % 2 != 0;
     const float scale = styleOf(piece).scale();

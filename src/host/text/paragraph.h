@@ -9,6 +9,7 @@
 
 #include "host/text/compose_input.h"
 #include "host/text/composed_story.h"
+#include "host/text/hyphenation.h"
 #include "host/text/line_breaks.h"
 #include "host/text/text_style.h"
 
@@ -60,9 +61,21 @@ class Paragraph {
         return piece.hangingWidth + piece.kernAfter * styleOf(piece).scale();
     }
 
+    /// Characters of a piece, in reading order, whose glyphs stay within a width.
+    [[nodiscard]] std::size_t charactersWithin(const Piece& piece, float width) const;
     /// Cuts a piece at the last grapheme border that keeps its front within `width`, or behind the first grapheme when
     /// none does and `atLeastOne` is set. False when nothing was cut: the piece is one grapheme or nothing fits.
     [[nodiscard]] bool splitPiece(std::size_t index, float width, bool atLeastOne);
+    /// Cuts a piece behind `border` characters, which lies inside of it; its front is hyphenated.
+    void hyphenatePiece(std::size_t index, std::int32_t border);
+    /// Puts together again what was cut of the pieces from `first` on.
+    void rejoin(std::size_t first) {
+        while (!cuts_.empty() && cuts_.back().index >= first)
+            undoCut();
+    }
+    /// Sets `borders` to where words may be hyphenated in a piece or at its end, in characters from its start,
+    /// ascending.
+    void findHyphens(const Piece& piece, const ParaFormat& format, std::vector<std::int32_t>& borders);
     /// The hyphen that a line shows behind the piece.
     [[nodiscard]] PlacedGlyph hyphenFor(const Piece& piece) const;
 
@@ -83,8 +96,10 @@ class Paragraph {
     void closeUnit(LineBreak behind);
     void kernBorder(std::size_t start, std::uint32_t style);
     void measure(Piece& piece);
-    [[nodiscard]] std::size_t charactersWithin(const Piece& piece, float width) const;
     [[nodiscard]] std::int32_t shapedIndex(std::uint32_t storyPosition) const;
+    [[nodiscard]] bool mayHyphenate(const Piece& piece) const;
+    void replacePiece(std::size_t index, const Piece& front, const Piece& rest);
+    void undoCut();
     [[nodiscard]] std::pair<Piece, Piece> cut(const Piece& whole, std::int32_t border);
     void reshape(Piece& piece);
 
@@ -108,11 +123,17 @@ class Paragraph {
 
     Shaper& shaper_;
     TextStyles styles_;
+    Hyphenator hyphenator_;
     std::u32string_view text_;  // as it is shaped
     std::int32_t position_ = 0;
     bool rightToLeft_ = false;
     std::vector<FormatSpan> spans_;  // of this paragraph's shaped text
     std::vector<LineBreak> breaks_;
+    struct Cut {
+        std::size_t index;
+        Piece whole;
+    };
+    std::vector<Cut> cuts_;  // in the order in which they were made
     std::vector<Mark> marks_;
     std::u32string changedText_;         // when a format changes case
     std::vector<std::int32_t> sources_;  // by character of it: index in the paragraph

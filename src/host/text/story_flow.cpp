@@ -109,9 +109,10 @@ struct ParagraphFlow {
     float spaceBefore;            // from the paragraph in front
 };
 
-LineMeasure measureIn(const ColumnCursor& cursor, const ParaFormat& format, bool isFirst) {
+LineMeasure measureIn(const ColumnCursor& cursor, const ParaFormat& format, bool isFirst, std::int32_t hyphensAbove) {
     const double left = format.leftIndent + (isFirst ? format.firstLineIndent : 0);
-    return {static_cast<float>(left), cursor.width() - static_cast<float>(left + format.rightIndent), isFirst};
+    const float width = cursor.width() - static_cast<float>(left + format.rightIndent);
+    return {static_cast<float>(left), width, isFirst, hyphensAbove};
 }
 
 std::int32_t limitOf(const ParagraphFlow& flow, const LineExtent& extent) {
@@ -119,19 +120,25 @@ std::int32_t limitOf(const ParagraphFlow& flow, const LineExtent& extent) {
     return flow.paragraph.storyPosition(flow.paragraph.pieces[extent.limit].start);
 }
 
-/// Sets the next line in this column or a later one, and gives the piece behind it. False: no column has room.
-bool setLine(const ParagraphFlow& flow, ColumnCursor& cursor, ComposedStory& story, std::int32_t start,
-             std::size_t& piece) {
-    const bool isFirst = piece == 0;
+/// How far a paragraph is set.
+struct ParagraphPlace {
+    std::int32_t position = 0;  // in the story
+    std::size_t piece = 0;
+    std::int32_t hyphensAbove = 0;  // lines directly above that end in a hyphen
+};
+
+/// Sets the next line in this column or a later one, and moves the place behind it. False: no column has room.
+bool setLine(const ParagraphFlow& flow, ColumnCursor& cursor, ComposedStory& story, ParagraphPlace& place) {
+    const bool isFirst = place.piece == 0;
     for (; !cursor.isPastEnd(); cursor.next()) {
-        const LineMeasure measure = measureIn(cursor, flow.format, isFirst);
-        const LineExtent extent = breakLine(flow.paragraph, piece, measure, flow.format);
+        const LineMeasure measure = measureIn(cursor, flow.format, isFirst, place.hyphensAbove);
+        const LineExtent extent = breakLine(flow.paragraph, place.piece, measure, flow.format);
         LineHeight height = heightOf(flow.paragraph, extent);
         if (flow.emptyStyle != nullptr) height.include(*flow.emptyStyle);
         const float baseline = cursor.baselineFor(height, isFirst ? flow.spaceBefore : 0);
         if (!cursor.fits(baseline, height)) continue;
         ComposedLine line;
-        line.start = start;
+        line.start = place.position;
         line.limit = limitOf(flow, extent);
         line.baseline = baseline;
         line.ascent = height.ascent;
@@ -139,7 +146,7 @@ bool setLine(const ParagraphFlow& flow, ColumnCursor& cursor, ComposedStory& sto
         placeLine(flow.paragraph, extent, measure, flow.format, flow.input.text, static_cast<float>(cursor.box().left),
                   baseline, story, line);
         cursor.add(line);
-        piece = extent.limit;
+        place = {line.limit, extent.limit, extent.showsHyphen ? place.hyphensAbove + 1 : 0};
         return true;
     }
     return false;
@@ -147,12 +154,11 @@ bool setLine(const ParagraphFlow& flow, ColumnCursor& cursor, ComposedStory& sto
 
 /// Sets a paragraph and gives the position behind what was shown of it.
 std::int32_t setParagraph(const ParagraphFlow& flow, ColumnCursor& cursor, ComposedStory& story, std::int32_t start) {
-    std::size_t piece = 0;
+    ParagraphPlace place{start};
     do {
-        if (!setLine(flow, cursor, story, start, piece)) return start;
-        start = story.lines.back().limit;
-    } while (piece < flow.paragraph.pieces.size());
-    return start;
+        if (!setLine(flow, cursor, story, place)) break;
+    } while (place.piece < flow.paragraph.pieces.size());
+    return place.position;
 }
 
 /// The span of formats that a position lies in, moved along with the paragraphs.
