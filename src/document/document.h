@@ -126,6 +126,16 @@ class DocumentPages {
     [[nodiscard]] virtual errorWord addPages(std::int32_t count) = 0;
     /// Deletes pages with the items on them; a spread that loses its last page goes too.
     [[nodiscard]] virtual errorWord removePages(const std::vector<UID>& pages) = 0;
+    /// Gives pages of the document another master, or none (`kInvalidUID`).
+    [[nodiscard]] virtual errorWord applyMaster(const std::vector<UID>& pages, UID master) = 0;
+    /// Makes the items of the pages' masters, and of those that they are based on, items of the pages: on the same
+    /// layer, behind what is there, with stories of their own. The master's items aren't drawn on those pages any more.
+    /// Items that are overridden already stay as they are, and so do those on a master's pasteboard.
+    [[nodiscard]] virtual errorWord overrideMasterItems(const std::vector<UID>& pages) = 0;
+    /// The master's item in whose place an item of a page (or of a master based on it) stands, or `kInvalidUID`.
+    [[nodiscard]] virtual UID overriddenItem(UID item) const = 0;
+    /// Makes the items on master spreads forget what they override: each counts as an item of its own master then.
+    virtual void clearOverriddenMarks() = 0;
     /// Sections that start on pages, in page order.
     [[nodiscard]] virtual std::vector<sectionRec> sections() const = 0;
     [[nodiscard]] virtual errorWord createSection(const sectionRec& section) = 0;

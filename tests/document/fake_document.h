@@ -171,6 +171,10 @@ class FakeDocument final : public Document {
     [[nodiscard]] errorWord duplicateSpread(UID) override { return 1; }
     [[nodiscard]] errorWord addPages(std::int32_t) override { return 1; }
     [[nodiscard]] errorWord removePages(const std::vector<UID>&) override { return 1; }
+    errorWord applyMaster(const std::vector<UID>&, UID) override { return errFailed; }
+    errorWord overrideMasterItems(const std::vector<UID>&) override { return errFailed; }
+    UID overriddenItem(UID) const override { return kInvalidUID; }
+    void clearOverriddenMarks() override {}
     [[nodiscard]] std::vector<sectionRec> sections() const override { return {}; }
     [[nodiscard]] errorWord createSection(const sectionRec&) override { return 1; }
 

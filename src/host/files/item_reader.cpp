@@ -28,6 +28,7 @@ struct ItemReader::ItemTarget {
     const JsonValue* storyUid = nullptr;
     const JsonValue* columnUids = nullptr;
     const JsonValue* group = nullptr;
+    const JsonValue* overrides = nullptr;
     const JsonValue* tags[2] = {};  // by store
     std::size_t shapeKey = 0;
 
@@ -119,6 +120,7 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
         {"storyUid", keep<T, &T::storyUid>},
         {"columnUids", keep<T, &T::columnUids>},
         {"group", keep<T, &T::group>},
+        {"overrides", keep<T, &T::overrides>},
         {"locked", [](T& t, const JsonValue& v) { t.item.locked = boolOf(v); }},
         {"printing", [](T& t, const JsonValue& v) { t.item.nonPrinting = !boolOf(v); }},
         {"tag", [](T& t, const JsonValue& v) { t.tags[0] = &v; }},
@@ -138,7 +140,8 @@ void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint
     ItemTarget target(names, value);
     readMembers<ItemTarget>(value, "an item", itemMembers(), target);
     uids.countObjects(value, 1);
-    target.item.uid = uids.uidOf(target.uid);
+    const UID uid = target.item.uid = uids.uidOf(target.uid);
+    const std::string name = target.item.name;
     UID parent = group;
     if (group == kInvalidUID) {
         const std::size_t index = target.layer == nullptr ? 1 : namedIndex(layers, *target.layer, "layer");
@@ -158,6 +161,10 @@ void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint
     } else {
         readGroup(target, spread, parent);
     }
+    if (!name.empty() && builder.isMasterItem(uid)) masterItemsByName[name].push_back(uid);
+    if (target.overrides == nullptr) return;
+    if (group != kInvalidUID) faultAt(*target.overrides, "A member of a group overrides nothing; its group may.");
+    overriding.emplace_back(uid, target.overrides);
 }
 
 void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
@@ -276,6 +283,25 @@ void ItemReader::noteFrame(const ItemTarget& target, UID uid, std::int32_t colum
     frameByUid.emplace(uid, frames.size());
     if (!name.empty()) framesByName[name].push_back(frames.size());
     frames.push_back(std::move(frame));
+}
+
+void ItemReader::placeOverrides() {
+    for (const auto& [uid, value] : overriding)
+        builder.setOverrides(uid, overriddenBy(*value));
+}
+
+UID ItemReader::overriddenBy(const JsonValue& value) const {
+    if (value.is(JsonValue::Type::number)) {
+        const auto uid = static_cast<UID>(integerOf(value, 1, fileUidLimit - 1));
+        if (!builder.isMasterItem(uid)) faultAt(value, "No master has an item with this UID outside of its groups.");
+        return uid;
+    }
+    const auto found = masterItemsByName.find(nameOf(value));
+    if (found == masterItemsByName.end()) {
+        faultAt(value, "No master has an item named \"" + std::string(value.text.substr(0, 80)) + "\".");
+    }
+    if (found->second.size() > 1) faultAt(value, "More than one item of masters has this name; give its UID.");
+    return found->second.front();
 }
 
 /// Index of the frame that "flowsFrom" names.

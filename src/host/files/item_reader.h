@@ -38,6 +38,8 @@ class ItemReader {
     void readShared(const JsonValue* shapeList, const JsonValue* textList);
     /// The items of a spread or page, from back to front; `origin` is where their coordinates begin on the spread.
     void readItems(const JsonValue* list, UID spread, PMPoint origin);
+    /// When all items are there: puts those that override others in their place.
+    void placeOverrides();
     /// When all items are there: joins frames that flow from each other and gives them their text.
     void makeStories();
 
@@ -69,6 +71,7 @@ class ItemReader {
     void takeBounds(ItemTarget& target) const;
     void takeShape(ItemTarget& target) const;
     void noteFrame(const ItemTarget& target, UID uid, std::int32_t columns, const std::string& name);
+    [[nodiscard]] UID overriddenBy(const JsonValue& value) const;
     [[nodiscard]] std::size_t frameInFrontOf(const Frame& frame) const;
     void makeStory(std::size_t first);
     [[nodiscard]] std::shared_ptr<StoryText> textOf(const Frame& frame);
@@ -81,6 +84,8 @@ class ItemReader {
     std::vector<std::shared_ptr<const ItemShape>> shapes;
     std::vector<std::shared_ptr<StoryText>> texts;
     std::vector<Frame> frames;
+    std::vector<std::pair<UID, const JsonValue*>> overriding;  // items, and what they override by name or UID
+    std::unordered_map<std::string, std::vector<UID>> masterItemsByName;
     std::unordered_map<UID, std::size_t> frameByUid;
     std::unordered_map<std::string, std::vector<std::size_t>> framesByName;
     std::map<StampKey, std::uint64_t> itemStamps;

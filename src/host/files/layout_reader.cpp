@@ -1,6 +1,7 @@
 #include "host/files/layout_reader.h"
 
 #include <algorithm>
+#include <map>
 
 namespace tarnova {
 
@@ -133,6 +134,7 @@ std::unique_ptr<DocumentModel> LayoutReader::read() {
     readSpreads();
     readSections();
     readData();
+    items.placeOverrides();
     items.makeStories();
     std::unique_ptr<DocumentModel> document = builder.finish();
     if (document->nextUid() > fileUidLimit) faultAt(tree.root(), "The UIDs of this layout are too large.");
@@ -280,6 +282,23 @@ void LayoutReader::readMasters() {
         readSpread(value, made[index].first, made[index].second, true);
         ++index;
     }
+    refuseMasterCircles();
+}
+
+/// Takes away masters whose bases are all taken away, until none is left that could be.
+void LayoutReader::refuseMasterCircles() {
+    std::map<UID, std::vector<UID>> basesByMaster;
+    for (const auto& [master, base] : masterBases)
+        basesByMaster[master].push_back(base);
+    const auto isDone = [&](const auto& entry) {
+        return std::none_of(entry.second.begin(), entry.second.end(),
+                            [&](UID base) { return basesByMaster.count(base) != 0; });
+    };
+    while (std::erase_if(basesByMaster, isDone) != 0) {
+    }
+    if (!basesByMaster.empty()) {
+        faultAt(*parts.masters, "Masters are based on each other in a circle; take one of these bases away.");
+    }
 }
 
 void LayoutReader::readSpreads() {
@@ -346,7 +365,11 @@ void LayoutReader::readPage(const JsonValue& value, UID spread, PMRect& last, bo
     if (!(last.width() > 0 && last.height() > 0)) faultAt(value, "A page has a width and a height above 0.");
     const UID master = target.master == nullptr ? kInvalidUID : namedIndex(names.masters, *target.master, "master");
     const UID page = builder.addPage(spread, last, master, uids.uidOf(target.uid));
-    if (!inMaster) pageUids.push_back(page);
+    if (!inMaster) {
+        pageUids.push_back(page);
+    } else if (master != kInvalidUID) {
+        masterBases.emplace_back(spread, master);
+    }
     items.readItems(target.items, spread, {last.left, last.top});
 }
 

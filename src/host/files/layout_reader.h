@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/files/format_members.h"
@@ -60,6 +61,7 @@ class LayoutReader {
     void readStyles();
     void readLayers();
     void readMasters();
+    void refuseMasterCircles();
     void readSpreads();
     void readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, bool inMaster);
     void readPage(const JsonValue& value, UID spread, PMRect& last, bool inMaster);
@@ -74,7 +76,8 @@ class LayoutReader {
     LayerIndex layerIndex;
     ItemReader items{builder, uids, names, layerIndex};
     PMPoint pageSize;
-    std::vector<UID> pageUids;  // of the document, in order
+    std::vector<std::pair<UID, UID>> masterBases;  // masters, and what one of their pages is based on
+    std::vector<UID> pageUids;                     // of the document, in order
 };
 
 }  // namespace tarnova

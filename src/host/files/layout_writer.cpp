@@ -247,6 +247,7 @@ void LayoutWriter::writeItem(const PageItem& item, const std::string* layer) {
     }
     if (item.locked) out.member("locked", true);
     if (item.nonPrinting) out.member("printing", false);
+    if (const UID overridden = document.overriddenItem(item.uid)) out.member("overrides", overridden);
     writeItemData(item);
     if (item.itemClass == ItemClass::group) {
         out.key("group");

@@ -147,6 +147,16 @@ UID DocumentBuilder::addItem(UID parentUid, PageItem item) {
     return uid;
 }
 
+void DocumentBuilder::setOverrides(UID item, UID masterItem) {
+    document->table.find<PageItem>(item)->overrides = masterItem;
+}
+
+bool DocumentBuilder::isMasterItem(UID uid) const {
+    const PageItem* item = document->item(uid);
+    return item != nullptr && document->spread(item->spread)->isMaster &&
+           document->itemClass(item->parent) == ItemClass::node;
+}
+
 UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid,
                               const std::vector<UID>& columns, std::uint64_t stamp) {
     Story story;

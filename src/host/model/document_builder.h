@@ -58,6 +58,10 @@ class DocumentBuilder {
     /// story
     /// (`addStory`).
     UID addItem(UID parent, PageItem item);
+    /// Puts an item that lies below a node in the place of a master's one.
+    void setOverrides(UID item, UID masterItem);
+    /// The item lies below a node of a master spread.
+    [[nodiscard]] bool isMasterItem(UID item) const;
     /// Gives text to frames, in thread order; `columns` are the UIDs of their columns, all frames in one list, or
     /// empty.
     /// A `stamp` other than 0 is that of a story with the same content in frames of the same shapes.

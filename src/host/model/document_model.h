@@ -67,7 +67,7 @@ class DocumentModel : public Document {
     /// The top items of a spread that touch the page (bounds with stroke), back to front over the layers, hidden and
     /// non-printing ones left out. A single page's spread gives all its items. The items of the page's master stand in
     /// front of the list, those of the master that it is based on in front of them; they lie in the coordinates of
-    /// their own spread (`pageOrigin`).
+    /// their own spread (`pageOrigin`). Items of masters that others on the page override are left out.
     virtual void drawnItems(UID page, std::vector<const PageItem*>& out) const = 0;
     /// The top left corner of the page in the coordinates of the spread that the item lies on. For an item of a master
     /// it is the corner of the master's page that serves this page.

@@ -95,4 +95,8 @@ double strokeReach(const ItemShape& shape) {
     return shape.stroke.weight / 2 * (spikes ? std::max(shape.stroke.miterLimit, 1.5) : 1.5);
 }
 
+bool touches(const PMRect& a, const PMRect& b) {
+    return a.left <= b.right && b.left <= a.right && a.top <= b.bottom && b.top <= a.bottom;
+}
+
 }  // namespace tarnova

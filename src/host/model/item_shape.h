@@ -18,4 +18,7 @@ namespace tarnova {
 /// How far a stroke can reach beyond the path.
 [[nodiscard]] double strokeReach(const ItemShape& shape);
 
+/// True when the two share at least a point.
+[[nodiscard]] bool touches(const PMRect& a, const PMRect& b);
+
 }  // namespace tarnova

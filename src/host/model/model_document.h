@@ -61,6 +61,10 @@ class ModelDocument final : public DocumentModel {
     errorWord duplicateSpread(UID spread) override;
     errorWord addPages(std::int32_t count) override;
     errorWord removePages(const std::vector<UID>& pages) override;
+    errorWord applyMaster(const std::vector<UID>& pages, UID master) override;
+    errorWord overrideMasterItems(const std::vector<UID>& pages) override;
+    UID overriddenItem(UID item) const override;
+    void clearOverriddenMarks() override;
     std::vector<sectionRec> sections() const override;
     errorWord createSection(const sectionRec& section) override;
 
@@ -154,7 +158,9 @@ class ModelDocument final : public DocumentModel {
 
  private:
     friend class DocumentBuilder;
+    friend class MasterOverride;
     friend class SpreadCopy;
+    friend class TreeCopy;
 
     /// What the document itself has, beside its objects; kept whole by an undo step that changes any of it.
     struct Lists {
@@ -224,7 +230,10 @@ class ModelDocument final : public DocumentModel {
     Story* changeableText(UID uid);
     void noteTagId(std::uint32_t tagId);
     [[nodiscard]] UID frameOfColumn(const Story& story, std::int32_t column) const;
-    void drawnOfSpread(const Spread& spread, const PMRect* pageBounds, std::vector<const PageItem*>& out) const;
+    [[nodiscard]] std::vector<const Page*> masterChain(UID page) const;
+    [[nodiscard]] std::unordered_set<UID> overriddenOn(const std::vector<const Page*>& chain) const;
+    void drawnOfPage(const Page& page, const std::unordered_set<UID>& hidden, std::vector<const PageItem*>& out) const;
+    [[nodiscard]] const PMRect* drawnBounds(const Page& page) const;
 
     UidTable table;
     UID uidCounter = 1;

@@ -9,11 +9,6 @@ namespace tarnova {
 
 namespace {
 
-/// True when the two share at least a point.
-bool touches(const PMRect& a, const PMRect& b) {
-    return a.left <= b.right && b.left <= a.right && a.top <= b.bottom && b.top <= a.bottom;
-}
-
 bool holds(const PMRect& r, PMPoint p) {
     return p.x >= r.left && p.x < r.right && p.y >= r.top && p.y < r.bottom;
 }
@@ -259,60 +254,6 @@ void ModelDocument::restampAround(UID uid) {
         group->stamp = newStamp();
         group->pageInSpread = PageItem::pageUnknown;
     }
-}
-
-void ModelDocument::drawnOfSpread(const Spread& from, const PMRect* pageBounds,
-                                  std::vector<const PageItem*>& out) const {
-    for (std::size_t i = 1; i < from.layerNodes.size(); ++i) {
-        if (!lists.layers[i].visible || !lists.layers[i].printable) continue;
-        const PageItem* node = item(from.layerNodes[i]);
-        for (UID uid : node->children) {
-            const PageItem* child = item(uid);
-            if (child->nonPrinting) continue;
-            if (pageBounds == nullptr || touches(*pageBounds, boundsOf(*child, true))) out.push_back(child);
-        }
-    }
-}
-
-namespace {
-
-/// The page of a master that serves the page with this index in its spread.
-UID masterPageFor(const Spread& master, std::size_t index) {
-    if (master.pages.empty()) return kInvalidUID;
-    return master.pages[std::min(index, master.pages.size() - 1)];
-}
-
-std::size_t indexInSpread(const Spread& spread, UID page) {
-    const auto found = std::find(spread.pages.begin(), spread.pages.end(), page);
-    return static_cast<std::size_t>(found - spread.pages.begin());
-}
-
-}  // namespace
-
-void ModelDocument::drawnItems(UID uid, std::vector<const PageItem*>& out) const {
-    // From the page to its master and the master's base; drawn the other way round. A circle ends at the count of
-    // masters.
-    std::vector<const Page*> chain;
-    const Page* at = page(uid);
-    while (at != nullptr && chain.size() <= lists.masters.size()) {
-        chain.push_back(at);
-        const Spread* master = spread(at->master);
-        if (master == nullptr) break;
-        at = page(masterPageFor(*master, indexInSpread(*spread(at->spread), at->uid)));
-    }
-    for (auto level = chain.rbegin(); level != chain.rend(); ++level) {
-        const Spread& on = *spread((*level)->spread);
-        drawnOfSpread(on, on.pages.size() == 1 ? nullptr : &(*level)->bounds, out);
-    }
-}
-
-PMPoint ModelDocument::pageOrigin(UID uid, const PageItem& which) const {
-    const Page* at = page(uid);
-    for (std::size_t level = 0; at != nullptr && at->spread != which.spread && level <= lists.masters.size(); ++level) {
-        const Spread* master = spread(at->master);
-        at = master == nullptr ? nullptr : page(masterPageFor(*master, indexInSpread(*spread(at->spread), at->uid)));
-    }
-    return at == nullptr ? PMPoint{} : PMPoint{at->bounds.left, at->bounds.top};
 }
 
 }  // namespace tarnova

@@ -68,6 +68,7 @@ struct PageItem {
     bool nonPrinting = false;
     std::string name;
     std::shared_ptr<const std::string> itemData[2];  // by store
+    UID overrides = kInvalidUID;  // the master's item in whose place it stands; only of items below a node
 
     /// Two items with one stamp draw the same shape at the same place of their spread: copies keep it, a change of the
     /// item, of a group around it or of a member of it takes a new one. The text of a frame is stamped by its story.

@@ -2,9 +2,6 @@
 
 #pragma once
 
-#include <utility>
-#include <vector>
-
 #include "host/model/model_document.h"
 
 namespace tarnova {
@@ -16,21 +13,10 @@ class SpreadCopy {
     [[nodiscard]] errorWord make();
 
  private:
-    struct StoryPair {
-        const Story* original;
-        Story* copy;
-    };
-
     void copyPages(Spread& to);
-    UID copyTree(const PageItem& original, UID parent, UID spread);
-    Story* storyFor(UID original);
-    void finishStory(StoryPair& pair);
-    void copyAnchored(StoryPair& pair, UID spread);
 
     ModelDocument& document;
     const Spread& source;
-    std::vector<StoryPair> stories;
-    std::vector<std::pair<UID, UID>> frames;  // original and copy, of the stories with several frames
 };
 
 }  // namespace tarnova

@@ -166,6 +166,26 @@ TEST(LayoutFile, FramesFlowOnByNameOrUid) {
     expectStable(*document);
 }
 
+TEST(LayoutFile, ItemsOverrideThoseOfMastersByNameOrUid) {
+    const auto document = opened(R"({"tarnovaLayout": 1, "masters": [
+        {"name": "B", "pages": [{"master": "A", "items": [{"name": "b", "bounds": [0, 0, 9, 9], "overrides": 90}]}]},
+        {"name": "A", "pages": [{"items": [{"uid": 90, "group": []}]}]}],
+        "pages": [{"master": "B", "items": [{"name": "b", "bounds": [0, 0, 9, 9], "overrides": "b"}]}, {"master": "B"}]})");
+    const auto drawnOn = [&document](std::int32_t page) {
+        std::vector<const PageItem*> drawn;
+        document->drawnItems(document->pageAt(page), drawn);
+        return drawn;
+    };
+    ASSERT_EQ(drawnOn(0).size(), 1u);
+    ASSERT_EQ(drawnOn(1).size(), 1u);
+    EXPECT_EQ(document->overriddenItem(drawnOn(0)[0]->uid), drawnOn(1)[0]->uid);
+    EXPECT_EQ(document->overriddenItem(drawnOn(1)[0]->uid), 90u);
+    expectStable(*document);
+    ASSERT_EQ(document->deleteItem(90), 0);
+    EXPECT_EQ(document->overriddenItem(drawnOn(1)[0]->uid), kInvalidUID);
+    expectStable(*document);
+}
+
 TEST(LayoutFile, CopiesAreWrittenOnceAndRecognised) {
     const auto document = opened(frameWith("\"A text that stands on every page and is written only once.\""));
     for (int i = 0; i < 99; ++i)

@@ -153,7 +153,7 @@ class RandomEdits {
             &RandomEdits::replaceText, &RandomEdits::replaceText,  &RandomEdits::changeAttribute,
             &RandomEdits::deleteItem,  &RandomEdits::setDataBlock, &RandomEdits::lockItem,
             &RandomEdits::addPages,    &RandomEdits::removePages,  &RandomEdits::copySpread,
-            &RandomEdits::addSection};
+            &RandomEdits::addSection,  &RandomEdits::applyMaster,  &RandomEdits::overrideMasters};
         while (!oneOf(operations)(*this)) {
         }
     }
@@ -219,6 +219,17 @@ class RandomEdits {
         return document->spreadCount() < 5 && document->spreadCount() > 0 &&
                document->duplicateSpread(document->spreadAt(below(document->spreadCount()))) == 0;
     }
+    bool applyMaster() {
+        if (document->pageCount() == 0) return false;
+        const UID master = below(3) == 0 ? kInvalidUID : document->masterAt(below(document->masterCount()));
+        return document->applyMaster({document->pageAt(below(document->pageCount()))}, master) == 0;
+    }
+    bool overrideMasters() {
+        if (document->pageCount() == 0 || below(2) == 0) return false;
+        return document->overrideMasterItems({document->pageAt(below(document->pageCount())), document->pageAt(0)}) ==
+               0;
+    }
+
     bool addSection() {
         if (document->pageCount() == 0) return false;
         return document->createSection({document->pageAt(below(document->pageCount())), "S", "", below(9), below(5),
