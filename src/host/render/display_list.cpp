@@ -47,7 +47,7 @@ class ListBuilder {
         const Story* story = document.story(item.story);
         if (story == nullptr || story->content == nullptr) return true;
         const auto* text = dynamic_cast<const ComposedStory*>(document.layoutOf(item.story, story->length()));
-        if (text == nullptr) return false;
+        if (text == nullptr || !text->fault.empty()) return false;
         const auto frame = std::find(story->frames.begin(), story->frames.end(), item.uid);
         if (frame == story->frames.end()) return true;
         if (text->isOverset() && item.uid == story->frames.back()) {
@@ -106,8 +106,12 @@ bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& l
 }
 
 const char* whyNoDisplayList(const DocumentModel& document, UID page) {
-    return document.page(page) == nullptr ? "the page isn't in the document"
-                                          : "the document has no composer for its text";
+    if (document.page(page) == nullptr) return "the page isn't in the document";
+    for (UID story : document.stories()) {
+        const auto* text = dynamic_cast<const ComposedStory*>(document.layoutOf(story, 0));
+        if (text != nullptr && !text->fault.empty()) return text->fault.c_str();
+    }
+    return "the document has no composer for its text";
 }
 
 PaintColor resolvePaint(const Paint& paint, const std::vector<Swatch>& swatches) {

@@ -43,10 +43,10 @@ struct DisplayList {
 };
 
 /// Fills `list`, whose buffers are used again, with what the page shows. Items that paint nothing are left out. False:
-/// no such page, or its text can't be composed because the document has no composer.
+/// no such page, or its text can't be composed.
 [[nodiscard]] bool buildDisplayList(const DocumentModel& document, UID page, DisplayList& list);
 
-/// Why `buildDisplayList` said no, for people.
+/// Why `buildDisplayList` said no, for people. Valid until the document changes.
 [[nodiscard]] const char* whyNoDisplayList(const DocumentModel& document, UID page);
 
 /// A colour ready to paint: the swatch with the tint applied. `Space::none` paints nothing.

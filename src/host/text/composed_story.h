@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "document/geometry.h"
@@ -71,6 +72,7 @@ class ComposedStory final : public StoryLayout {
     std::int32_t composedLimit = 0;
     std::int32_t shownLimit = 0;  // characters from here on are overset
     bool overset = false;
+    std::string fault;  // for people: why nothing could be composed, as a font that can't be read; else empty
 
     [[nodiscard]] std::int32_t composedThrough() const override { return composedLimit; }
     [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;

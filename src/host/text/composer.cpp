@@ -1,6 +1,7 @@
 #include "host/text/composer.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "host/model/document_model.h"
 #include "host/text/composed_story.h"
@@ -107,9 +108,23 @@ class ThreadComposer final : public Composer {
             const PageItem* frame = document.item(story.frames[i]);
             if (frame != nullptr && frame->shape != nullptr) addColumns(*frame, static_cast<std::int32_t>(i), input);
         }
-        auto composed = std::make_shared<ComposedStory>();
-        flow.compose(input, *composed);
+        std::shared_ptr<ComposedStory> composed = composeOrTell(flow, input);
         composed->composedLimit = story.length();
+        return composed;
+    }
+
+ private:
+    /// The model's callers know nothing of exceptions: a story that can't be composed is overset from its start, and
+    /// says why to those who draw it.
+    static std::shared_ptr<ComposedStory> composeOrTell(StoryFlow& flow, const ComposeInput& input) {
+        auto composed = std::make_shared<ComposedStory>();
+        try {
+            flow.compose(input, *composed);
+        } catch (const std::exception& error) {
+            composed = std::make_shared<ComposedStory>();
+            composed->overset = true;
+            composed->fault = error.what();
+        }
         return composed;
     }
 };

@@ -20,8 +20,8 @@ FontFeatures featuresOf(const CharFormat& format) {
 const TextStyle& TextStyles::of(const CharFormat& format) {
     Kept& kept = kept_[(reinterpret_cast<std::uintptr_t>(&format) / 32) % keptCount];
     if (kept.style.face == nullptr || !(kept.format == format)) {
+        kept.style = resolve(format);  // throws, and then what was kept stays whole
         kept.format = format;
-        kept.style = resolve(format);
     }
     kept.style.format = &format;
     return kept.style;

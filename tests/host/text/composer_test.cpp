@@ -1,6 +1,7 @@
 #include "host/text/composer.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <memory>
 
@@ -10,6 +11,7 @@
 #include "host/model/story_text.h"
 #include "host/text/composed_story.h"
 #include "host/text/font.h"
+#include "tests/host/files/layout_kit.h"
 
 namespace tarnova {
 namespace {
@@ -114,6 +116,28 @@ TEST_F(ComposerTest, RunsAndParagraphsGetTheirResolvedFormats) {
     }
     EXPECT_NEAR(story.lines[0].left, 200 - story.lines[0].right, 0.01);
     EXPECT_EQ(story.lines[1].left, 0);
+}
+
+TEST_F(ComposerTest, AFontThatCantBeReadIsToldAndNotThrown) {
+    // A font of its own: one that is open already stays.
+    const auto document = opened(frameWith(R"([{"text": "text", "font": "Z003"}])"));
+    document->setComposer(makeComposer());
+    const UID story = document->stories().at(0);
+    const UID frame = document->framesOfStory(story).at(0);
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &old), 0);
+    const rlimit none{3, old.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const ComposedStory& failed = composed(*document, frame);
+    const std::string fault = failed.fault;
+    const bool overset = document->isOverset(story);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &old), 0);
+    EXPECT_NE(fault.find("can't be read"), std::string::npos) << fault;
+    EXPECT_TRUE(overset);
+    EXPECT_EQ(document->frameAt(story, 0), kInvalidUID);
+    ASSERT_EQ(document->textReplace(story, 0, 0, U"more ", true), 0);
+    EXPECT_EQ(composed(*document, frame).fault, "");
+    EXPECT_EQ(composed(*document, frame).lines.size(), 1u) << "with the font there again, nothing of the failure stays";
 }
 
 }  // namespace
