@@ -22,8 +22,6 @@ namespace tarnova {
 
 namespace {
 
-constexpr std::int16_t deleteLineWhenBlank = 1;  // extractionRec::deleteline with nodataDelete
-
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
 /// A list with the one set that a verb works on.
@@ -164,9 +162,7 @@ errorWord defineFromData(const ddfVerbRec& options, recordDefSetRec& set, bool& 
     errorWord error = quickSetupAnalyze(options.path.c_str(), analysis, 0);
     cancelled = analysis.cancelled;
     if (error != 0 || cancelled) return error;
-    quickSetupChoices choices;
-    choices.nodata = nodataDelete;
-    choices.deleteline = deleteLineWhenBlank;
+    const quickSetupChoices choices = choicesForPeople();
     Str31 name{};
     defaultDefName(name);
     if (!options.definitionName.empty()) pstrSet(name, options.definitionName);

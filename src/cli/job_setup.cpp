@@ -22,8 +22,6 @@
 namespace tarnova {
 namespace {
 
-constexpr std::int16_t deleteLineWhenBlank = 1;  // `deleteline` with `nodata` 2
-
 bool fileExists(const std::string& path) {
     std::error_code ignored;
     return std::filesystem::is_regular_file(path, ignored);
@@ -81,8 +79,6 @@ recordDefRec* definitionOfDdf(const dataChoiceRec& choice, const recordDefSetRec
     return definition;
 }
 
-/// A definition from the first line of the data. An empty field takes its link's text away and, when nothing else
-/// stands there, its line: what a person expects of an address.
 recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice, recordDefSetRec& set) {
     quickSetupAnalysis analysis;
     errorWord error = quickSetupAnalyze(choice.dataPath.c_str(), analysis, 0);
@@ -90,9 +86,7 @@ recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice, recordDefSetRec
         sayError(fmt::format("{}: {}", choice.dataPath, error != 0 ? takeErrorText(error) : "not a text file"));
         return nullptr;
     }
-    quickSetupChoices choices;
-    choices.nodata = nodataDelete;
-    choices.deleteline = deleteLineWhenBlank;
+    const quickSetupChoices choices = choicesForPeople();
     Str31 name;
     defaultDefName(name);
     recordDefRec* definition = nullptr;
@@ -102,6 +96,13 @@ recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice, recordDefSetRec
 }
 
 }  // namespace
+
+quickSetupChoices choicesForPeople() {
+    quickSetupChoices choices;
+    choices.nodata = nodataDelete;
+    choices.deleteline = deletelineWhenBlank;
+    return choices;
+}
 
 std::string shownName(std::string_view text) {
     return isUtf8(text) ? std::string(text) : windows1252ToUtf8(text);

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "data/quick_setup.h"
 #include "engine/toolkit/types.h"
 #include "host/model/document_model.h"
 
@@ -24,6 +25,10 @@ struct dataChoiceRec {
 /// Makes the definition for a data file the session's current one, with an index path of its own. False after telling
 /// why on standard error.
 [[nodiscard]] bool selectData(const dataChoiceRec& choice);
+
+/// How links are made of a data file's first line: an empty field takes its link's text away and, when nothing else
+/// stands there, its line, which is what a person expects of an address.
+[[nodiscard]] quickSetupChoices choicesForPeople();
 
 /// A name of a stored record as UTF-8: old records may hold either encoding.
 [[nodiscard]] std::string shownName(std::string_view text);

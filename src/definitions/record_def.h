@@ -84,6 +84,11 @@ inline constexpr std::int16_t nodataPlaceholder = 1;
 inline constexpr std::int16_t nodataDelete = 2;
 inline constexpr std::int16_t nodataCustom = 3;
 
+// Values of extractionRec::deleteline: what goes with the text of a link that is deleted for want of data.
+inline constexpr std::int16_t deletelineNothing = 0;
+inline constexpr std::int16_t deletelineWhenBlank = 1;  // its paragraph, when nothing but white space is left there
+inline constexpr std::int16_t deletelineAlways = 2;     // its paragraph in any case
+
 // Values of extractionRec::missingasset.
 inline constexpr std::int16_t missingAssetDefaultText = 0;
 inline constexpr std::int16_t missingAssetKeepFrame = 1;
@@ -115,7 +120,7 @@ struct extractionRec {
     Str255 notes;
     std::int16_t nodata;  // nodata...
     Str31 nodatastring;
-    std::int16_t deleteline;
+    std::int16_t deleteline;  // deleteline...
     flaggedStr255Rec prefix;
     flaggedStr255Rec suffix;
     std::int16_t magicKeyNumbers[magicKeyNumberCount];

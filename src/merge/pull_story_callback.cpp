@@ -15,10 +15,6 @@ namespace {
 constexpr std::uint16_t storyTouched = 1;
 constexpr std::int16_t runRefusedTag = -6029;
 
-// Values of `deleteline` with `nodata` 2.
-constexpr std::int16_t deleteTextOnly = 0;
-constexpr std::int16_t deleteWholeParagraph = 2;
-
 constexpr char32_t paragraphReturn = U'\r';
 
 bool isBlank(char32_t c) {
@@ -82,7 +78,7 @@ bool ZavoPullStoryCallback::TagIsMine(UIDRef story, const TagAttribute& attribut
     value = tagValueRec{};
     keepMode = false;
     deleteMode = Deletion::none;
-    deleteLine = deleteTextOnly;
+    deleteLine = deletelineNothing;
     auto& error = session().engineError;
     error = tagRecordDecode(attribute.data(), &tagRec, nullptr, nullptr, error);
     return error == 0;
@@ -149,7 +145,7 @@ void ZavoPullStoryCallback::decideAction() {
     const extractionRec* const link = value.extraction;
     lockedLink = tagRec.linkLocked != 0 || (link != nullptr && (link->locked != 0 || link->ignoreLink != 0));
     associated = tagRec.associateMe != 0 || (link != nullptr && link->associateMe != 0);
-    deleteLine = link != nullptr ? link->deleteline : deleteTextOnly;
+    deleteLine = link != nullptr ? link->deleteline : deletelineNothing;
     auto& run = session();
     switch (value.status) {
         case fetchNoMatch:
@@ -201,7 +197,7 @@ errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {
     if (error == 0) error = document.textDelete(story.uid, tagStart, runText);
     if (error != 0) return error;
     resizeTag(0);
-    if (deleteLine != deleteTextOnly) queueParagraph(story, tagStart, deleteLine == deleteWholeParagraph);
+    if (deleteLine != deletelineNothing) queueParagraph(story, tagStart, deleteLine == deletelineAlways);
     return 0;
 }
 
