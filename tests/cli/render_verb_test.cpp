@@ -37,6 +37,29 @@ TEST_F(RenderVerb, MakesPicturesNamedByTheirPage) {
     EXPECT_EQ(read("one.png"), read("page-003.png"));
 }
 
+TEST_F(RenderVerb, PutsTheBleedAroundThePage) {
+    EXPECT_EQ(run("render three.tvd -o plain.pdf").status, 0);
+    EXPECT_EQ(run("render three.tvd -o bleed.pdf --bleed 0.125in").status, 0);
+    const std::string boxes = shell("pdfinfo -box bleed.pdf").output;
+    EXPECT_NE(boxes.find(" 0.00     0.00   218.00   118.00"), std::string::npos) << boxes;
+    EXPECT_NE(boxes.find(" 9.00     9.00   209.00   109.00"), std::string::npos) << boxes;
+    EXPECT_NE(shell("pdfinfo plain.pdf").output.find("200 x 100 pts"), std::string::npos);
+}
+
+TEST_F(RenderVerb, NamesPagesByTheirSections) {
+    write("parts.tvd", R"({"tarnovaLayout": 1, "pageSize": [200, 100], "pages": [{}, {}, {}], "sections": [
+            {"page": 2, "prefix": "A-", "startNumber": 4, "style": "lowerRoman", "includePrefix": true}]})");
+    EXPECT_EQ(run("render parts.tvd -o parts.pdf --bookmarks").status, 0);
+    const std::string told =
+        shell("qpdf --json=2 --json-key=outlines --json-key=pagelabels parts.pdf | tr -d ' \\n'").output;
+    for (const char* part : {R"("title":"1")", R"("title":"A-iv")", R"("title":"A-v")",
+                             R"("index":1,"label":{"/P":"u:A-","/S":"/r","/St":4})"}) {
+        EXPECT_NE(told.find(part), std::string::npos) << part << " in " << told;
+    }
+    EXPECT_EQ(run("render parts.tvd -o parts.pdf").status, 0);
+    EXPECT_EQ(shell("qpdf --json=2 --json-key=outlines parts.pdf").output.find("A-iv"), std::string::npos);
+}
+
 TEST_F(RenderVerb, MakesOnePostScriptFileOfAllPages) {
     const outcomeRec outcome = run("render three.tvd -o all.ps --pages 2-");
     EXPECT_EQ(outcome.status, 0);
@@ -78,6 +101,11 @@ TEST_F(RenderVerb, WrongUseSaysWhatIsPossible) {
         {"three.tvd -o out", 2, "out: the output's name must end in .pdf, .ps, .png, .svg or .eps"},
         {"three.tvd -o out.pdf --pages 4", 2, "there is no page 4; the document has pages 1 to 3"},
         {"three.tvd -o out.png --dpi 0", 2, "--dpi"},
+        {"three.tvd -o out.pdf --bleed 3zz", 2, "--bleed: zz unit not recognized"},
+        {"three.tvd -o out.pdf --bleed -1mm", 2, "--bleed"},
+        {"three.tvd -o out.pdf --bleed 11in", 2, "--bleed"},
+        {"three.tvd -o out.ps --bleed 3mm", 2, "out.ps: --bleed and --bookmarks are for .pdf"},
+        {"three.tvd -o out.svg --bookmarks", 2, "out.svg: --bleed and --bookmarks are for .pdf"},
         {"three.tvd", 2, "--output"},
         {"none.tvd -o out.pdf", 1, "none.tvd"},
         {"three.tvd -o none/out.ps", 1, "\"none/out.ps\" can't be written: No such file or directory"},

@@ -9,6 +9,8 @@
 #include "host/render/pdf_forms.h"
 #include "host/render/pdf_metadata.h"
 #include "host/render/pdf_objects.h"
+#include "host/render/pdf_outline.h"
+#include "host/render/pdf_page_labels.h"
 
 namespace tarnova {
 
@@ -30,6 +32,9 @@ class PdfWriter::File {
     [[nodiscard]] bool open(const std::string& path, const PdfOptions& fileOptions) {
         options = fileOptions;
         if (!output.open(path)) return false;
+        if (!(options.bleed >= 0 && options.bleed <= pdfMaximumBleed)) {
+            return fail(fmt::format("the bleed must be 0 to {} points", pdfMaximumBleed));
+        }
         objects.emplace(output, options.compressionLevel, options.objectStreams);
         rootNode = objects->reserve();
         resources = objects->reserve();
@@ -39,30 +44,18 @@ class PdfWriter::File {
     [[nodiscard]] bool addPage(const DocumentModel& document, UID page) {
         if (closed()) return false;
         if (!buildDisplayList(document, page, list)) return fail(whyNoDisplayList(document, page));
-        return addPage(list);
+        if (!drawPage(list)) return false;
+        if (options.bookmarks) outline.addPage(*objects, lastPage, document.pageName(page));
+        if (options.pageLabels) labels.addPage(*objects, pageLabelOf(document, page));
+        return true;
     }
 
     [[nodiscard]] bool addPage(const DisplayList& page) {
         if (closed()) return false;
-        if (!(page.page.width() > 0 && page.page.height() > 0)) return fail("a page has no area");
-        if (&page != &list) list.overset = page.overset;
-        oversetCount += static_cast<std::int64_t>(page.overset.size());
-        makeForms(page);
-        content.begin(page, false);
-        std::size_t nextForm = 0;
-        for (std::size_t i = 0; i < page.items.size();) {
-            if (page.items[i].repeats) {
-                const FormUse& use = formUses[nextForm++];
-                content.useForm(forms.forms()[use.form].name);
-                i = use.limit;
-            } else {
-                content.draw(page.items[i++]);
-            }
-        }
-        const std::uint32_t stream = objects->reserve();
-        objects->writeStream(stream, "", content.end());
-        writePage(page.page, stream);
-        return !output.failed();
+        if (!drawPage(page)) return false;
+        if (options.bookmarks) outline.addPage(*objects, lastPage, std::to_string(pages));
+        if (options.pageLabels) labels.addPage(*objects, {"", 'D', static_cast<std::int32_t>(pages)});
+        return true;
     }
 
     [[nodiscard]] bool finish() {
@@ -99,6 +92,43 @@ class PdfWriter::File {
         return false;
     }
 
+    /// Draws the sheet that the page is cut from: itself, or with the bleed around it.
+    [[nodiscard]] bool drawPage(const DisplayList& page) {
+        if (!(page.page.width() > 0 && page.page.height() > 0)) return fail("a page has no area");
+        if (options.bleed == 0) {
+            if (&page != &list) list.overset = page.overset;
+            return drawSheet(page);
+        }
+        if (&page != &list) list = page;
+        const double bleed = options.bleed;
+        list.page = {list.page.left - bleed, list.page.top - bleed, list.page.right + bleed, list.page.bottom + bleed};
+        for (DisplayItem& item : list.items) {
+            item.toPage.tx += bleed;
+            item.toPage.ty += bleed;
+        }
+        return drawSheet(list);
+    }
+
+    [[nodiscard]] bool drawSheet(const DisplayList& page) {
+        oversetCount += static_cast<std::int64_t>(page.overset.size());
+        makeForms(page);
+        content.begin(page, false);
+        std::size_t nextForm = 0;
+        for (std::size_t i = 0; i < page.items.size();) {
+            if (page.items[i].repeats) {
+                const FormUse& use = formUses[nextForm++];
+                content.useForm(forms.forms()[use.form].name);
+                i = use.limit;
+            } else {
+                content.draw(page.items[i++]);
+            }
+        }
+        const std::uint32_t stream = objects->reserve();
+        objects->writeStream(stream, "", content.end());
+        writePage(page.page, stream);
+        return !output.failed();
+    }
+
     /// Finds the form of each run of repeating items, and writes those that are new. A reference is shorter than any
     /// drawing, so even a single small item is worth one.
     void makeForms(const DisplayList& page) {
@@ -130,15 +160,18 @@ class PdfWriter::File {
         return forms.add(number);
     }
 
-    void putBox(const PMRect& bounds) {
-        body.put("[0 0 ");
-        body.putFixed(ByteBuffer::quantize(bounds.width(), 1000), 3);
-        body.put(' ');
-        body.putFixed(ByteBuffer::quantize(bounds.height(), 1000), 3);
+    /// A sheet's box with this much left off on each side.
+    void putBox(const PMRect& sheet, double margin = 0) {
+        body.put('[');
+        for (const double edge : {margin, margin, sheet.width() - margin, sheet.height() - margin}) {
+            body.putFixed(ByteBuffer::quantize(edge, 1000), 3);
+            body.put(' ');
+        }
+        body.truncate(body.size() - 1);
         body.put(']');
     }
 
-    void writePage(const PMRect& bounds, std::uint32_t stream) {
+    void writePage(const PMRect& sheet, std::uint32_t stream) {
         if (nodePages.empty()) {
             nodes.push_back(objects->reserve());
             nodePages.reserve(pagesInNode);
@@ -146,16 +179,17 @@ class PdfWriter::File {
         body.clear();
         body.put("<</Type/Page/Parent ");
         putReference(body, nodes.back());
-        for (const std::string_view box : {"/MediaBox", "/CropBox", "/TrimBox"}) {
+        for (const std::string_view box : {"/MediaBox", "/CropBox", "/BleedBox", "/TrimBox"}) {
+            if (box == "/BleedBox" && options.bleed == 0) continue;  // the CropBox, as without saying so
             body.put(box);
-            putBox(bounds);
+            putBox(sheet, box == "/TrimBox" ? options.bleed : 0);
         }
         body.put("/Contents ");
         putReference(body, stream);
         body.put(">>");
-        const std::uint32_t number = objects->reserve();
-        objects->write(number, body.view());
-        nodePages.push_back(number);
+        lastPage = objects->reserve();
+        objects->write(lastPage, body.view());
+        nodePages.push_back(lastPage);
         ++pages;
         if (nodePages.size() == pagesInNode) writeNode();
     }
@@ -219,6 +253,12 @@ class PdfWriter::File {
         const std::uint32_t catalog = objects->reserve();
         std::string entries = fmt::format("<</Type/Catalog/Pages {} 0 R/Metadata {} 0 R", rootNode, metadata);
         if (!content.language().empty()) entries += "/Lang" + pdfTextString(content.language());
+        if (const std::uint32_t number = outline.finish(*objects); number != 0) {
+            entries += fmt::format("/Outlines {} 0 R/PageMode/UseOutlines", number);
+        }
+        if (const std::uint32_t number = labels.finish(*objects); number != 0) {
+            entries += fmt::format("/PageLabels {} 0 R", number);
+        }
         if (!options.title.empty()) entries += "/ViewerPreferences<</DisplayDocTitle true>>";
         objects->write(catalog, entries + ">>");
         const std::uint32_t info = objects->reserve();
@@ -232,10 +272,13 @@ class PdfWriter::File {
     PdfFontTable fonts;
     PdfFormTable forms;
     PdfContent content{fonts};
+    PdfOutline outline;
+    PdfPageLabels labels;
     std::string notOpen;
     ByteBuffer body;
     std::uint32_t rootNode = 0;
     std::uint32_t resources = 0;
+    std::uint32_t lastPage = 0;  // the object of the page added last
     std::vector<std::uint32_t> nodes;
     std::vector<std::uint32_t> nodePages;  // of the last node, while it isn't written
     std::vector<FormUse> formUses;

@@ -16,11 +16,23 @@
 
 namespace tarnova {
 
+inline constexpr double pdfMaximumBleed = 720;  // points
+
 struct PdfOptions {
     std::string title;                // shown by viewers; empty: none
     std::string creator = "Tarnova";  // the program that made the pages
     int compressionLevel = 1;         // 0 (none) to 12
     bool objectStreams = true;        // clear: a classic cross-reference table, readable by the oldest programs
+    bool bookmarks = false;           // an entry a page, by the page's printed name
+
+    /// Viewers name the pages as the sections of their document do. For pages of one document: where it comes in
+    /// pieces, each piece would begin to count anew.
+    bool pageLabels = false;
+
+    /// Points that the paper is larger on each side, 0 to `pdfMaximumBleed`. What is drawn beyond the page's edge shows
+    /// there, to be cut off: MediaBox, CropBox and BleedBox hold it, TrimBox is the page. On a spread of several pages
+    /// only items that touch the page are drawn.
+    double bleed = 0;
 };
 
 /// One file from `open` to `finish`. Pages may come from one document after another as long as these are copies of one
