@@ -41,6 +41,11 @@ void readParaFlag(FormatTarget& target, const JsonValue& value) {
     target.paras.*member = boolOf(value);
 }
 
+template <auto member, int highest>
+void readParaPercent(FormatTarget& target, const JsonValue& value) {
+    target.paras.*member = numberOf(value, 0, highest);
+}
+
 template <auto member, std::int32_t lowest, std::int32_t highest>
 void readParaCount(FormatTarget& target, const JsonValue& value) {
     target.paras.*member = static_cast<std::int32_t>(integerOf(value, lowest, highest));
@@ -119,6 +124,9 @@ const FormatMembers paraMembers = {
     {"hyphenLettersBefore", readParaCount<&ParaOverrides::hyphenLettersBefore, 1, 64>},
     {"hyphenLettersAfter", readParaCount<&ParaOverrides::hyphenLettersAfter, 1, 64>},
     {"hyphensInARow", readParaCount<&ParaOverrides::hyphensInARow, 0, 100>},
+    {"wordSpaceLeast", readParaPercent<&ParaOverrides::wordSpaceLeast, 1000>},
+    {"wordSpaceWanted", readParaPercent<&ParaOverrides::wordSpaceWanted, 1000>},
+    {"wordSpaceGreatest", readParaPercent<&ParaOverrides::wordSpaceGreatest, 10000>},
 };
 
 FormatMembers joined(FormatMembers own, std::initializer_list<const FormatMembers*> others) {
@@ -138,12 +146,15 @@ void writeWordIf(JsonWriter& out, std::string_view name, const std::optional<Enu
     if (value) out.member(name, words[static_cast<std::size_t>(*value)]);
 }
 
-void writeHyphenation(JsonWriter& out, const ParaOverrides& paras) {
+void writeLineChoice(JsonWriter& out, const ParaOverrides& paras) {
     writeIf(out, "hyphenate", paras.hyphenate);
     writeIf(out, "hyphenWordLetters", paras.hyphenWordLetters);
     writeIf(out, "hyphenLettersBefore", paras.hyphenLettersBefore);
     writeIf(out, "hyphenLettersAfter", paras.hyphenLettersAfter);
     writeIf(out, "hyphensInARow", paras.hyphensInARow);
+    writeIf(out, "wordSpaceLeast", paras.wordSpaceLeast);
+    writeIf(out, "wordSpaceWanted", paras.wordSpaceWanted);
+    writeIf(out, "wordSpaceGreatest", paras.wordSpaceGreatest);
 }
 
 void writeTabs(JsonWriter& out, const std::vector<TabStop>& tabs) {
@@ -270,7 +281,7 @@ void writeParas(JsonWriter& out, const ParaOverrides& paras) {
     writeIf(out, "spaceBefore", paras.spaceBefore);
     writeIf(out, "spaceAfter", paras.spaceAfter);
     if (paras.tabs) writeTabs(out, *paras.tabs);
-    writeHyphenation(out, paras);
+    writeLineChoice(out, paras);
 }
 
 }  // namespace tarnova

@@ -48,6 +48,9 @@ void apply(const ParaOverrides& from, ParaFormat& to) {
     apply(from.hyphenLettersBefore, to.hyphenLettersBefore);
     apply(from.hyphenLettersAfter, to.hyphenLettersAfter);
     apply(from.hyphensInARow, to.hyphensInARow);
+    apply(from.wordSpaceLeast, to.wordSpaceLeast);
+    apply(from.wordSpaceWanted, to.wordSpaceWanted);
+    apply(from.wordSpaceGreatest, to.wordSpaceGreatest);
 }
 
 std::size_t hashOf(const CharFormat& f) {
@@ -61,7 +64,8 @@ std::size_t hashOf(const ParaFormat& f) {
     Hasher h;
     h.add(f.alignment).add(f.leftIndent).add(f.rightIndent).add(f.firstLineIndent).add(f.spaceBefore);
     h.add(f.spaceAfter).add(f.tabs).add(f.hyphenate).add(f.hyphenWordLetters).add(f.hyphenLettersBefore);
-    return h.add(f.hyphenLettersAfter).add(f.hyphensInARow).value();
+    h.add(f.hyphenLettersAfter).add(f.hyphensInARow).add(f.wordSpaceLeast).add(f.wordSpaceWanted);
+    return h.add(f.wordSpaceGreatest).value();
 }
 
 /// The one object of the process that equals the format.

@@ -70,6 +70,10 @@ struct ParaFormat {
     std::int32_t hyphenLettersBefore = 2;  // at least, in front of the hyphen
     std::int32_t hyphenLettersAfter = 3;   // and behind it
     std::int32_t hyphensInARow = 3;        // lines that end in a hyphen one after the other, at most; 0: any number
+    // Spaces of justified text, percent of the font's space.
+    double wordSpaceLeast = 100;
+    double wordSpaceWanted = 100;
+    double wordSpaceGreatest = 133;
     friend bool operator==(const ParaFormat&, const ParaFormat&) = default;
 };
 
@@ -89,6 +93,7 @@ struct ParaOverrides {
     std::optional<double> leftIndent, rightIndent, firstLineIndent, spaceBefore, spaceAfter;
     std::optional<std::vector<TabStop>> tabs;
     std::optional<bool> hyphenate;
+    std::optional<double> wordSpaceLeast, wordSpaceWanted, wordSpaceGreatest;
     std::optional<std::int32_t> hyphenWordLetters, hyphenLettersBefore, hyphenLettersAfter, hyphensInARow;
     friend bool operator==(const ParaOverrides&, const ParaOverrides&) = default;
 };

@@ -3,10 +3,12 @@
 #include <unicode/ubidi.h>
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <string_view>
 
 #include "host/text/tab_gap.h"
+#include "host/text/word_spaces.h"
 
 namespace tarnova {
 
@@ -16,11 +18,31 @@ bool isStretchable(char32_t c) {
     return c == U' ' || c == 0xA0;
 }
 
-/// Finds the end of a line, piece by piece.
+/// The spaces of a piece that justification may stretch, `dropped` glyphs at its end left out.
+SpaceSum spacesOf(const Paragraph& paragraph, const Piece& piece, std::u32string_view text, std::uint32_t dropped) {
+    SpaceSum sum;
+    const float scale = paragraph.styleOf(piece).scale();
+    for (std::uint32_t g = 0; g + dropped < piece.glyphCount; ++g) {
+        const PlacedGlyph& glyph = paragraph.glyphs[piece.firstGlyph + g];
+        if (!isStretchable(text[glyph.position])) continue;
+        ++sum.count;
+        sum.width += glyph.advance * scale;
+    }
+    return sum;
+}
+
+/// Finds the end of a line, piece by piece. Where the limits of word spaces have a say, that is the opportunity with
+/// which the spaces come closest to what is wanted, among those whose spaces aren't less than the least.
 class LineBreaker {
  public:
-    LineBreaker(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format)
-        : paragraph_(paragraph), measure_(measure), format_(format), extent_{first, first, false, false} {}
+    LineBreaker(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format,
+                std::u32string_view text)
+        : paragraph_(paragraph),
+          measure_(measure),
+          format_(format),
+          text_(text),
+          wordSpaces_(format),
+          extent_{first, first, false, false} {}
 
     LineExtent run() {
         for (std::size_t at = extent_.first; at < paragraph_.pieces.size(); ++at) {
@@ -48,7 +70,7 @@ class LineBreaker {
             return true;
         }
         const float end = x_ + (tab_ ? tab_->gapWith(paragraph_, piece) : 0.0F) + piece.width;
-        if (end <= measure_.width + widthTolerance) {
+        if (end <= measure_.width + widthTolerance + (1 - wordSpaces_.least) * spaces_) {
             take(piece);
             return true;
         }
@@ -67,6 +89,7 @@ class LineBreaker {
     bool hyphenate(std::size_t at) {
         const bool enough = format_.hyphensInARow > 0 && measure_.hyphensAbove >= format_.hyphensInARow;
         if (!format_.hyphenate || enough) return false;
+        if (wordSpaces_.choosesLines && deviation_ <= 1) return false;  // the line is good without
         const std::size_t start = opportunity_.value_or(extent_.first);
         float x = x_;
         for (std::size_t index = at;; --index) {
@@ -85,7 +108,7 @@ class LineBreaker {
         paragraph_.findHyphens(piece, format_, borders);
         if (borders.empty()) return false;
         const float hyphen = paragraph_.hyphenFor(piece).advance * paragraph_.styleOf(piece).scale();
-        const float room = measure_.width + widthTolerance - x - hyphen;
+        const float room = measure_.width + widthTolerance + (1 - wordSpaces_.least) * spaces_ - x - hyphen;
         const auto within = static_cast<std::int32_t>(paragraph_.charactersWithin(piece, room));
         for (; !borders.empty() && !extent_.showsHyphen; borders.pop_back()) {
             const std::int32_t border = borders.back();
@@ -102,7 +125,19 @@ class LineBreaker {
 
     void take(const Piece& piece) {
         if (tab_) tab_->add(paragraph_, piece);
+        if (wordSpaces_.choosesLines) takeSpaces(piece);
         x_ += piece.width + paragraph_.gapAfter(piece);
+    }
+
+    /// Counts the spaces of a piece; those that would hang at the line's end count from the next word on.
+    void takeSpaces(const Piece& piece) {
+        const float inner = spacesOf(paragraph_, piece, text_, piece.hangingGlyphs).width;
+        spaces_ += inner;
+        if (piece.width > 0) {
+            setWidth_ = x_ + piece.width;
+            setSpaces_ = spaces_;
+        }
+        spaces_ += spacesOf(paragraph_, piece, text_, 0).width - inner;
     }
 
     /// A word that is longer than the line ends it wherever it must.
@@ -117,16 +152,29 @@ class LineBreaker {
     void noteOpportunity(std::size_t at) {
         const Piece& piece = paragraph_.pieces[at];
         if (piece.breakAfter == LineBreak::none) return;
+        float hyphen = 0;
         if (piece.hyphenates) {
-            const float hyphen = paragraph_.hyphenFor(piece).advance * paragraph_.styleOf(piece).scale();
+            hyphen = paragraph_.hyphenFor(piece).advance * paragraph_.styleOf(piece).scale();
             const float end = x_ + (tab_ ? tab_->gap() : 0.0F) + hyphen;
-            if (end > measure_.width + widthTolerance) return;
+            if (end > measure_.width + widthTolerance + (1 - wordSpaces_.least) * spaces_) return;
         }
+        if (wordSpaces_.choosesLines && !improvesSpaces(hyphen)) return;
         opportunity_ = at + 1;
         opportunityHyphenates_ = piece.hyphenates;
     }
 
+    /// True when a line that ends here, `hyphen` points shown behind it, comes closer to what is wanted than the one
+    /// noted before, or as close.
+    bool improvesSpaces(float hyphen) {
+        const float slack = measure_.width - setWidth_ - (tab_ ? tab_->gap() : 0.0F) - hyphen;
+        const float deviation = wordSpaces_.deviation(slack, setSpaces_);
+        if (opportunity_ && deviation > deviation_) return false;
+        deviation_ = deviation;
+        return true;
+    }
+
     void openTab(std::size_t at) {
+        spaces_ = setSpaces_ = 0;  // those in front of a tab aren't stretched
         const float column = measure_.left + x_;
         const TabStop stop = nextTabStop(format_, measure_, column);
         const float room = std::min(static_cast<float>(stop.position) - measure_.left, measure_.width) - x_;
@@ -147,8 +195,15 @@ class LineBreaker {
     Paragraph& paragraph_;
     const LineMeasure& measure_;
     const ParaFormat& format_;
+    std::u32string_view text_;
+    WordSpaces wordSpaces_;
     LineExtent extent_;
     float x_ = 0;  // behind the last piece, without the gap of an open tab
+    // Counted only where word spaces have a say.
+    float spaces_ = 0;    // points of the spaces behind the last tab
+    float setWidth_ = 0;  // as x_ and spaces_, without what hangs at a line's end
+    float setSpaces_ = 0;
+    float deviation_ = std::numeric_limits<float>::max();  // of the line that ends at `opportunity_`
     std::optional<TabGap> tab_;
     std::optional<std::size_t> opportunity_;  // the piece behind it
     bool opportunityHyphenates_ = false;
@@ -285,18 +340,17 @@ class LinePlacer {
     bool open_ = false;
 };
 
-std::size_t stretchableSpaces(const Paragraph& paragraph, const VisiblePart& part, std::u32string_view text) {
-    std::size_t count = 0;
+SpaceSum stretchableSpaces(const Paragraph& paragraph, const VisiblePart& part, std::u32string_view text) {
+    SpaceSum sum;
     for (std::size_t i = part.stretchFrom; i < part.limit; ++i) {
-        const Piece& piece = paragraph.pieces[i];
-        const std::uint32_t glyphs = piece.glyphCount - (i + 1 == part.limit ? part.dropped : 0);
-        for (std::uint32_t g = 0; g < glyphs; ++g)
-            count += isStretchable(text[paragraph.glyphs[piece.firstGlyph + g].position]) ? 1 : 0;
+        const SpaceSum its = spacesOf(paragraph, paragraph.pieces[i], text, i + 1 == part.limit ? part.dropped : 0);
+        sum.count += its.count;
+        sum.width += its.width;
     }
-    return count;
+    return sum;
 }
 
-bool isJustified(Alignment alignment, bool isForced) {
+bool isFilled(Alignment alignment, bool isForced) {
     return alignment == Alignment::justifyAll || (alignment == Alignment::justifyLeft && !isForced);
 }
 
@@ -323,9 +377,10 @@ void LineHeight::include(const TextStyle& style) {
     leading = std::max(leading, style.leading);
 }
 
-LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format) {
+LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure, const ParaFormat& format,
+                     std::u32string_view text) {
     paragraph.rejoin(first);
-    return LineBreaker(paragraph, first, measure, format).run();
+    return LineBreaker(paragraph, first, measure, format, text).run();
 }
 
 LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent) {
@@ -352,13 +407,16 @@ void placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineM
     placer.text = text;
     placer.baseline = baseline;
     placer.x = columnLeft + measure.left;
-    std::size_t spaces = 0;
-    if (isJustified(format.alignment, extent.isForced)) spaces = stretchableSpaces(paragraph, part, text);
-    if (spaces > 0) {
-        placer.stretch = std::max(slack, 0.0F) / static_cast<float>(spaces);
-    } else {
-        placer.x += alignedStart(paragraph, format.alignment, slack);
+    const WordSpaces wordSpaces(format);
+    const bool filled = isFilled(format.alignment, extent.isForced);
+    SpaceSum spaces;
+    if (filled || wordSpaces.choosesLines) spaces = stretchableSpaces(paragraph, part, text);
+    float change = 0;
+    if (spaces.count > 0) {
+        change = filled ? wordSpaces.filled(slack, spaces.width) : wordSpaces.unfilled(slack, spaces.width);
+        placer.stretch = change / static_cast<float>(spaces.count);
     }
+    if (spaces.count == 0 || !filled) placer.x += alignedStart(paragraph, format.alignment, slack - change);
     line.left = placer.x;
     line.firstRun = static_cast<std::uint32_t>(story.runs.size());
     placer.placeAll(extent.first);

@@ -43,9 +43,9 @@ struct LineHeight {
 
 /// Takes as many pieces from `first` on as fit, one grapheme at least; a word that doesn't fit is hyphenated where the
 /// format wants it, and one longer than the line is cut. What an earlier try cut from `first` on is put together
-/// before. Sets the width of tabs.
+/// before. Sets the width of tabs. `text` is the story's, to tell its spaces.
 [[nodiscard]] LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure,
-                                   const ParaFormat& format);
+                                   const ParaFormat& format, std::u32string_view text);
 
 [[nodiscard]] LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent);
 

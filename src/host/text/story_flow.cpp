@@ -132,7 +132,7 @@ bool setLine(const ParagraphFlow& flow, ColumnCursor& cursor, ComposedStory& sto
     const bool isFirst = place.piece == 0;
     for (; !cursor.isPastEnd(); cursor.next()) {
         const LineMeasure measure = measureIn(cursor, flow.format, isFirst, place.hyphensAbove);
-        const LineExtent extent = breakLine(flow.paragraph, place.piece, measure, flow.format);
+        const LineExtent extent = breakLine(flow.paragraph, place.piece, measure, flow.format, flow.input.text);
         LineHeight height = heightOf(flow.paragraph, extent);
         if (flow.emptyStyle != nullptr) height.include(*flow.emptyStyle);
         const float baseline = cursor.baselineFor(height, isFirst ? flow.spaceBefore : 0);
