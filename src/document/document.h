@@ -190,6 +190,10 @@ class DocumentText {
     [[nodiscard]] virtual UID textOfFrame(UID item) const = 0;
     /// The frames of a story's main thread, in thread order.
     [[nodiscard]] virtual std::vector<UID> framesOfStory(UID story) const = 0;
+    /// Takes a text frame out of its story and puts it directly behind another in that one's thread. Only a frame of a
+    /// story without any text can go, because nothing may be lost; the story goes with its last frame. A frame that
+    /// stands there already stays. A frame of a page and one of a master aren't joined.
+    [[nodiscard]] virtual errorWord linkFrames(UID frameBefore, UID frameBehind) = 0;
     /// Characters of all threads, closing marks included.
     [[nodiscard]] virtual std::int32_t totalLength(UID story) const = 0;
     /// The thread that a position lies in, its closing mark included.

@@ -5,10 +5,12 @@
 #include <vector>
 
 #include "document/document.h"
+#include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/strings.h"
 #include "output/build_tables.h"
+#include "output/threads.h"
 
 namespace tarnova {
 namespace {
@@ -42,23 +44,50 @@ double ticksNow() {
     return now.count() / 16.6667;
 }
 
+/// The sections that start on the template's pages: asked for once, since each copy adds its own.
+std::vector<sectionRec> templateSections(const Document& document) {
+    std::vector<sectionRec> sections = document.sections();
+    std::erase_if(sections, [&](const sectionRec& section) {
+        return document.pageIndex(section.startPage) >= session().templatePageCount;
+    });
+    return sections;
+}
+
+/// Starts the sections of a spread of the template on its copy, the last spread. The first spread's don't go on
+/// counting from the record before.
+errorWord copySections(Document& document, UID source, const std::vector<sectionRec>& sections) {
+    if (sections.empty()) return 0;
+    const std::vector<UID> from = document.pagesOfSpread(source);
+    const std::vector<UID> to = document.pagesOfSpread(document.spreadAt(document.spreadCount() - 1));
+    errorWord error = 0;
+    for (sectionRec section : sections) {
+        const auto page = std::find(from.begin(), from.end(), section.startPage);
+        if (error != 0 || page == from.end()) continue;
+        section.startPage = to[static_cast<std::size_t>(page - from.begin())];
+        if (source == document.spreadAt(0)) section.continues = false;
+        error = document.createSection(section);
+    }
+    return error;
+}
+
 /// Makes the next page of the expansion exist: it may be there already, as one of the template's or as a further page
 /// of a spread that was just copied; else the spread with the template's page is copied behind the last spread.
-errorWord addPage(Document& document) {
+errorWord addPage(Document& document, const std::vector<sectionRec>& sections) {
     auto& run = session();
     if (document.pageCount() == run.nextPageIndex) {
-        const UID templatePage = document.pageAt(run.nextPageIndex % run.templatePageCount);
-        const errorWord error = document.duplicateSpread(document.spreadOfPage(templatePage));
+        const UID source = document.spreadOfPage(document.pageAt(run.nextPageIndex % run.templatePageCount));
+        errorWord error = document.duplicateSpread(source);
+        if (error == 0) error = copySections(document, source, sections);
         if (error != 0) return error;
     }
     ++run.nextPageIndex;
     return 0;
 }
 
-errorWord addSlot(Document& document, errorWord priorError) {
+errorWord addSlot(Document& document, const std::vector<sectionRec>& sections, errorWord priorError) {
     errorWord error = priorError;
     for (std::int32_t page = 0; page < session().templatePageCount && error == 0; ++page) {
-        error = addPage(document);
+        error = addPage(document, sections);
         error = appendPageEntry(page, error);
     }
     return appendSlot(error);
@@ -85,17 +114,23 @@ void computeSlots() {
     }
 }
 
-errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, errorWord priorError) {
+errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, bool replicateSections,
+                        errorWord priorError) {
     if (priorError != 0) return priorError;
     auto& run = session();
     const bool showsBar = showProgress && run.slotTarget != 1;
     const PMString text = showsBar ? PMString(stringOfKey("kZavoBuildingDocumentMessageStringKey")) : PMString();
-    errorWord error = statusDialog(text, 0, showsBar, false, 0);
+    std::int32_t threadCount = 0;
+    errorWord error = run.slotTarget > 1 ? markThreads(document, threadCount, 0) : 0;
+    const bool copiesSections = replicateSections && appPrefs().replicateSections != 0;
+    const std::vector<sectionRec> sections =
+        copiesSections ? templateSections(*document.database) : std::vector<sectionRec>();
+    error = statusDialog(text, 0, showsBar, false, error);
     SlowdownWatch watch;
     int shownPercent = 0;
     while (error == 0 && run.slotCount < run.slotTarget) {
         const double start = adaptive ? ticksNow() : 0;
-        error = addSlot(*document.database, error);
+        error = addSlot(*document.database, sections, error);
         if (adaptive && error == 0 && watch.noteRound(ticksNow() - start, run.slotCount))
             run.slotTarget = run.slotCount;
         const int percent = static_cast<int>(std::int64_t{run.slotCount} * 100 / std::max(run.slotTarget, 1));
@@ -103,7 +138,8 @@ errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, error
         shownPercent = percent;
         error = statusDialog(text, percent, showsBar, false, error);
     }
-    return statusDialog(text, -1, showsBar, false, error);
+    error = statusDialog(text, -1, showsBar, false, error);
+    return threadCount > 0 ? rebuildThreads(document, error) : error;
 }
 
 errorWord pruneUnusedPages(UIDRef document, errorWord priorError) {

@@ -24,8 +24,11 @@ void computeSlots();
 
 /// Expands the document until it has `slotTarget` slots: the template's own pages are the first slot, each further one
 /// is a copy of its spreads. With `adaptive` the expansion ends early, and `slotTarget` with it, once adding pages has
-/// become slower than at the start (ten rounds above 1.2 times the first five).
-[[nodiscard]] errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, errorWord priorError);
+/// become slower than at the start (ten rounds above 1.2 times the first five). With `replicateSections`, and unless
+/// the preference of this name is off, each copy starts the sections that the template starts. Threads of text frames
+/// run on within each slot as they do in the template.
+[[nodiscard]] errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, bool replicateSections,
+                                      errorWord priorError);
 
 /// Deletes the pages of slots without data. Slot 0, slots with a merge error and flagged pages stay.
 [[nodiscard]] errorWord pruneUnusedPages(UIDRef document, errorWord priorError);

@@ -84,7 +84,7 @@ WalkScope scopeOfRun(std::int32_t slotsOfRun) {
 /// Builds and merges slots in the document; the tables tell about them afterwards.
 errorWord buildAndMerge(UIDRef document, WalkScope scope, bool showProgress) {
     errorWord error = resetBuildTables(document, 0);
-    error = buildDocument(document, false, showProgress, error);
+    error = buildDocument(document, false, showProgress, true, error);
     if (error == 0) error = mergePass(document, scope);
     return error;
 }

@@ -94,6 +94,7 @@ class ModelDocument final : public DocumentModel {
     std::vector<UID> stories() const override;
     UID textOfFrame(UID item) const override;
     std::vector<UID> framesOfStory(UID story) const override;
+    errorWord linkFrames(UID frameBefore, UID frameBehind) override;
     std::int32_t totalLength(UID story) const override;
     textSpanRec threadSpan(UID story, std::int32_t position) const override;
     std::u32string textRead(UID story, std::int32_t start, std::int32_t length) const override;

@@ -27,6 +27,26 @@ std::vector<UID> ModelDocument::framesOfStory(UID uid) const {
     return found == nullptr ? std::vector<UID>() : found->frames;
 }
 
+errorWord ModelDocument::linkFrames(UID before, UID behind) {
+    if (!isTextFrame(before) || !isTextFrame(behind) || before == behind) return errFailed;
+    const UID to = item(before)->story, from = item(behind)->story;
+    const std::vector<UID>& frames = story(to)->frames;
+    const auto place = std::find(frames.begin(), frames.end(), before) - frames.begin() + 1;
+    if (static_cast<std::size_t>(place) < frames.size() && frames[static_cast<std::size_t>(place)] == behind) return 0;
+    const bool onOneSide = spread(item(before)->spread)->isMaster == spread(item(behind)->spread)->isMaster;
+    if (to == from || story(from)->length() != 1 || !onOneSide) return errFailed;
+    Command command(*this, "Link Frames");
+    detachFrame(from, behind);
+    changeable<PageItem>(behind)->story = to;
+    for (UID column : item(behind)->children)
+        changeable<PageItem>(column)->story = to;
+    Story* joined = changeable<Story>(to);
+    joined->frames.insert(joined->frames.begin() + place, behind);
+    joined->stamp = newStamp();
+    joined->layout.reset();
+    return 0;
+}
+
 std::int32_t ModelDocument::totalLength(UID uid) const {
     const Story* found = story(uid);
     return found == nullptr ? 0 : found->length();

@@ -153,7 +153,8 @@ class RandomEdits {
             &RandomEdits::replaceText, &RandomEdits::replaceText,  &RandomEdits::changeAttribute,
             &RandomEdits::deleteItem,  &RandomEdits::setDataBlock, &RandomEdits::lockItem,
             &RandomEdits::addPages,    &RandomEdits::removePages,  &RandomEdits::copySpread,
-            &RandomEdits::addSection,  &RandomEdits::applyMaster,  &RandomEdits::overrideMasters};
+            &RandomEdits::addSection,  &RandomEdits::applyMaster,  &RandomEdits::overrideMasters,
+            &RandomEdits::linkFrames};
         while (!oneOf(operations)(*this)) {
         }
     }
@@ -218,6 +219,12 @@ class RandomEdits {
     bool copySpread() {
         return document->spreadCount() < 5 && document->spreadCount() > 0 &&
                document->duplicateSpread(document->spreadAt(below(document->spreadCount()))) == 0;
+    }
+    bool linkFrames() {
+        const UID before = anyItem(), behind = anyItem();
+        const bool isThere = document->isTextFrame(before) && document->isTextFrame(behind) &&
+                             document->textOfFrame(before) == document->textOfFrame(behind);
+        return !isThere && document->linkFrames(before, behind) == 0;  // one that is there stays, and that is no step
     }
     bool applyMaster() {
         if (document->pageCount() == 0) return false;

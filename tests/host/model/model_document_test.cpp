@@ -373,6 +373,44 @@ TEST(ModelDocument, StoriesOverSeveralSpreads) {
     EXPECT_FALSE(document->itemExists(story));
 }
 
+TEST(ModelDocument, LinkedFramesShareOneStory) {
+    DocumentBuilder builder;
+    const UID page = builder.addSinglePage(100, 100);
+    const UID first = builder.addTextFrame(page, {0, 0, 9, 9}, U"first"),
+              other = builder.addTextFrame(page, {0, 0, 9, 9}, U"x");
+    const UID empty = builder.addTextFrame(page, {0, 0, 9, 9}, U""),
+              last = builder.addTextFrame(page, {0, 0, 9, 9}, U"");
+    const UID box = builder.addRectangle(page, {0, 0, 9, 9}, {});
+    const UID onMaster = builder.addTextFrame(builder.addPage(builder.addMaster("M"), {0, 0, 9, 9}), {0, 0, 9, 9}, U"");
+    const auto document = builder.finish();
+    const UID story = document->textOfFrame(first), emptyStory = document->textOfFrame(empty);
+    const std::uint64_t stamp = document->story(story)->stamp;
+    struct testRow {
+        const char* name;
+        UID before, behind;
+    };
+    for (const auto& [name, before, behind] :
+         {testRow{"text would be lost", first, other}, testRow{"itself", empty, empty}, testRow{"no text", first, box},
+          testRow{"no text in front", box, empty}, testRow{"a master's", first, onMaster},
+          testRow{"nothing", first, 0}})
+        EXPECT_NE(document->linkFrames(before, behind), 0) << name;
+    ASSERT_EQ(document->linkFrames(first, last), 0);
+    ASSERT_EQ(document->linkFrames(first, empty), 0);
+    EXPECT_EQ(document->framesOfStory(story), (std::vector<UID>{first, empty, last}));
+    EXPECT_FALSE(document->itemExists(emptyStory));
+    EXPECT_EQ(document->textOfFrame(document->childAt(empty, 0)), story);
+    EXPECT_NE(document->story(story)->stamp, stamp);
+    EXPECT_EQ(document->linkFrames(empty, last), 0) << "there already";
+    EXPECT_NE(document->linkFrames(last, empty), 0) << "no circle";
+    ASSERT_EQ(document->undo(), "Link Frames");
+    EXPECT_EQ(document->framesOfStory(story), (std::vector<UID>{first, last}));
+    EXPECT_EQ(document->framesOfStory(emptyStory), std::vector<UID>{empty});
+    // Of an empty story with several frames only the one that is named goes.
+    ASSERT_EQ(document->textDelete(story, 0, 5), 0);
+    ASSERT_EQ(document->linkFrames(other, first), 0);
+    EXPECT_EQ(document->framesOfStory(story), std::vector<UID>{last});
+}
+
 TEST(ModelDocument, GroupsPagesAndPasteboard) {
     DocumentBuilder builder;
     const UID spread = builder.addSpread();
