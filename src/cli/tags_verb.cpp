@@ -1,8 +1,8 @@
 // `tarnova tags list`: the variable links of a layout.
 
+#include "cli/tags_verb.h"
+
 #include <fmt/format.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -76,15 +76,21 @@ void writeEntry(JsonWriter& json, const DocumentModel& layout, const tagListRec&
     json.EndObject();
 }
 
-void printJson(const DocumentModel& layout, const std::vector<tagListRec>& entries) {
+/// Of both stores, one behind the other.
+std::vector<tagListRec> allTags(DocumentModel& layout) {
+    std::vector<tagListRec> entries;
+    for (const std::uint16_t store : {0, 1})
+        for (tagListRec& entry : listTags(layout, store))
+            entries.push_back(std::move(entry));
+    return entries;
+}
+
+void printJson(DocumentModel& layout) {
     rapidjson::StringBuffer buffer;
     JsonWriter json(buffer);
     json.StartObject();
     json.Key("tags");
-    json.StartArray();
-    for (const tagListRec& entry : entries)
-        writeEntry(json, layout, entry);
-    json.EndArray();
+    writeTagArray(json, layout);
     json.EndObject();
     fmt::print("{}\n", buffer.GetString());
 }
@@ -115,20 +121,27 @@ void printLine(const DocumentModel& layout, const tagListRec& entry) {
 int listLayoutTags(const tagsOptionsRec& options) {
     const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
     if (layout == nullptr) return exitFailed;
-    std::vector<tagListRec> entries;
-    for (const std::uint16_t store : {0, 1})
-        for (tagListRec& entry : listTags(*layout, store))
-            entries.push_back(std::move(entry));
     if (options.json) {
-        printJson(*layout, entries);
-        return exitDone;
+        printJson(*layout);
+    } else {
+        printTagLines(*layout);
     }
-    for (const tagListRec& entry : entries)
-        printLine(*layout, entry);
     return exitDone;
 }
 
 }  // namespace
+
+void printTagLines(DocumentModel& layout) {
+    for (const tagListRec& entry : allTags(layout))
+        printLine(layout, entry);
+}
+
+void writeTagArray(rapidjson::Writer<rapidjson::StringBuffer>& json, DocumentModel& layout) {
+    json.StartArray();
+    for (const tagListRec& entry : allTags(layout))
+        writeEntry(json, layout, entry);
+    json.EndArray();
+}
 
 void addTagsVerb(CLI::App& app, verbContext& context) {
     const auto options = std::make_shared<tagsOptionsRec>();

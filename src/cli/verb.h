@@ -32,5 +32,6 @@ void addRenderVerb(CLI::App& app, verbContext& context);
 void addDataVerb(CLI::App& app, verbContext& context);
 void addDdfVerb(CLI::App& app, verbContext& context);
 void addTagsVerb(CLI::App& app, verbContext& context);
+void addDescribeVerb(CLI::App& app, verbContext& context);
 
 }  // namespace tarnova

@@ -23,6 +23,7 @@ int runProgram(int argumentCount, char** arguments) {
     addDataVerb(app, context);
     addDdfVerb(app, context);
     addTagsVerb(app, context);
+    addDescribeVerb(app, context);
 
     ConsoleAlerts alerts;
     installAlertService(&alerts);
