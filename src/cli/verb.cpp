@@ -1,13 +1,14 @@
 #include "cli/verb.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <string>
+
+#include "cli/job_setup.h"
 
 namespace tarnova {
 
 void failVerb(verbContext& context, std::string_view text, int status) {
-    std::fprintf(stderr, "tarnova: %.*s\n", static_cast<int>(text.size()), text.data());
+    sayError(std::string(text));
     context.exitStatus = status;
 }
 

@@ -77,7 +77,7 @@ bool ZavoPullStoryCallback::TagIsMine(UIDRef story, const TagAttribute& attribut
     if (story.database->hasOwnedItem(story.uid, position, runLength)) return false;
     value = tagValueRec{};
     keepMode = false;
-    deleteMode = Deletion::none;
+    deleteMode = false;
     deleteLine = deletelineNothing;
     auto& error = session().engineError;
     error = tagRecordDecode(attribute.data(), &tagRec, nullptr, nullptr, error);
@@ -144,7 +144,6 @@ void ZavoPullStoryCallback::decideAction() {
     keepMode = static_cast<bool>(value.bytes);
     const extractionRec* const link = value.extraction;
     lockedLink = tagRec.linkLocked != 0 || (link != nullptr && (link->locked != 0 || link->ignoreLink != 0));
-    associated = tagRec.associateMe != 0 || (link != nullptr && link->associateMe != 0);
     deleteLine = link != nullptr ? link->deleteline : deletelineNothing;
     auto& run = session();
     switch (value.status) {
@@ -153,7 +152,7 @@ void ZavoPullStoryCallback::decideAction() {
             break;
         case fetchNoData:
             if (link->nodata == nodataGlobal) ++run.noDataCount;
-            if (link->nodata == nodataDelete) deleteMode = Deletion::run;
+            if (link->nodata == nodataDelete) deleteMode = true;
             keepMode = link->nodata == nodataGlobal || link->nodata == nodataCustom;  // also for an empty text
             break;
         case fetchBadTag:
@@ -178,7 +177,7 @@ void ZavoPullStoryCallback::refuseTag() {
 
 errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) {
     if (priorError != 0 || mergeOn == 0 || lockedLink) return priorError;
-    if (deleteMode == Deletion::run) return deleteRun(story);
+    if (deleteMode) return deleteRun(story);
     if (!keepMode) return 0;
     // One replacement for the whole run: the new text takes the attributes of the run's first character, its tag
     // among them, whatever the rest of the run looked like.

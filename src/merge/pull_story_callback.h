@@ -32,8 +32,6 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
         bool unconditional = false;  // deleted also when it isn't blank
     };
 
-    enum class Deletion : std::uint8_t { none, run };
-
     std::int32_t pageEntryOfTag(UIDRef story);
     errorWord chooseRecord(UIDRef story, errorWord priorError);
     errorWord prepareValue(errorWord priorError);
@@ -61,10 +59,9 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     tagDataRec tagRec{};
     tagValueRec value;
     bool keepMode = false;  // a value replaces the run
-    Deletion deleteMode = Deletion::none;
+    bool deleteMode = false;  // the run goes, for want of data
     std::int16_t deleteLine = 0;
     bool lockedLink = false;
-    bool associated = false;
     std::u32string newText;  // the value as characters; its room is used again
 };
 

@@ -62,13 +62,13 @@ errorWord notePaddedRecord(const recordSlotRec& slot, std::int32_t recordNumber)
     return 0;
 }
 
-bool lastEntryIsInData(std::int32_t recordNumber) {
+bool recordIsInData(std::int32_t recordNumber) {
     const auto& run = session();
     return recordNumber < static_cast<std::int32_t>(run.skipFirst + run.totalRecords);
 }
 
 const std::uint8_t* fillerText(std::int32_t recordNumber, const defaultStringSet& defaults) {
-    const bool isStackPad = lastEntryIsInData(recordNumber) || session().recordPassMode != passModeStep;
+    const bool isStackPad = recordIsInData(recordNumber) || session().recordPassMode != passModeStep;
     const defaultStringRec& entry = isStackPad ? defaults.stackPad : defaults.endOfFile;
     return entry.enable != 0 ? entry.string : nullptr;
 }
@@ -151,7 +151,7 @@ errorWord noteRecordRequest(std::int32_t pageEntry, std::int32_t recordNumber, c
     const pageMapRec* const page = pageMapAt(pageEntry);
     recordSlotRec* const slot = page != nullptr ? recordSlotAt(page->slot) : nullptr;
     errorWord error = 0;
-    if (lastEntryIsInData(recordNumber) && recordNumber < static_cast<std::int32_t>(run.skipFirst + run.stackLast)) {
+    if (recordIsInData(recordNumber) && recordNumber < static_cast<std::int32_t>(run.skipFirst + run.stackLast)) {
         if (slot != nullptr) slot->hasData |= 1;
     } else {
         out.pastEnd = true;
