@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "engine/session/preferences_file.h"
+
 namespace tarnova {
 
 namespace {
@@ -65,7 +67,7 @@ errorWord switchEngineMode(std::uint16_t mode, bool checked) {
     const std::uint16_t previous = current.prefs.lastEngineMode;
     current.prefs.lastEngineMode = mode;
     exchangeModeSettings(current.prefs, previous, mode);
-    if (current.savePreferences != nullptr) current.savePreferences();
+    savePreferences();
     current.engineMode = mode;
     if (current.modeChanged != nullptr) current.modeChanged(mode);
     return 0;

@@ -203,8 +203,8 @@ struct sessionRec : toolkitStateRec,
     std::uint16_t priceAttached = 0;
     appPrefsRec prefs{};  // see appPrefs
 
-    /// Writes the preferences' file; null while nothing keeps one.
-    void (*savePreferences)() = nullptr;
+    std::string dataFolder;            // of the preferences, definitions and index files, UTF-8; empty: nothing is kept
+    std::uint8_t dataFolderInApp = 0;  // it lies below the application's folder
     /// Tells the shell that the mode is another one: titles, rule module, preview; null without a shell.
     void (*modeChanged)(std::uint16_t mode) = nullptr;
 };

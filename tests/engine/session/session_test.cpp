@@ -3,15 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <list>
 #include <memory>
 #include <tuple>
 
 #include "definitions/record_def_set.h"
 #include "document/item_data.h"
+#include "engine/session/preferences_file.h"
 #include "engine/toolkit/strings.h"
 #include "tags/tag_manager.h"
 #include "tests/document/fake_document.h"
+#include "tests/engine/toolkit/temp_folder.h"
 
 namespace tarnova {
 namespace {
@@ -45,14 +48,20 @@ TEST_F(Session, IsOneForAllFoldersAndStartsIdle) {
 TEST_F(Session, ModeSettingsMoveWithTheMode) {
     sessionRec& current = session();
     current.mergeAttached = current.priceAttached = 1;
-    static int saved, shown;
-    saved = shown = 0;
-    current.savePreferences = [] { ++saved; };
+    static int shown;
+    shown = 0;
+    const TempFolder home;
+    settleDataFolder(home.path("no application"), home.path(""));
+    const auto savedMode = [&] {
+        const std::string bytes = home.bytesOf("Tarnova/Config/Ostreon Tag Display.prf");
+        return bytes.size() == prefsSizeBytes ? bytes[19092] : -1;
+    };
+    std::filesystem::create_directories(home.path("Tarnova/Config"));
     current.modeChanged = [](std::uint16_t mode) { shown = 10 + mode; };
 
     const auto before = live();
     ASSERT_EQ(switchEngineMode(modeMerge, true), 0);
-    EXPECT_EQ(saved, 0) << "nothing to do";
+    EXPECT_EQ(savedMode(), -1) << "nothing to do";
     // Out of no mode at all the bank comes in and nothing is kept.
     ASSERT_EQ(switchEngineMode(modeMerge, false), 0);
     EXPECT_EQ(before, std::tuple(1, 0, 1, 1));
@@ -66,7 +75,7 @@ TEST_F(Session, ModeSettingsMoveWithTheMode) {
     setLiveModeSettings(current.prefs, {1, 1, 1, 1});
     ASSERT_EQ(switchEngineMode(modePrice, false), 0);
     EXPECT_EQ(live(), std::tuple(1, 1, 1, 1)) << "the mode in force keeps its settings";
-    EXPECT_EQ(saved, 3);
+    EXPECT_EQ(savedMode(), 1);
     ASSERT_EQ(switchEngineMode(modeMerge, true), 0);
     EXPECT_EQ(live(), std::tuple(0, 1, 1, 0));
     EXPECT_STREQ(engineName(), "Kelvane");
