@@ -1,13 +1,22 @@
 #include "host/files/format_members.h"
 
+#include <algorithm>
+#include <type_traits>
+
+#include "engine/toolkit/text_encoding.h"
+
 namespace tarnova {
 
 namespace {
 
-constexpr const char* alignWords[] = {"left", "center", "right", "justify", "justifyAll"};
+constexpr const char* alignWords[] = {"left",       "center",        "right",       "justify",
+                                      "justifyAll", "justifyCenter", "justifyRight"};
 constexpr const char* positionWords[] = {"normal", "superscript", "subscript"};
 constexpr const char* capsWords[] = {"normal", "allCaps", "smallCaps"};
 constexpr const char* tabWords[] = {"left", "center", "right", "decimal"};
+constexpr const char* keepWords[] = {"none", "ends", "all"};
+constexpr const char* startWords[] = {"anywhere", "nextColumn", "nextFrame", "nextPage"};
+constexpr const char* gridWords[] = {"none", "first", "all"};
 
 // One reader for each kind of member; the member of the format is the template's argument.
 
@@ -19,6 +28,11 @@ void readCharNumber(FormatTarget& target, const JsonValue& value) {
 template <auto member>
 void readCharLength(FormatTarget& target, const JsonValue& value) {
     target.chars.*member = lengthOf(value);
+}
+
+template <auto member>
+void readCharWeight(FormatTarget& target, const JsonValue& value) {
+    target.chars.*member = lengthOf(value, 0);
 }
 
 template <auto member>
@@ -41,9 +55,15 @@ void readParaFlag(FormatTarget& target, const JsonValue& value) {
     target.paras.*member = boolOf(value);
 }
 
-template <auto member, int highest>
+template <auto member, int highest, int lowest = 0>
 void readParaPercent(FormatTarget& target, const JsonValue& value) {
-    target.paras.*member = numberOf(value, 0, highest);
+    target.paras.*member = numberOf(value, lowest, highest);
+}
+
+template <auto member, const auto& words>
+void readParaWord(FormatTarget& target, const JsonValue& value) {
+    using Word = typename std::remove_reference_t<decltype(target.paras.*member)>::value_type;
+    target.paras.*member = wordAs<Word>(value, words);
 }
 
 template <auto member, std::int32_t lowest, std::int32_t highest>
@@ -54,6 +74,16 @@ void readParaCount(FormatTarget& target, const JsonValue& value) {
 template <std::size_t store>
 void keepTag(FormatTarget& target, const JsonValue& value) {
     target.tags[store] = &value;
+}
+
+/// Text of at most so many characters, none of which acts on lines.
+std::u32string readShownText(const JsonValue& value, std::size_t longest) {
+    const std::u32string characters = utf8ToUtf32(std::string(stringOf(value)));
+    const bool isShown = std::all_of(characters.begin(), characters.end(), [](char32_t c) { return c >= U' '; });
+    if (!isShown || characters.empty() || characters.size() > longest) {
+        faultAt(value, whatIs(value) + " takes 1 to " + std::to_string(longest) + " characters that can be seen.");
+    }
+    return characters;
 }
 
 void readTabs(FormatTarget& target, const JsonValue& value) {
@@ -68,6 +98,8 @@ void readTabs(FormatTarget& target, const JsonValue& value) {
              tab.hasPosition = true;
          }},
         {"kind", [](TabTarget& tab, const JsonValue& v) { tab.stop.kind = wordAs<TabStop::Kind>(v, tabWords); }},
+        {"leader", [](TabTarget& tab, const JsonValue& v) { tab.stop.leader = readShownText(v, tabLeaderLimit); }},
+        {"alignOn", [](TabTarget& tab, const JsonValue& v) { tab.stop.alignedOn = readShownText(v, 1).front(); }},
     };
     requireArray(value);
     std::vector<TabStop> tabs;
@@ -107,12 +139,16 @@ const FormatMembers charMembers = {
      [](FormatTarget& t, const JsonValue& v) { t.chars.position = wordAs<TextPosition>(v, positionWords); }},
     {"underline", readCharFlag<&CharOverrides::underline>},
     {"strikeThrough", readCharFlag<&CharOverrides::strikeThrough>},
+    {"underlineOffset", readCharLength<&CharOverrides::underlineOffset>},
+    {"underlineWeight", readCharWeight<&CharOverrides::underlineWeight>},
+    {"strikeOffset", readCharLength<&CharOverrides::strikeOffset>},
+    {"strikeWeight", readCharWeight<&CharOverrides::strikeWeight>},
     {"caps", [](FormatTarget& t, const JsonValue& v) { t.chars.caps = wordAs<CharFormat::Caps>(v, capsWords); }},
     {"language", readCharName<&CharOverrides::language>},
 };
 
 const FormatMembers paraMembers = {
-    {"align", [](FormatTarget& t, const JsonValue& v) { t.paras.alignment = wordAs<Alignment>(v, alignWords); }},
+    {"align", readParaWord<&ParaOverrides::alignment, alignWords>},
     {"leftIndent", readParaLength<&ParaOverrides::leftIndent>},
     {"rightIndent", readParaLength<&ParaOverrides::rightIndent>},
     {"firstLineIndent", readParaLength<&ParaOverrides::firstLineIndent>},
@@ -127,6 +163,18 @@ const FormatMembers paraMembers = {
     {"wordSpaceLeast", readParaPercent<&ParaOverrides::wordSpaceLeast, 1000>},
     {"wordSpaceWanted", readParaPercent<&ParaOverrides::wordSpaceWanted, 1000>},
     {"wordSpaceGreatest", readParaPercent<&ParaOverrides::wordSpaceGreatest, 10000>},
+    {"letterSpaceLeast", readParaPercent<&ParaOverrides::letterSpaceLeast, 500, -100>},
+    {"letterSpaceWanted", readParaPercent<&ParaOverrides::letterSpaceWanted, 500, -100>},
+    {"letterSpaceGreatest", readParaPercent<&ParaOverrides::letterSpaceGreatest, 500, -100>},
+    {"glyphScaleLeast", readParaPercent<&ParaOverrides::glyphScaleLeast, 200, 50>},
+    {"glyphScaleWanted", readParaPercent<&ParaOverrides::glyphScaleWanted, 200, 50>},
+    {"glyphScaleGreatest", readParaPercent<&ParaOverrides::glyphScaleGreatest, 200, 50>},
+    {"keepLines", readParaWord<&ParaOverrides::keepLines, keepWords>},
+    {"keepFirstLines", readParaCount<&ParaOverrides::keepFirstLines, 1, 50>},
+    {"keepLastLines", readParaCount<&ParaOverrides::keepLastLines, 1, 50>},
+    {"keepWithNext", readParaCount<&ParaOverrides::keepWithNext, 0, 50>},
+    {"startIn", readParaWord<&ParaOverrides::startIn, startWords>},
+    {"gridLines", readParaWord<&ParaOverrides::gridLines, gridWords>},
 };
 
 FormatMembers joined(FormatMembers own, std::initializer_list<const FormatMembers*> others) {
@@ -155,6 +203,21 @@ void writeLineChoice(JsonWriter& out, const ParaOverrides& paras) {
     writeIf(out, "wordSpaceLeast", paras.wordSpaceLeast);
     writeIf(out, "wordSpaceWanted", paras.wordSpaceWanted);
     writeIf(out, "wordSpaceGreatest", paras.wordSpaceGreatest);
+    writeIf(out, "letterSpaceLeast", paras.letterSpaceLeast);
+    writeIf(out, "letterSpaceWanted", paras.letterSpaceWanted);
+    writeIf(out, "letterSpaceGreatest", paras.letterSpaceGreatest);
+    writeIf(out, "glyphScaleLeast", paras.glyphScaleLeast);
+    writeIf(out, "glyphScaleWanted", paras.glyphScaleWanted);
+    writeIf(out, "glyphScaleGreatest", paras.glyphScaleGreatest);
+}
+
+void writeColumnChoice(JsonWriter& out, const ParaOverrides& paras) {
+    writeWordIf(out, "keepLines", paras.keepLines, keepWords);
+    writeIf(out, "keepFirstLines", paras.keepFirstLines);
+    writeIf(out, "keepLastLines", paras.keepLastLines);
+    writeIf(out, "keepWithNext", paras.keepWithNext);
+    writeWordIf(out, "startIn", paras.startIn, startWords);
+    writeWordIf(out, "gridLines", paras.gridLines, gridWords);
 }
 
 void writeTabs(JsonWriter& out, const std::vector<TabStop>& tabs) {
@@ -164,6 +227,8 @@ void writeTabs(JsonWriter& out, const std::vector<TabStop>& tabs) {
         out.beginObject();
         out.member("at", tab.position);
         if (tab.kind != TabStop::Kind::left) out.member("kind", tabWords[static_cast<std::size_t>(tab.kind)]);
+        if (!tab.leader.empty()) out.member("leader", utf32ToUtf8(tab.leader));
+        if (tab.alignedOn != 0) out.member("alignOn", utf32ToUtf8(std::u32string_view(&tab.alignedOn, 1)));
         out.end();
     }
     out.end();
@@ -269,6 +334,10 @@ void writeChars(JsonWriter& out, const CharOverrides& chars, const DocumentModel
     writeWordIf(out, "position", chars.position, positionWords);
     writeIf(out, "underline", chars.underline);
     writeIf(out, "strikeThrough", chars.strikeThrough);
+    writeIf(out, "underlineOffset", chars.underlineOffset);
+    writeIf(out, "underlineWeight", chars.underlineWeight);
+    writeIf(out, "strikeOffset", chars.strikeOffset);
+    writeIf(out, "strikeWeight", chars.strikeWeight);
     writeWordIf(out, "caps", chars.caps, capsWords);
     writeIf(out, "language", chars.language);
 }
@@ -282,6 +351,7 @@ void writeParas(JsonWriter& out, const ParaOverrides& paras) {
     writeIf(out, "spaceAfter", paras.spaceAfter);
     if (paras.tabs) writeTabs(out, *paras.tabs);
     writeLineChoice(out, paras);
+    writeColumnChoice(out, paras);
 }
 
 }  // namespace tarnova

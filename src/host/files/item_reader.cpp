@@ -72,11 +72,20 @@ DataBlocks readDataBlocks(const JsonValue& value) {
 
 void ItemReader::readShared(const JsonValue* shapeList, const JsonValue* textList) {
     static constexpr Member<ShapeTarget> rows[] = {
-        {"kind", readShapeKind},     {"inner", readShapeInner},
-        {"path", readShapePath},     {"fill", readShapeFill},
-        {"stroke", readShapeStroke}, {"content", readShapeContent},
-        {"insets", readShapeInsets}, {"columns", readShapeColumns},
-        {"gutter", readShapeGutter}, {"verticalAlign", readShapeVerticalAlign},
+        {"kind", readShapeKind},
+        {"inner", readShapeInner},
+        {"path", readShapePath},
+        {"fill", readShapeFill},
+        {"stroke", readShapeStroke},
+        {"content", readShapeContent},
+        {"insets", readShapeInsets},
+        {"columns", readShapeColumns},
+        {"gutter", readShapeGutter},
+        {"verticalAlign", readShapeVerticalAlign},
+        {"paragraphSpaceLimit", readShapeParagraphSpaceLimit},
+        {"firstBaseline", readShapeFirstBaseline},
+        {"leastFirstBaseline", readShapeLeastFirstBaseline},
+        {"baselineGrid", readShapeBaselineGrid},
     };
     for (const JsonValue& value : elementsOf(shapeList)) {
         ShapeTarget target(names);
@@ -114,6 +123,10 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
         {"columns", [](T& t, const JsonValue& v) { readShapeColumns(t.look, v); }},
         {"gutter", [](T& t, const JsonValue& v) { readShapeGutter(t.look, v); }},
         {"verticalAlign", [](T& t, const JsonValue& v) { readShapeVerticalAlign(t.look, v); }},
+        {"paragraphSpaceLimit", [](T& t, const JsonValue& v) { readShapeParagraphSpaceLimit(t.look, v); }},
+        {"firstBaseline", [](T& t, const JsonValue& v) { readShapeFirstBaseline(t.look, v); }},
+        {"leastFirstBaseline", [](T& t, const JsonValue& v) { readShapeLeastFirstBaseline(t.look, v); }},
+        {"baselineGrid", [](T& t, const JsonValue& v) { readShapeBaselineGrid(t.look, v); }},
         {"text", keep<T, &T::text>},
         {"sharedText", keep<T, &T::sharedText>},
         {"flowsFrom", keep<T, &T::flowsFrom>},

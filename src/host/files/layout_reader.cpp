@@ -112,6 +112,7 @@ std::unique_ptr<DocumentModel> LayoutReader::read() {
         {"nextUid", keep<Parts, &Parts::nextUid>},
         {"nextTagId", keep<Parts, &Parts::nextTagId>},
         {"pageSize", keep<Parts, &Parts::pageSize>},
+        {"baselineGrid", keep<Parts, &Parts::baselineGrid>},
         {"swatches", keep<Parts, &Parts::swatches>},
         {"characterStyles", keep<Parts, &Parts::characterStyles>},
         {"paragraphStyles", keep<Parts, &Parts::paragraphStyles>},
@@ -169,6 +170,7 @@ void LayoutReader::readHead() {
     const UID own = uids.uidOf(parts.uid);
     builder.setOwnUids(own, uids.uidOf(parts.pagesLayerUid));
     if (parts.title != nullptr) builder.setTitle(std::string(stringOf(*parts.title)));
+    if (parts.baselineGrid != nullptr) builder.setBaselineGrid(readBaselineGrid(*parts.baselineGrid));
     pageSize = builder.pageSize();
     if (parts.pageSize == nullptr) return;
     const std::vector<double> size = lengthsOf(*parts.pageSize, 2);

@@ -38,6 +38,7 @@ class LayoutReader {
         const JsonValue* nextTagId = nullptr;
         const JsonValue* title = nullptr;
         const JsonValue* pageSize = nullptr;
+        const JsonValue* baselineGrid = nullptr;
         const JsonValue* swatches = nullptr;
         const JsonValue* characterStyles = nullptr;
         const JsonValue* paragraphStyles = nullptr;

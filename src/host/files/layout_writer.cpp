@@ -77,6 +77,7 @@ void LayoutWriter::writeHead() {
     out.member("nextUid", document.nextUid());
     out.member("nextTagId", document.nextTagId());
     out.numbers("pageSize", {document.pageSize().x, document.pageSize().y});
+    if (document.baselineGrid() != BaselineGrid{}) writeBaselineGrid(out, document.baselineGrid());
 }
 
 void LayoutWriter::writeSwatches() {

@@ -14,7 +14,8 @@ constexpr const char* kindWords[] = {"none", "rectangle", "ellipse", "line", "po
 constexpr const char* contentWords[] = {"unassigned", "graphic", "text"};
 constexpr const char* joinWords[] = {"miter", "round", "bevel"};
 constexpr const char* capWords[] = {"butt", "round", "square"};
-constexpr const char* verticalWords[] = {"top", "center", "bottom"};
+constexpr const char* verticalWords[] = {"top", "center", "bottom", "justify"};
+constexpr const char* firstBaselineWords[] = {"ascent", "capHeight", "xHeight", "leading", "fixed"};
 
 bool same(PMPoint a, PMPoint b) {
     return a == b;
@@ -140,6 +141,12 @@ void writeTextOptions(JsonWriter& out, const TextFrameOptions& text) {
     if (text.verticalAlignment != usual.verticalAlignment) {
         out.member("verticalAlign", verticalWords[static_cast<std::size_t>(text.verticalAlignment)]);
     }
+    if (text.paragraphSpaceLimit != 0) out.member("paragraphSpaceLimit", text.paragraphSpaceLimit);
+    if (text.firstBaseline != usual.firstBaseline) {
+        out.member("firstBaseline", firstBaselineWords[static_cast<std::size_t>(text.firstBaseline)]);
+    }
+    if (text.leastFirstBaseline != 0) out.member("leastFirstBaseline", text.leastFirstBaseline);
+    if (text.grid) writeBaselineGrid(out, *text.grid);
 }
 
 void note(ShapeTarget& target, const JsonValue& value) {
@@ -194,6 +201,24 @@ std::string pathText(const std::vector<SubPath>& path) {
         if (sub.closed) out += " Z";
     }
     return out;
+}
+
+BaselineGrid readBaselineGrid(const JsonValue& value) {
+    static constexpr Member<BaselineGrid> rows[] = {
+        {"start", [](BaselineGrid& grid, const JsonValue& v) { grid.start = lengthOf(v); }},
+        {"step", [](BaselineGrid& grid, const JsonValue& v) { grid.step = lengthOf(v, leastGridStep); }},
+    };
+    BaselineGrid grid;
+    readMembers<BaselineGrid>(value, "a baseline grid", rows, grid);
+    return grid;
+}
+
+void writeBaselineGrid(JsonWriter& out, const BaselineGrid& grid) {
+    out.key("baselineGrid");
+    out.beginObject();
+    out.member("start", grid.start);
+    out.member("step", grid.step);
+    out.end();
 }
 
 void readShapeKind(ShapeTarget& target, const JsonValue& value) {
@@ -261,6 +286,26 @@ void readShapeGutter(ShapeTarget& target, const JsonValue& value) {
 void readShapeVerticalAlign(ShapeTarget& target, const JsonValue& value) {
     note(target, value);
     target.shape.text.verticalAlignment = wordAs<VerticalAlignment>(value, verticalWords);
+}
+
+void readShapeParagraphSpaceLimit(ShapeTarget& target, const JsonValue& value) {
+    note(target, value);
+    target.shape.text.paragraphSpaceLimit = lengthOf(value, 0);
+}
+
+void readShapeFirstBaseline(ShapeTarget& target, const JsonValue& value) {
+    note(target, value);
+    target.shape.text.firstBaseline = wordAs<FirstBaseline>(value, firstBaselineWords);
+}
+
+void readShapeLeastFirstBaseline(ShapeTarget& target, const JsonValue& value) {
+    note(target, value);
+    target.shape.text.leastFirstBaseline = lengthOf(value, 0);
+}
+
+void readShapeBaselineGrid(ShapeTarget& target, const JsonValue& value) {
+    note(target, value);
+    target.shape.text.grid = readBaselineGrid(value);
 }
 
 std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value, bool isText) {

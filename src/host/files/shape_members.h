@@ -20,6 +20,10 @@ inline constexpr std::int32_t columnLimit = 40;
 [[nodiscard]] std::vector<SubPath> readPath(const JsonValue& value);
 [[nodiscard]] std::string pathText(const std::vector<SubPath>& path);
 
+/// A baseline grid `{"start": length, "step": length}`, of a document or a frame. Throws LayoutFault.
+[[nodiscard]] BaselineGrid readBaselineGrid(const JsonValue& value);
+void writeBaselineGrid(JsonWriter& out, const BaselineGrid& grid);
+
 /// What is read of an item's look; `finish` makes the shape.
 struct ShapeTarget {
     explicit ShapeTarget(const LayoutNames& itsNames) : names(itsNames) {}
@@ -43,6 +47,10 @@ void readShapeInsets(ShapeTarget& target, const JsonValue& value);
 void readShapeColumns(ShapeTarget& target, const JsonValue& value);
 void readShapeGutter(ShapeTarget& target, const JsonValue& value);
 void readShapeVerticalAlign(ShapeTarget& target, const JsonValue& value);
+void readShapeParagraphSpaceLimit(ShapeTarget& target, const JsonValue& value);
+void readShapeFirstBaseline(ShapeTarget& target, const JsonValue& value);
+void readShapeLeastFirstBaseline(ShapeTarget& target, const JsonValue& value);
+void readShapeBaselineGrid(ShapeTarget& target, const JsonValue& value);
 
 /// The shape of an item that `value` describes, in inner coordinates. Throws LayoutFault when it has neither bounds nor
 /// path.

@@ -24,7 +24,7 @@ std::size_t hashOf(const ParagraphAttributes& p) {
     Hasher h;
     h.add(p.style).add(hashOf(p.charOverrides)).add(p.overrides.alignment).add(p.overrides.leftIndent);
     h.add(p.overrides.rightIndent).add(p.overrides.firstLineIndent).add(p.overrides.spaceBefore);
-    return h.add(p.overrides.spaceAfter).add(p.overrides.tabs).value();
+    return h.add(p.overrides.spaceAfter).add(p.overrides.tabs).add(p.overrides.keepLines).value();
 }
 
 std::size_t hashOf(TextAttributeClass store, const TagAttribute::Content& c) {

@@ -47,6 +47,10 @@ PMPoint DocumentBuilder::pageSize() const {
     return document->defaultPageSize;
 }
 
+void DocumentBuilder::setBaselineGrid(const BaselineGrid& grid) {
+    document->grid = grid;
+}
+
 void DocumentBuilder::reserveUids(UID next) {
     document->uidCounter = std::max(document->uidCounter, next);
 }

@@ -28,6 +28,7 @@ class DocumentBuilder {
     void setTitle(std::string title);
     void setPageSize(PMPoint size);
     [[nodiscard]] PMPoint pageSize() const;
+    void setBaselineGrid(const BaselineGrid& grid);
 
     [[nodiscard]] UID newUid();
     /// UIDs that are handed out from here on are not below `next`.

@@ -31,6 +31,10 @@ void apply(const CharOverrides& from, CharFormat& to) {
     apply(from.ligatures, to.ligatures);
     apply(from.underline, to.underline);
     apply(from.strikeThrough, to.strikeThrough);
+    if (from.underlineOffset) to.underlineOffset = from.underlineOffset;
+    if (from.underlineWeight) to.underlineWeight = from.underlineWeight;
+    if (from.strikeOffset) to.strikeOffset = from.strikeOffset;
+    if (from.strikeWeight) to.strikeWeight = from.strikeWeight;
     apply(from.position, to.position);
     apply(from.caps, to.caps);
 }
@@ -51,12 +55,25 @@ void apply(const ParaOverrides& from, ParaFormat& to) {
     apply(from.wordSpaceLeast, to.wordSpaceLeast);
     apply(from.wordSpaceWanted, to.wordSpaceWanted);
     apply(from.wordSpaceGreatest, to.wordSpaceGreatest);
+    apply(from.letterSpaceLeast, to.letterSpaceLeast);
+    apply(from.letterSpaceWanted, to.letterSpaceWanted);
+    apply(from.letterSpaceGreatest, to.letterSpaceGreatest);
+    apply(from.glyphScaleLeast, to.glyphScaleLeast);
+    apply(from.glyphScaleWanted, to.glyphScaleWanted);
+    apply(from.glyphScaleGreatest, to.glyphScaleGreatest);
+    apply(from.keepLines, to.keepLines);
+    apply(from.keepFirstLines, to.keepFirstLines);
+    apply(from.keepLastLines, to.keepLastLines);
+    apply(from.keepWithNext, to.keepWithNext);
+    apply(from.startIn, to.startIn);
+    apply(from.gridLines, to.gridLines);
 }
 
 std::size_t hashOf(const CharFormat& f) {
     Hasher h;
     h.add(f.family).add(f.fontStyle).add(f.pointSize).add(f.leading).add(f.color).add(f.tracking).add(f.kerning);
     h.add(f.baselineShift).add(f.horizontalScale).add(f.verticalScale).add(f.position).add(f.underline);
+    h.add(f.underlineOffset).add(f.underlineWeight).add(f.strikeOffset).add(f.strikeWeight);
     return h.add(f.strikeThrough).add(f.caps).add(f.language).add(f.pairKerning).add(f.ligatures).value();
 }
 
@@ -65,7 +82,9 @@ std::size_t hashOf(const ParaFormat& f) {
     h.add(f.alignment).add(f.leftIndent).add(f.rightIndent).add(f.firstLineIndent).add(f.spaceBefore);
     h.add(f.spaceAfter).add(f.tabs).add(f.hyphenate).add(f.hyphenWordLetters).add(f.hyphenLettersBefore);
     h.add(f.hyphenLettersAfter).add(f.hyphensInARow).add(f.wordSpaceLeast).add(f.wordSpaceWanted);
-    return h.add(f.wordSpaceGreatest).value();
+    h.add(f.letterSpaceLeast).add(f.letterSpaceWanted).add(f.letterSpaceGreatest).add(f.glyphScaleLeast);
+    h.add(f.glyphScaleWanted).add(f.glyphScaleGreatest).add(f.keepLines).add(f.keepFirstLines).add(f.keepLastLines);
+    return h.add(f.keepWithNext).add(f.startIn).add(f.gridLines).add(f.wordSpaceGreatest).value();
 }
 
 /// The one object of the process that equals the format.

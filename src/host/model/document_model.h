@@ -56,6 +56,8 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual const std::string& title() const = 0;
     /// Width and height of a page that says nothing else, in points.
     [[nodiscard]] virtual PMPoint pageSize() const = 0;
+    /// Of frames that have none of their own, from the top of the page.
+    [[nodiscard]] virtual const BaselineGrid& baselineGrid() const = 0;
     [[nodiscard]] virtual const std::vector<Swatch>& swatches() const = 0;
     [[nodiscard]] virtual const std::vector<CharacterStyle>& characterStyles() const = 0;
     [[nodiscard]] virtual const std::vector<ParagraphStyle>& paragraphStyles() const = 0;

@@ -44,18 +44,35 @@ struct CharFormat {
     TextPosition position = TextPosition::normal;
     bool underline = false;
     bool strikeThrough = false;
+    // Of the rules, in points: the middle of each upward from the baseline, and its thickness. Absent: as the font
+    // says.
+    std::optional<double> underlineOffset{}, underlineWeight{}, strikeOffset{}, strikeWeight{};
     enum class Caps : std::uint8_t { normal, allCaps, smallCaps } caps = Caps::normal;
     std::string language = "en-US";  // BCP 47
     friend bool operator==(const CharFormat&, const CharFormat&) = default;
 };
 
-enum class Alignment : std::uint8_t { left, center, right, justifyLeft, justifyAll };
+/// What is behind "justify" says where last lines stand.
+enum class Alignment : std::uint8_t { left, center, right, justifyLeft, justifyAll, justifyCenter, justifyRight };
+
+inline constexpr std::size_t tabLeaderLimit = 8;
 
 struct TabStop {
-    double position = 0;  // from the column's left edge
+    double position = 0;  // from the column's left edge; from its right edge in text that runs from right to left
     enum class Kind : std::uint8_t { left, center, right, decimal } kind = Kind::left;
+    std::u32string leader{};  // fills the gap, again and again; at most `tabLeaderLimit` characters
+    char32_t alignedOn = 0;   // what a decimal tab stands on; 0: the decimal separator of the text's language
     friend bool operator==(const TabStop&, const TabStop&) = default;
 };
+
+/// Which lines of a paragraph must not be parted from each other by the end of a column.
+enum class KeepLines : std::uint8_t { none, ends, all };
+
+/// Where a paragraph begins, when it isn't the first there.
+enum class ParagraphStart : std::uint8_t { anywhere, nextColumn, nextFrame, nextPage };
+
+/// Which lines of a paragraph stand on the baseline grid.
+enum class GridLines : std::uint8_t { none, first, all };
 
 struct ParaFormat {
     Alignment alignment = Alignment::left;
@@ -74,6 +91,20 @@ struct ParaFormat {
     double wordSpaceLeast = 100;
     double wordSpaceWanted = 100;
     double wordSpaceGreatest = 133;
+    // What is added between the letters of justified text, percent of the font's size.
+    double letterSpaceLeast = 0;
+    double letterSpaceWanted = 0;
+    double letterSpaceGreatest = 0;
+    // Width of the letters of justified text, percent.
+    double glyphScaleLeast = 100;
+    double glyphScaleWanted = 100;
+    double glyphScaleGreatest = 100;
+    KeepLines keepLines = KeepLines::none;
+    std::int32_t keepFirstLines = 2;  // together, where `keepLines` is `ends`
+    std::int32_t keepLastLines = 2;
+    std::int32_t keepWithNext = 0;  // lines of the paragraph behind that stay with this one's last line
+    ParagraphStart startIn = ParagraphStart::anywhere;
+    GridLines gridLines = GridLines::none;
     friend bool operator==(const ParaFormat&, const ParaFormat&) = default;
 };
 
@@ -81,6 +112,7 @@ struct ParaFormat {
 struct CharOverrides {
     std::optional<std::string> family, fontStyle, language;
     std::optional<double> pointSize, leading, tracking, kerning, baselineShift, horizontalScale, verticalScale;
+    std::optional<double> underlineOffset, underlineWeight, strikeOffset, strikeWeight;
     std::optional<Paint> color;
     std::optional<bool> pairKerning, ligatures, underline, strikeThrough;
     std::optional<TextPosition> position;
@@ -94,6 +126,12 @@ struct ParaOverrides {
     std::optional<std::vector<TabStop>> tabs;
     std::optional<bool> hyphenate;
     std::optional<double> wordSpaceLeast, wordSpaceWanted, wordSpaceGreatest;
+    std::optional<double> letterSpaceLeast, letterSpaceWanted, letterSpaceGreatest;
+    std::optional<double> glyphScaleLeast, glyphScaleWanted, glyphScaleGreatest;
+    std::optional<KeepLines> keepLines;
+    std::optional<std::int32_t> keepFirstLines, keepLastLines, keepWithNext;
+    std::optional<ParagraphStart> startIn;
+    std::optional<GridLines> gridLines;
     std::optional<std::int32_t> hyphenWordLetters, hyphenLettersBefore, hyphenLettersAfter, hyphensInARow;
     friend bool operator==(const ParaOverrides&, const ParaOverrides&) = default;
 };

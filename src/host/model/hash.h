@@ -32,7 +32,7 @@ class Hasher {
     Hasher& add(const Paint& paint) { return add(paint.swatch).add(paint.tint); }
     Hasher& add(const std::vector<TabStop>& tabs) {
         for (const TabStop& tab : tabs)
-            add(tab.position).add(tab.kind);
+            add(tab.position).add(tab.kind).add(tab.leader).add(tab.alignedOn);
         return add(tabs.size());
     }
     [[nodiscard]] std::size_t value() const { return state; }

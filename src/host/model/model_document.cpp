@@ -44,6 +44,7 @@ std::unique_ptr<Document> ModelDocument::documentCopy() const {
     copy->templateStampValue = templateStampValue;
     copy->documentTitle = documentTitle;
     copy->defaultPageSize = defaultPageSize;
+    copy->grid = grid;
     copy->folder = folder;
     copy->fileName = fileName;
     copy->changed = true;

@@ -134,6 +134,7 @@ class ModelDocument final : public DocumentModel {
     // DocumentModel
     const std::string& title() const override { return documentTitle; }
     PMPoint pageSize() const override { return defaultPageSize; }
+    const BaselineGrid& baselineGrid() const override { return grid; }
     const std::vector<Swatch>& swatches() const override { return formats->swatches; }
     const std::vector<CharacterStyle>& characterStyles() const override { return formats->characterStyles; }
     const std::vector<ParagraphStyle>& paragraphStyles() const override { return formats->paragraphStyles; }
@@ -247,6 +248,7 @@ class ModelDocument final : public DocumentModel {
     std::uint64_t templateStampValue = 0;
     std::string documentTitle;
     PMPoint defaultPageSize{595.276, 841.89};  // A4
+    BaselineGrid grid;
     std::string folder;
     std::string fileName;
     bool changed = false;

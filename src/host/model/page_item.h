@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,13 +35,30 @@ struct Stroke {
     std::vector<double> dash;  // lengths on, off, on ...; empty is solid
 };
 
-enum class VerticalAlignment : std::uint8_t { top, center, bottom };
+/// `justify` spreads the lines over the column's height.
+enum class VerticalAlignment : std::uint8_t { top, center, bottom, justify };
+
+/// How far the first baseline lies below a column's top, by the line's largest font; `fixed` is the least offset alone.
+enum class FirstBaseline : std::uint8_t { ascent, capHeight, xHeight, leading, fixed };
+
+inline constexpr double leastGridStep = 1;  // points
+
+/// Heights, at one distance from each other, on which lines may stand. Points.
+struct BaselineGrid {
+    double start = 36;
+    double step = 12;  // `leastGridStep` at least
+    friend bool operator==(const BaselineGrid&, const BaselineGrid&) = default;
+};
 
 struct TextFrameOptions {
     double insetTop = 0, insetLeft = 0, insetBottom = 0, insetRight = 0;
     std::int32_t columns = 1;
     double gutter = 12;
     VerticalAlignment verticalAlignment = VerticalAlignment::top;
+    double paragraphSpaceLimit = 0;  // points that `justify` adds between two paragraphs before it spreads lines
+    FirstBaseline firstBaseline = FirstBaseline::ascent;
+    double leastFirstBaseline = 0;
+    std::optional<BaselineGrid> grid{};  // of its own, from the top of its columns; else the document's
 };
 
 /// The shape and look of an item in its own coordinates: immutable, shared by copies.
