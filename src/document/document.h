@@ -122,9 +122,12 @@ class DocumentPages {
     /// other spreads too is not copied whole: the copied frames get a story of their own, with the text when the
     /// story's first frame is among them and empty otherwise.
     [[nodiscard]] virtual errorWord duplicateSpread(UID spread) = 0;
-    /// Adds empty pages of the first page's size at the end, each on a spread of its own.
+    /// Adds empty pages of the first page's size at the end, each on a spread of its own; in a document with facing
+    /// pages each as the left page of a new spread or the right page of the last one, and the document's first page on
+    /// the right.
     [[nodiscard]] virtual errorWord addPages(std::int32_t count) = 0;
-    /// Deletes pages with the items on them; a spread that loses its last page goes too.
+    /// Deletes pages with the items on them; a spread that loses its last page goes too. The other pages stay where
+    /// they are: they aren't paired anew, and a left page stays a left one.
     [[nodiscard]] virtual errorWord removePages(const std::vector<UID>& pages) = 0;
     /// Gives pages of the document another master, or none (`kInvalidUID`).
     [[nodiscard]] virtual errorWord applyMaster(const std::vector<UID>& pages, UID master) = 0;

@@ -91,6 +91,7 @@ struct LayoutReader::SpreadTarget {
 };
 
 struct LayoutReader::PageTarget {
+    const JsonValue* value = nullptr;
     const JsonValue* uid = nullptr;
     const JsonValue* size = nullptr;
     const JsonValue* edges = nullptr;
@@ -113,6 +114,7 @@ std::unique_ptr<DocumentModel> LayoutReader::read() {
         {"nextTagId", keep<Parts, &Parts::nextTagId>},
         {"pageSize", keep<Parts, &Parts::pageSize>},
         {"baselineGrid", keep<Parts, &Parts::baselineGrid>},
+        {"facing", keep<Parts, &Parts::facing>},
         {"swatches", keep<Parts, &Parts::swatches>},
         {"characterStyles", keep<Parts, &Parts::characterStyles>},
         {"paragraphStyles", keep<Parts, &Parts::paragraphStyles>},
@@ -171,6 +173,7 @@ void LayoutReader::readHead() {
     builder.setOwnUids(own, uids.uidOf(parts.pagesLayerUid));
     if (parts.title != nullptr) builder.setTitle(std::string(stringOf(*parts.title)));
     if (parts.baselineGrid != nullptr) builder.setBaselineGrid(readBaselineGrid(*parts.baselineGrid));
+    if (parts.facing != nullptr) builder.setFacingPages(facing = boolOf(*parts.facing));
     pageSize = builder.pageSize();
     if (parts.pageSize == nullptr) return;
     const std::vector<double> size = lengthsOf(*parts.pageSize, 2);
@@ -281,7 +284,8 @@ void LayoutReader::readMasters() {
     // A master may be based on any other, so that their pages come when all have names.
     std::size_t index = 0;
     for (const JsonValue& value : elementsOf(parts.masters)) {
-        readSpread(value, made[index].first, made[index].second, true);
+        const auto& [target, spread] = made[index];
+        readSpread(value, target, spread, facing ? elementsOf(target.pages).count / 2 : 0);
         ++index;
     }
     refuseMasterCircles();
@@ -318,61 +322,99 @@ void LayoutReader::readSpreads() {
         readMembers<SpreadTarget>(value, "a spread", rows, target);
         uids.countObjects(value, layerIndex.size() + 1);
         const std::vector<UID> nodes = uids.uidsOf(target.nodes);
-        readSpread(value, target, builder.addSpread(uids.uidOf(target.uid), nodes), false);
+        const std::size_t count = elementsOf(target.pages).count;
+        const std::size_t leftCount = pageUids.empty() ? count / 2 : (count + 1) / 2;
+        readSpread(value, target, builder.addSpread(uids.uidOf(target.uid), nodes), facing ? leftCount : 0);
     }
-    for (const JsonValue& value : elementsOf(parts.pages)) {
-        uids.countObjects(value, layerIndex.size() + 1);
-        const UID spread = builder.addSpread();
-        PMRect last;
-        readPage(value, spread, last, false);
-    }
+    readBoundPages();
 }
 
-void LayoutReader::readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, bool inMaster) {
+/// Each page gets a spread of its own, or, where pages face each other, each two but the first.
+void LayoutReader::readBoundPages() {
+    std::vector<const JsonValue*> waiting;
+    const auto finishSpread = [&] {
+        if (waiting.empty()) return;
+        uids.countObjects(*waiting[0], layerIndex.size() + 1);
+        readPages(waiting, builder.addSpread(), facing && !pageUids.empty() ? 1 : 0);
+        waiting.clear();
+    };
+    for (const JsonValue& value : elementsOf(parts.pages)) {
+        waiting.push_back(&value);
+        if (!facing || pageUids.empty() || waiting.size() == 2) finishSpread();
+    }
+    finishSpread();
+}
+
+/// `leftCount` of the pages lie to the left of where the spread's coordinates begin, unless the file says otherwise.
+void LayoutReader::readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, std::size_t leftCount) {
     const JsonValue& list = elementsOf(target.pages);
     if (list.count == 0) faultAt(value, "A spread or master needs \"pages\", at least one.");
     if (list.count > pagesOfSpreadLimit) {
         faultAt(value, "A spread has at most " + std::to_string(pagesOfSpreadLimit) + " pages.");
     }
-    PMRect last;
+    std::vector<const JsonValue*> pages;
     for (const JsonValue& page : list)
-        readPage(page, spread, last, inMaster);
+        pages.push_back(&page);
+    readPages(pages, spread, leftCount);
     items.readItems(target.items, spread, {});
 }
 
-/// `last` is the page to the left and becomes this one.
-void LayoutReader::readPage(const JsonValue& value, UID spread, PMRect& last, bool inMaster) {
+/// Pages side by side.
+void LayoutReader::readPages(const std::vector<const JsonValue*>& values, UID spread, std::size_t leftCount) {
+    std::vector<PageTarget> targets;
+    double left = 0;
+    for (const JsonValue* value : values) {
+        targets.push_back(readPage(*value));
+        if (targets.size() <= leftCount) left -= boundsOf(targets.back(), 0).width();
+    }
+    for (const PageTarget& target : targets) {
+        const PMRect bounds = boundsOf(target, left);
+        addPage(target, spread, bounds);
+        left = bounds.right;
+    }
+}
+
+LayoutReader::PageTarget LayoutReader::readPage(const JsonValue& value) const {
     static constexpr Member<PageTarget> rows[] = {
         {"uid", keep<PageTarget, &PageTarget::uid>},     {"size", keep<PageTarget, &PageTarget::size>},
         {"edges", keep<PageTarget, &PageTarget::edges>}, {"master", keep<PageTarget, &PageTarget::master>},
         {"items", keep<PageTarget, &PageTarget::items>},
     };
     PageTarget target;
+    target.value = &value;
     readMembers<PageTarget>(value, "a page", rows, target);
-    uids.countObjects(value, 1);
     if (target.edges != nullptr && target.size != nullptr) {
         faultAt(value, "A page has either \"size\" or \"edges\".");
     }
+    return target;
+}
+
+/// Where the page lies in its spread: as the file says, or to the right of `left`.
+PMRect LayoutReader::boundsOf(const PageTarget& target, double left) const {
     if (target.edges != nullptr) {
         const std::vector<double> edges = lengthsOf(*target.edges, 4);
-        last = {edges[0], edges[1], edges[2], edges[3]};
-    } else {
-        const std::vector<double> size =
-            target.size == nullptr ? std::vector<double>{pageSize.x, pageSize.y} : lengthsOf(*target.size, 2);
-        last = {last.right, 0, last.right + size[0], size[1]};
+        return {edges[0], edges[1], edges[2], edges[3]};
     }
-    if (std::max({-last.left, -last.top, last.right, last.bottom}) > coordinateLimit) {
+    if (target.size == nullptr) return {left, 0, left + pageSize.x, pageSize.y};
+    const std::vector<double> size = lengthsOf(*target.size, 2);
+    return {left, 0, left + size[0], size[1]};
+}
+
+void LayoutReader::addPage(const PageTarget& target, UID spread, const PMRect& bounds) {
+    const JsonValue& value = *target.value;
+    uids.countObjects(value, 1);
+    if (std::max({-bounds.left, -bounds.top, bounds.right, bounds.bottom}) > coordinateLimit) {
         faultAt(value, "The page lies more than 10,000,000 points away from where its spread begins.");
     }
-    if (!(last.width() > 0 && last.height() > 0)) faultAt(value, "A page has a width and a height above 0.");
+    if (!(bounds.width() > 0 && bounds.height() > 0)) faultAt(value, "A page has a width and a height above 0.");
     const UID master = target.master == nullptr ? kInvalidUID : namedIndex(names.masters, *target.master, "master");
-    const UID page = builder.addPage(spread, last, master, uids.uidOf(target.uid));
-    if (!inMaster) {
+    const UID page = builder.addPage(spread, bounds, master, uids.uidOf(target.uid));
+    if (!builder.isMasterSpread(spread)) {
         pageUids.push_back(page);
     } else if (master != kInvalidUID) {
         masterBases.emplace_back(spread, master);
     }
-    items.readItems(target.items, spread, {last.left, last.top});
+    items.readItems(target.items, spread, {bounds.left, bounds.top});
 }
 
 void LayoutReader::readSections() {

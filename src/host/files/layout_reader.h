@@ -39,6 +39,7 @@ class LayoutReader {
         const JsonValue* title = nullptr;
         const JsonValue* pageSize = nullptr;
         const JsonValue* baselineGrid = nullptr;
+        const JsonValue* facing = nullptr;
         const JsonValue* swatches = nullptr;
         const JsonValue* characterStyles = nullptr;
         const JsonValue* paragraphStyles = nullptr;
@@ -64,8 +65,12 @@ class LayoutReader {
     void readMasters();
     void refuseMasterCircles();
     void readSpreads();
-    void readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, bool inMaster);
-    void readPage(const JsonValue& value, UID spread, PMRect& last, bool inMaster);
+    void readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, std::size_t leftCount);
+    void readBoundPages();
+    void readPages(const std::vector<const JsonValue*>& values, UID spread, std::size_t leftCount);
+    [[nodiscard]] PageTarget readPage(const JsonValue& value) const;
+    [[nodiscard]] PMRect boundsOf(const PageTarget& target, double left) const;
+    void addPage(const PageTarget& target, UID spread, const PMRect& bounds);
     void readSections();
     void readData();
 
@@ -77,6 +82,7 @@ class LayoutReader {
     LayerIndex layerIndex;
     ItemReader items{builder, uids, names, layerIndex};
     PMPoint pageSize;
+    bool facing = false;
     std::vector<std::pair<UID, UID>> masterBases;  // masters, and what one of their pages is based on
     std::vector<UID> pageUids;                     // of the document, in order
 };

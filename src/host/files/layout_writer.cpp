@@ -78,6 +78,7 @@ void LayoutWriter::writeHead() {
     out.member("nextTagId", document.nextTagId());
     out.numbers("pageSize", {document.pageSize().x, document.pageSize().y});
     if (document.baselineGrid() != BaselineGrid{}) writeBaselineGrid(out, document.baselineGrid());
+    if (document.facingPages()) out.member("facing", true);
 }
 
 void LayoutWriter::writeSwatches() {
@@ -203,7 +204,7 @@ void LayoutWriter::writeSpread(const Spread& spread) {
     out.end();
 }
 
-/// A page that follows its left neighbour has a size; any other its edges.
+/// A page that follows its left neighbour has a size; any other its edges, and so has each one of facing pages.
 void LayoutWriter::writePages(const Spread& spread) {
     out.key("pages");
     out.beginArray();
@@ -213,7 +214,8 @@ void LayoutWriter::writePages(const Spread& spread) {
         const PMRect& bounds = page.bounds;
         out.beginObject();
         out.member("uid", page.uid);
-        if (bounds.left == right && bounds.top == 0 && right + bounds.width() == bounds.right) {
+        if (!document.facingPages() && bounds.left == right && bounds.top == 0 &&
+            right + bounds.width() == bounds.right) {
             out.numbers("size", {bounds.width(), bounds.height()});
         } else {
             out.numbers("edges", {bounds.left, bounds.top, bounds.right, bounds.bottom});

@@ -51,6 +51,10 @@ void DocumentBuilder::setBaselineGrid(const BaselineGrid& grid) {
     document->grid = grid;
 }
 
+void DocumentBuilder::setFacingPages(bool facing) {
+    document->facing = facing;
+}
+
 void DocumentBuilder::reserveUids(UID next) {
     document->uidCounter = std::max(document->uidCounter, next);
 }
@@ -135,6 +139,10 @@ UID DocumentBuilder::addPage(UID spreadUid, const PMRect& bounds, UID master, UI
 
 UID DocumentBuilder::spreadOf(UID page) const {
     return document->spreadOfPage(page);
+}
+
+bool DocumentBuilder::isMasterSpread(UID spread) const {
+    return document->spread(spread)->isMaster;
 }
 
 UID DocumentBuilder::layerNode(UID spread, std::size_t layer) const {

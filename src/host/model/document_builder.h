@@ -29,6 +29,7 @@ class DocumentBuilder {
     void setPageSize(PMPoint size);
     [[nodiscard]] PMPoint pageSize() const;
     void setBaselineGrid(const BaselineGrid& grid);
+    void setFacingPages(bool facing);
 
     [[nodiscard]] UID newUid();
     /// UIDs that are handed out from here on are not below `next`.
@@ -51,6 +52,7 @@ class DocumentBuilder {
     /// `bounds` in the coordinates of the spread. `master` is kInvalidUID for none.
     UID addPage(UID spread, const PMRect& bounds, UID master = kInvalidUID, UID uid = kInvalidUID);
     [[nodiscard]] UID spreadOf(UID page) const;
+    [[nodiscard]] bool isMasterSpread(UID spread) const;
     /// The node of a layer, counted as in the document, on a spread or master.
     [[nodiscard]] UID layerNode(UID spread, std::size_t layer) const;
 

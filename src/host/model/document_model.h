@@ -58,6 +58,9 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual PMPoint pageSize() const = 0;
     /// Of frames that have none of their own, from the top of the page.
     [[nodiscard]] virtual const BaselineGrid& baselineGrid() const = 0;
+    /// The pages are bound as in a book, with the spine where the coordinates of each spread begin: pages to the left
+    /// of it show the left pages of their masters, those to the right the right ones.
+    [[nodiscard]] virtual bool facingPages() const = 0;
     [[nodiscard]] virtual const std::vector<Swatch>& swatches() const = 0;
     [[nodiscard]] virtual const std::vector<CharacterStyle>& characterStyles() const = 0;
     [[nodiscard]] virtual const std::vector<ParagraphStyle>& paragraphStyles() const = 0;

@@ -45,6 +45,7 @@ std::unique_ptr<Document> ModelDocument::documentCopy() const {
     copy->documentTitle = documentTitle;
     copy->defaultPageSize = defaultPageSize;
     copy->grid = grid;
+    copy->facing = facing;
     copy->folder = folder;
     copy->fileName = fileName;
     copy->changed = true;

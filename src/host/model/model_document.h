@@ -135,6 +135,7 @@ class ModelDocument final : public DocumentModel {
     const std::string& title() const override { return documentTitle; }
     PMPoint pageSize() const override { return defaultPageSize; }
     const BaselineGrid& baselineGrid() const override { return grid; }
+    bool facingPages() const override { return facing; }
     const std::vector<Swatch>& swatches() const override { return formats->swatches; }
     const std::vector<CharacterStyle>& characterStyles() const override { return formats->characterStyles; }
     const std::vector<ParagraphStyle>& paragraphStyles() const override { return formats->paragraphStyles; }
@@ -216,7 +217,11 @@ class ModelDocument final : public DocumentModel {
     [[nodiscard]] const Layer* layer(UID uid) const;
     [[nodiscard]] std::int32_t layerIndex(UID uid) const;
     [[nodiscard]] std::int32_t sectionFirstNumber(std::size_t index) const;
-    UID addEmptySpread(PMPoint size);
+    UID addEmptySpread();
+    void addEmptyPage(UID spread, const PMRect& bounds);
+    [[nodiscard]] bool lastSpreadWantsRightPage() const;
+    [[nodiscard]] UID masterPageFor(const Spread& master, const Page& served) const;
+    [[nodiscard]] std::vector<UID> pagesOnSide(const Spread& from, bool left) const;
     void removeWholeSpread(UID spread);
     void removePageOfSpread(UID page);
 
@@ -249,6 +254,7 @@ class ModelDocument final : public DocumentModel {
     std::string documentTitle;
     PMPoint defaultPageSize{595.276, 841.89};  // A4
     BaselineGrid grid;
+    bool facing = false;
     std::string folder;
     std::string fileName;
     bool changed = false;

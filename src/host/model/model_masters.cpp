@@ -8,18 +8,34 @@ namespace tarnova {
 
 namespace {
 
-/// The page of a master that serves the page with this index in its spread.
-UID masterPageFor(const Spread& master, std::size_t index) {
-    if (master.pages.empty()) return kInvalidUID;
-    return master.pages[std::min(index, master.pages.size() - 1)];
-}
-
-std::size_t indexInSpread(const Spread& spread, UID page) {
-    const auto found = std::find(spread.pages.begin(), spread.pages.end(), page);
-    return static_cast<std::size_t>(found - spread.pages.begin());
+bool isLeftOfSpine(const Page& page) {
+    return page.bounds.left + page.bounds.right < 0;
 }
 
 }  // namespace
+
+/// The pages of a spread on one side of the spine, from the spine outward; those of a document without facing pages are
+/// all on the right.
+std::vector<UID> ModelDocument::pagesOnSide(const Spread& from, bool left) const {
+    std::vector<UID> out;
+    for (UID uid : from.pages) {
+        if ((facing && isLeftOfSpine(*page(uid))) == left) out.push_back(uid);
+    }
+    if (left) std::reverse(out.begin(), out.end());
+    return out;
+}
+
+/// The page of a master that serves a page: the one as far from the spine on the same side, or else the outermost one
+/// there. A master without pages on that side serves with those of the other.
+UID ModelDocument::masterPageFor(const Spread& master, const Page& served) const {
+    const bool left = facing && isLeftOfSpine(served);
+    std::vector<UID> candidates = pagesOnSide(master, left);
+    if (candidates.empty()) candidates = pagesOnSide(master, !left);
+    if (candidates.empty()) return kInvalidUID;
+    const std::vector<UID> besides = pagesOnSide(*spread(served.spread), left);
+    const auto place = std::find(besides.begin(), besides.end(), served.uid) - besides.begin();
+    return candidates[std::min(static_cast<std::size_t>(place), candidates.size() - 1)];
+}
 
 /// The page, the page of its master that serves it, the one of the master's base, and so on. A circle ends at the count
 /// of masters.
@@ -30,7 +46,7 @@ std::vector<const Page*> ModelDocument::masterChain(UID uid) const {
         chain.push_back(at);
         const Spread* master = spread(at->master);
         if (master == nullptr) break;
-        at = page(masterPageFor(*master, indexInSpread(*spread(at->spread), at->uid)));
+        at = page(masterPageFor(*master, *at));
     }
     return chain;
 }

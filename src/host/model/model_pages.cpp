@@ -173,19 +173,36 @@ errorWord ModelDocument::addPages(std::int32_t count) {
     if (count < 0 || !uidsLeft(static_cast<std::size_t>(count) * (lists.layers.size() + 1))) return errFailed;
     Command command(*this, "Add Pages");
     const PMRect first = pages.empty() ? PMRect{0, 0, defaultPageSize.x, defaultPageSize.y} : page(pages[0])->bounds;
-    for (std::int32_t i = 0; i < count; ++i)
-        addEmptySpread({first.width(), first.height()});
+    const PMRect right{0, 0, first.width(), first.height()}, left{-first.width(), 0, 0, first.height()};
+    for (std::int32_t i = 0; i < count; ++i) {
+        if (facing && lastSpreadWantsRightPage()) {
+            addEmptyPage(lists.spreads.back(), right);
+        } else {
+            const bool goesLeft = facing && !pages.empty();
+            addEmptyPage(addEmptySpread(), goesLeft ? left : right);
+        }
+    }
     return 0;
 }
 
-UID ModelDocument::addEmptySpread(PMPoint size) {
-    Spread* made = create(Spread{}, takeUid());
+/// All pages of the last spread lie to the left of the spine, so that another one can follow on its right.
+bool ModelDocument::lastSpreadWantsRightPage() const {
+    return !lists.spreads.empty() && pagesOnSide(*spread(lists.spreads.back()), false).empty();
+}
+
+void ModelDocument::addEmptyPage(UID spreadUid, const PMRect& bounds) {
     Page newPage;
-    newPage.spread = made->uid;
-    newPage.bounds = {0, 0, size.x, size.y};
+    newPage.spread = spreadUid;
+    newPage.bounds = bounds;
     newPage.index = pageCount();
-    made->pages.push_back(create(newPage, takeUid())->uid);
-    pages.push_back(made->pages.back());
+    pages.push_back(create(newPage, takeUid())->uid);
+    Spread* on = changeable<Spread>(spreadUid);
+    on->pages.push_back(pages.back());
+    forgetPlaces(*on);
+}
+
+UID ModelDocument::addEmptySpread() {
+    Spread* made = create(Spread{}, takeUid());
     made->layerNodes.push_back(kInvalidUID);
     for (std::size_t i = 1; i < lists.layers.size(); ++i) {
         PageItem node;
