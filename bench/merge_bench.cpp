@@ -45,6 +45,7 @@ class NoComposer final : public Composer {
         std::int32_t composedThrough() const override { return INT32_MAX; }
         std::int32_t columnOf(std::int32_t) const override { return 0; }
         bool isOverset() const override { return false; }
+        std::optional<AnchorPoint> anchorAt(std::int32_t) const override { return {}; }
     };
 
  public:

@@ -223,8 +223,14 @@ class DocumentText {
                                                                std::int32_t count) const = 0;
     /// True when the range holds an anchored item or a table; the quick question of the tag tests.
     [[nodiscard]] virtual bool hasOwnedItem(UID story, std::int32_t start, std::int32_t count) const = 0;
-    /// For an anchored item: its story and position.
+    /// For an anchored item, or one in an anchored group: the story and position of the anchor.
     [[nodiscard]] virtual std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID item) const = 0;
+    /// Takes a frame or group off its layer and anchors it in a text, in the line, by a character in front of the one
+    /// at the position. Refused for members of groups, for an item that shows this text itself or a part of a text
+    /// that goes on elsewhere, and where anchored items would be nested too deep.
+    [[nodiscard]] virtual errorWord anchorItem(UID item, UID story, std::int32_t position) = 0;
+    /// Puts an anchored item on the layer of the frame that shows it, where it stands; its character is deleted.
+    [[nodiscard]] virtual errorWord releaseItem(UID item) = 0;
     /// The paragraph at a position, its return included.
     [[nodiscard]] virtual textSpanRec paragraphAt(UID story, std::int32_t position) const = 0;
 

@@ -284,6 +284,8 @@ class FakeDocument final : public Document {
         return !ownedItems(storyUid, start, count).empty();
     }
     [[nodiscard]] std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID) const override { return {}; }
+    [[nodiscard]] errorWord anchorItem(UID, UID, std::int32_t) override { return 1; }
+    [[nodiscard]] errorWord releaseItem(UID) override { return 1; }
     [[nodiscard]] textSpanRec paragraphAt(UID, std::int32_t) const override { return {}; }
     void composeDocument() override {}
     void composeStoryThrough(UID, std::int32_t) override {}

@@ -152,11 +152,16 @@ UID DocumentBuilder::layerNode(UID spread, std::size_t layer) const {
 UID DocumentBuilder::addItem(UID parentUid, PageItem item) {
     PageItem* parent = document->table.find<PageItem>(parentUid);
     item.parent = parentUid;
-    item.spread = parent->spread;
+    item.spread = parent == nullptr ? kInvalidUID : parent->spread;
     if (item.stamp == 0) item.stamp = newStamp();
     const UID uid = item.uid == kInvalidUID ? document->takeUid() : item.uid;
-    parent->children.push_back(document->create(std::move(item), uid)->uid);
+    document->create(std::move(item), uid);
+    if (parent != nullptr) parent->children.push_back(uid);
     return uid;
+}
+
+void DocumentBuilder::setAnchor(UID story, std::int32_t position, UID item) {
+    noteAnchor(*document->table.find<Story>(story)->content, position, item);
 }
 
 void DocumentBuilder::setOverrides(UID item, UID masterItem) {
@@ -165,8 +170,8 @@ void DocumentBuilder::setOverrides(UID item, UID masterItem) {
 
 bool DocumentBuilder::isMasterItem(UID uid) const {
     const PageItem* item = document->item(uid);
-    return item != nullptr && document->spread(item->spread)->isMaster &&
-           document->itemClass(item->parent) == ItemClass::node;
+    return item != nullptr && document->itemClass(item->parent) == ItemClass::node &&
+           document->spread(item->spread)->isMaster;
 }
 
 UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid,

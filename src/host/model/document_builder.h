@@ -56,11 +56,14 @@ class DocumentBuilder {
     /// The node of a layer, counted as in the document, on a spread or master.
     [[nodiscard]] UID layerNode(UID spread, std::size_t layer) const;
 
-    /// Adds an item in front of the others of its parent, a node or a group. Reads of `item` its class (spline item or
+    /// Adds an item in front of the others of its parent, a node or a group; or, not in a place yet (`setAnchor`), to a
+    /// story. Reads of `item` its class (spline item or
     /// group), UID, shape, matrix, flags, name, data and, unless it is 0, the stamp. A text frame must then get its
     /// story
     /// (`addStory`).
     UID addItem(UID parent, PageItem item);
+    /// Anchors an item that was added to a story at the anchor character that stands there.
+    void setAnchor(UID story, std::int32_t position, UID item);
     /// Puts an item that lies below a node in the place of a master's one.
     void setOverrides(UID item, UID masterItem);
     /// The item lies below a node of a master spread.

@@ -48,6 +48,13 @@ struct Layer {
     bool printable = true;
 };
 
+/// An anchored item, and how it is moved from the coordinates that its `toParent` leads to into the inner ones of the
+/// frame that shows it.
+struct AnchoredItem {
+    const PageItem* item = nullptr;
+    PMPoint move;
+};
+
 class AttributePool;
 
 class DocumentModel : public Document {
@@ -77,8 +84,13 @@ class DocumentModel : public Document {
     /// The top left corner of the page in the coordinates of the spread that the item lies on. For an item of a master
     /// it is the corner of the master's page that serves this page.
     [[nodiscard]] virtual PMPoint pageOrigin(UID page, const PageItem& item) const = 0;
-    /// The matrix from the item's inner coordinates to those of its spread.
+    /// The matrix from the item's inner coordinates to those of its spread. An item that is anchored in a text lies
+    /// where that is set, so this composes it; in an overset part it lies at the top left of the last frame.
     [[nodiscard]] virtual PMMatrix toSpread(const PageItem& item) const = 0;
+    /// Bounds, without strokes, in the coordinates that `toParent` leads to.
+    [[nodiscard]] virtual PMRect boundsInParent(const PageItem& item) const = 0;
+    /// The items anchored in the text that a frame shows, in text order; overset ones and what doesn't print left out.
+    virtual void anchoredInFrame(const PageItem& frame, std::vector<AnchoredItem>& out) const = 0;
 
     /// The format of a run in a paragraph: default, paragraph style chain, paragraph overrides, character style chain,
     /// run overrides. The result is interned: equal formats have one address for the life of the document and its
@@ -94,6 +106,10 @@ class DocumentModel : public Document {
     virtual std::optional<std::string> undo() = 0;
     /// Does the step that was undone last again and gives its name. A new step drops what could be done again.
     virtual std::optional<std::string> redo() = 0;
+
+    /// Says what text has to do with an item: how it stands in its own when it is anchored, and how others run around
+    /// it. Refused when a length isn't within the limits of coordinates.
+    [[nodiscard]] virtual errorWord setItemFlow(UID item, const ItemFlow& flow) = 0;
 
     /// Who composes; set once by the program. Null: nothing can be asked that needs composition.
     virtual void setComposer(std::shared_ptr<Composer> composer) = 0;

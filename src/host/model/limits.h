@@ -12,4 +12,7 @@ inline constexpr double coordinateLimit = 1e7;
 /// How many groups may lie in each other.
 inline constexpr std::size_t groupDepthLimit = 24;
 
+/// How many texts may lie in each other by items that are anchored in them.
+inline constexpr std::size_t anchorDepthLimit = 3;
+
 }  // namespace tarnova

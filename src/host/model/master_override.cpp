@@ -57,7 +57,7 @@ void MasterOverride::makeBatch(const Batch& batch) {
         copy->toParent.tx += planned.move.x;
         copy->toParent.ty += planned.move.y;
     }
-    trees.finish(batch.spread);
+    trees.finish();
     for (std::size_t layer = 1; layer < nodes.size(); ++layer) {
         if (copies[layer].empty()) continue;
         std::vector<UID>& children = document.changeable<PageItem>(nodes[layer])->children;

@@ -109,6 +109,8 @@ class ModelDocument final : public DocumentModel {
     std::vector<ownedItemRec> ownedItems(UID story, std::int32_t start, std::int32_t count) const override;
     bool hasOwnedItem(UID story, std::int32_t start, std::int32_t count) const override;
     std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID item) const override;
+    errorWord anchorItem(UID item, UID story, std::int32_t position) override;
+    errorWord releaseItem(UID item) override;
     textSpanRec paragraphAt(UID story, std::int32_t position) const override;
     void composeDocument() override;
     void composeStoryThrough(UID story, std::int32_t position) override;
@@ -147,6 +149,9 @@ class ModelDocument final : public DocumentModel {
     void drawnItems(UID page, std::vector<const PageItem*>& out) const override;
     PMPoint pageOrigin(UID page, const PageItem& item) const override;
     PMMatrix toSpread(const PageItem& item) const override;
+    PMRect boundsInParent(const PageItem& item) const override;
+    void anchoredInFrame(const PageItem& frame, std::vector<AnchoredItem>& out) const override;
+    errorWord setItemFlow(UID item, const ItemFlow& flow) override;
     const CharFormat* resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const override;
     const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const override;
     const StoryLayout* layoutOf(UID story, std::int32_t through) const override;
@@ -226,16 +231,36 @@ class ModelDocument final : public DocumentModel {
     void removePageOfSpread(UID page);
 
     [[nodiscard]] PMRect boundsOf(const PageItem& item, bool withStroke) const;
-    [[nodiscard]] std::int32_t locateInSpread(const PageItem& item) const;
+    [[nodiscard]] PMRect boundsThrough(const PageItem& item, const PMMatrix& matrix, bool withStroke) const;
+    [[nodiscard]] std::int32_t locateInSpread(const PageItem& item, const Spread& on) const;
     void collectItems(UID node, std::vector<UID>& out) const;
     void destroyTree(UID item);
     void detachFrame(UID storyUid, UID frame);
     void restampAround(UID item);
+    void restampText(UID story);
     [[nodiscard]] PMRect columnBox(const PageItem& column) const;
+
+    /// Where an anchored item is shown.
+    struct AnchorPlace {
+        const PageItem* frame;
+        PMPoint move;  // into the frame's inner coordinates
+    };
+    [[nodiscard]] const PageItem& outermost(const PageItem& item) const;
+    [[nodiscard]] const Spread* spreadHolding(const PageItem& item) const;
+    [[nodiscard]] const PageItem* frameOfAnchor(const PageItem& anchored) const;
+    [[nodiscard]] AnchorPlace placeOfAnchored(const PageItem& anchored) const;
+    [[nodiscard]] PMPoint moveOfAnchored(const PageItem& anchored, const AnchorPoint& point,
+                                         const PageItem& frame) const;
+    [[nodiscard]] pageOfItemRec pageOfAnchored(const PageItem& item) const;
+    [[nodiscard]] std::size_t anchorDepthOf(UID item) const;
+    [[nodiscard]] bool keepsItsTexts(UID item) const;
+    [[nodiscard]] bool mayAnchor(UID item, UID story) const;
+    void moveTree(UID item, UID spread);
 
     /// The story with a content that no other holds, stamped anew; null when there is no such story.
     Story* changeableText(UID uid);
     void noteTagId(std::uint32_t tagId);
+    [[nodiscard]] bool mayShareText(const PageItem& a, const PageItem& b) const;
     [[nodiscard]] UID frameOfColumn(const Story& story, std::int32_t column) const;
     [[nodiscard]] std::vector<const Page*> masterChain(UID page) const;
     [[nodiscard]] std::unordered_set<UID> overriddenOn(const std::vector<const Page*>& chain) const;

@@ -49,14 +49,12 @@ UID ModelDocument::childAt(UID uid, std::int32_t index) const {
 }
 
 /// The page that holds the middle of the item; an item over the edge of all pages lies on the first that it touches.
-std::int32_t ModelDocument::locateInSpread(const PageItem& which) const {
-    const Spread* on = spread(which.spread);
-    if (on == nullptr) return PageItem::onPasteboard;
+std::int32_t ModelDocument::locateInSpread(const PageItem& which, const Spread& on) const {
     const PMRect bounds = boundsOf(which, false);
     const PMPoint middle{(bounds.left + bounds.right) / 2, (bounds.top + bounds.bottom) / 2};
     std::int32_t touched = PageItem::onPasteboard;
-    for (std::size_t i = 0; i < on->pages.size(); ++i) {
-        const PMRect& pageBounds = page(on->pages[i])->bounds;
+    for (std::size_t i = 0; i < on.pages.size(); ++i) {
+        const PMRect& pageBounds = page(on.pages[i])->bounds;
         if (holds(pageBounds, middle)) return static_cast<std::int32_t>(i);
         if (touched == PageItem::onPasteboard && touches(pageBounds, bounds)) touched = static_cast<std::int32_t>(i);
     }
@@ -67,9 +65,9 @@ pageOfItemRec ModelDocument::pageOfItem(UID uid) const {
     const PageItem* found = item(uid);
     if (found != nullptr && found->itemClass == ItemClass::textColumnItem) found = item(found->parent);
     if (found == nullptr || found->itemClass == ItemClass::node) return {};
-    if (found->pageInSpread == PageItem::pageUnknown) found->pageInSpread = locateInSpread(*found);
+    if (found->spread == kInvalidUID) return pageOfAnchored(*found);
     const Spread* on = spread(found->spread);
-    if (on == nullptr) return {};
+    if (found->pageInSpread == PageItem::pageUnknown) found->pageInSpread = locateInSpread(*found, *on);
     if (found->pageInSpread == PageItem::onPasteboard) return {kInvalidUID, on->isMaster};
     return {on->pages[static_cast<std::size_t>(found->pageInSpread)], on->isMaster};
 }
@@ -105,21 +103,35 @@ PMRect ModelDocument::boundsInSpread(UID uid) const {
 
 PMMatrix ModelDocument::toSpread(const PageItem& which) const {
     PMMatrix out = which.toParent;
+    const PageItem* top = &which;
     for (const PageItem* at = item(which.parent); at != nullptr; at = item(at->parent)) {
         if (at->itemClass != ItemClass::node) out = out.then(at->toParent);
+        top = at;
     }
-    return out;
+    if (top->spread != kInvalidUID) return out;
+    const AnchorPlace place = placeOfAnchored(*top);
+    return out.then({1, 0, 0, 1, place.move.x, place.move.y}).then(toSpread(*place.frame));
 }
 
 PMRect ModelDocument::boundsOf(const PageItem& which, bool withStroke) const {
-    if (which.itemClass == ItemClass::textColumnItem) return toSpread(which).mapBounds(columnBox(which));
+    return boundsThrough(which, toSpread(which), withStroke);
+}
+
+PMRect ModelDocument::boundsInParent(const PageItem& which) const {
+    return boundsThrough(which, which.toParent, false);
+}
+
+/// Bounds under a matrix that maps the item's inner coordinates.
+PMRect ModelDocument::boundsThrough(const PageItem& which, const PMMatrix& matrix, bool withStroke) const {
+    if (which.itemClass == ItemClass::textColumnItem) return matrix.mapBounds(columnBox(which));
     if (which.shape != nullptr) {
-        return toSpread(which).mapBounds(grown(which.shape->bounds, withStroke ? strokeReach(*which.shape) : 0));
+        return matrix.mapBounds(grown(which.shape->bounds, withStroke ? strokeReach(*which.shape) : 0));
     }
     PMRect out;
     bool first = true;
-    for (UID child : which.children) {
-        const PMRect bounds = boundsOf(*item(child), withStroke);
+    for (UID uid : which.children) {
+        const PageItem& child = *item(uid);
+        const PMRect bounds = boundsThrough(child, child.toParent.then(matrix), withStroke);
         out = std::exchange(first, false) ? bounds : out.united(bounds);
     }
     return out;
@@ -204,6 +216,7 @@ errorWord ModelDocument::deleteItem(UID uid) {
         return errFailed;
     }
     Command command(*this, "Delete Item");
+    if (story(found->parent) != nullptr) return textDelete(found->parent, inlinePosition(uid)->second, 1);
     const UID above = found->parent;
     destroyTree(uid);
     if (item(above) == nullptr) return 0;
@@ -218,6 +231,9 @@ void ModelDocument::collectItems(UID uid, std::vector<UID>& out) const {
     out.push_back(uid);
     for (UID child : found->children)
         collectItems(child, out);
+    if (!isTextFrameItem(*found) || story(found->story)->frames.front() != uid) return;
+    for (const ownedItemRec& owned : story(found->story)->content->owned)
+        collectItems(owned.item, out);
 }
 
 void ModelDocument::destroyTree(UID uid) {
@@ -241,19 +257,26 @@ void ModelDocument::detachFrame(UID storyUid, UID frame) {
             destroyTree(owned.item);
         return;
     }
-    Story* left = changeable<Story>(storyUid);
-    std::erase(left->frames, frame);
-    left->stamp = newStamp();
-    left->layout.reset();
+    std::erase(changeable<Story>(storyUid)->frames, frame);
+    restampText(storyUid);
 }
 
-/// A group whose member changed draws something else, and so do the groups around it.
+/// A group whose member changed draws something else, and so do the groups around it and a text that it stands in.
 void ModelDocument::restampAround(UID uid) {
-    for (const PageItem* at = item(uid); at != nullptr && at->itemClass == ItemClass::group; at = item(at->parent)) {
-        PageItem* group = changeable<PageItem>(at->uid);
+    while (itemClass(uid) == ItemClass::group) {
+        PageItem* group = changeable<PageItem>(uid);
         group->stamp = newStamp();
         group->pageInSpread = PageItem::pageUnknown;
+        uid = group->parent;
     }
+    if (story(uid) != nullptr) restampText(uid);
+}
+
+/// The text is composed anew when next asked for.
+void ModelDocument::restampText(UID uid) {
+    Story* text = changeable<Story>(uid);
+    text->stamp = newStamp();
+    text->layout.reset();
 }
 
 }  // namespace tarnova

@@ -33,8 +33,7 @@ errorWord ModelDocument::linkFrames(UID before, UID behind) {
     const std::vector<UID>& frames = story(to)->frames;
     const auto place = std::find(frames.begin(), frames.end(), before) - frames.begin() + 1;
     if (static_cast<std::size_t>(place) < frames.size() && frames[static_cast<std::size_t>(place)] == behind) return 0;
-    const bool onOneSide = spread(item(before)->spread)->isMaster == spread(item(behind)->spread)->isMaster;
-    if (to == from || story(from)->length() != 1 || !onOneSide) return errFailed;
+    if (to == from || story(from)->length() != 1 || !mayShareText(*item(before), *item(behind))) return errFailed;
     Command command(*this, "Link Frames");
     detachFrame(from, behind);
     changeable<PageItem>(behind)->story = to;
@@ -42,9 +41,14 @@ errorWord ModelDocument::linkFrames(UID before, UID behind) {
         changeable<PageItem>(column)->story = to;
     Story* joined = changeable<Story>(to);
     joined->frames.insert(joined->frames.begin() + place, behind);
-    joined->stamp = newStamp();
-    joined->layout.reset();
+    restampText(to);
     return 0;
+}
+
+/// Frames of pages, frames of masters, or frames of one item that is anchored in a text.
+bool ModelDocument::mayShareText(const PageItem& a, const PageItem& b) const {
+    if (a.spread == kInvalidUID || b.spread == kInvalidUID) return &outermost(a) == &outermost(b);
+    return spread(a.spread)->isMaster == spread(b.spread)->isMaster;
 }
 
 std::int32_t ModelDocument::totalLength(UID uid) const {
@@ -167,20 +171,6 @@ std::vector<ownedItemRec> ModelDocument::ownedItems(UID uid, std::int32_t start,
 bool ModelDocument::hasOwnedItem(UID uid, std::int32_t start, std::int32_t count) const {
     const Story* found = story(uid);
     return found != nullptr && !found->content->owned.empty() && !ownedItems(uid, start, count).empty();
-}
-
-std::optional<std::pair<UID, std::int32_t>> ModelDocument::inlinePosition(UID uid) const {
-    // The anchor of an item is its outermost parent that is no node; its story names it.
-    const PageItem* anchor = item(uid);
-    while (anchor != nullptr && item(anchor->parent) != nullptr)
-        anchor = item(anchor->parent);
-    if (anchor == nullptr || anchor->itemClass == ItemClass::node) return std::nullopt;
-    for (UID storyUid : stories()) {
-        for (const ownedItemRec& owned : story(storyUid)->content->owned) {
-            if (owned.item == anchor->uid) return std::pair(storyUid, owned.position);
-        }
-    }
-    return std::nullopt;
 }
 
 textSpanRec ModelDocument::paragraphAt(UID uid, std::int32_t position) const {

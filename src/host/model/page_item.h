@@ -59,6 +59,40 @@ struct TextFrameOptions {
     FirstBaseline firstBaseline = FirstBaseline::ascent;
     double leastFirstBaseline = 0;
     std::optional<BaselineGrid> grid{};  // of its own, from the top of its columns; else the document's
+    bool ignoresWrap = false;  // its text runs over items that others run around
+};
+
+/// How an item that is anchored in a text stands there. Lengths in points, y downward.
+struct AnchorOptions {
+    /// `inLine`: on the baseline, as wide as it is. `aboveLine`: on a line of its own above the one that holds its
+    /// character. `custom`: anywhere, and without taking room.
+    enum class Kind : std::uint8_t { inLine, aboveLine, custom } kind = Kind::inLine;
+    double x = 0;  // of a custom item, from the edge that `xFrom` and `align` say
+    double y = 0;  // of an item in the line, from the baseline; of a custom one, from the edge that `yFrom` says
+    enum class Align : std::uint8_t { left, center, right } align = Align::left;
+    /// The place of the character (on the baseline), or the sides of the column or frame that holds it.
+    enum class Edge : std::uint8_t { anchor, column, frame };
+    Edge xFrom = Edge::anchor;
+    Edge yFrom = Edge::anchor;
+    double spaceBefore = 0;  // of an item above the line
+    double spaceAfter = 0;
+    friend bool operator==(const AnchorOptions&, const AnchorOptions&) = default;
+};
+
+/// How text in other frames of the spread runs around an item.
+struct TextWrap {
+    /// `bounds`: beside its bounds. `jumpObject`: no text beside it. `jumpColumn`: text goes on in the next column.
+    enum class Kind : std::uint8_t { none, bounds, jumpObject, jumpColumn } kind = Kind::none;
+    enum class Side : std::uint8_t { both, left, right, largest } side = Side::both;  // where text stands
+    double top = 0, left = 0, bottom = 0, right = 0;                                  // kept free around the bounds
+    friend bool operator==(const TextWrap&, const TextWrap&) = default;
+};
+
+/// What text has to do with an item.
+struct ItemFlow {
+    AnchorOptions anchor;  // of an item whose parent is a story
+    TextWrap wrap;
+    friend bool operator==(const ItemFlow&, const ItemFlow&) = default;
 };
 
 /// The shape and look of an item in its own coordinates: immutable, shared by copies.
@@ -75,13 +109,15 @@ struct ItemShape {
 struct PageItem {
     UID uid = kInvalidUID;
     ItemClass itemClass = ItemClass::splineItem;
-    UID parent = kInvalidUID;
+    UID parent = kInvalidUID;                // a node, a group or a frame; of an item anchored in a text its story
     std::vector<UID> children;               // back to front
     std::shared_ptr<const ItemShape> shape;  // null for nodes, groups and text columns
-    PMMatrix toParent;                       // inner coordinates to those of the parent (a node's are the spread's)
+    PMMatrix toParent;                       // inner coordinates to those of the parent (a node's are the spread's);
+                                             // an anchored item is then moved to where its text is set
+    std::shared_ptr<const ItemFlow> flow;    // null: all as usual
     UID story = kInvalidUID;                 // of a text frame or a text column
     std::int32_t column = 0;                 // of a text column: its index in the frame
-    UID spread = kInvalidUID;
+    UID spread = kInvalidUID;                // unknown (0) of what is anchored: it lies where its text does
     bool locked = false;
     bool nonPrinting = false;
     std::string name;

@@ -18,7 +18,7 @@ errorWord SpreadCopy::make() {
         const PageItem* original = document.item(node);
         to->layerNodes.push_back(original == nullptr ? kInvalidUID : trees.copy(*original, kInvalidUID, to->uid));
     }
-    trees.finish(to->uid);
+    trees.finish();
     document.keepLists();
     document.lists.spreads.push_back(to->uid);
     return 0;

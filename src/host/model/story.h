@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,15 @@ struct StoryText {
     mutable RunCursor paragraphCursor;
 };
 
+/// Where the character of an anchored item was set: the coordinates are the inner ones of the frame.
+struct AnchorPoint {
+    std::int32_t frameIndex = 0;  // in `Story::frames`
+    PMRect column;                // that shows it, insets taken off
+    double x = 0;                 // of the character; of an item above the line, of its left side
+    double baseline = 0;
+    double top = 0;  // of an item above the line
+};
+
 /// What composition knows of a story; made by `Composer`, never changed afterwards, shared by copies of the story.
 class StoryLayout {
  public:
@@ -80,6 +90,8 @@ class StoryLayout {
     /// The column (counted through all frames of the story) that shows a position, or -1 when it is overset.
     [[nodiscard]] virtual std::int32_t columnOf(std::int32_t position) const = 0;
     [[nodiscard]] virtual bool isOverset() const = 0;
+    /// Where the anchor at a position stands; nothing when it is overset.
+    [[nodiscard]] virtual std::optional<AnchorPoint> anchorAt(std::int32_t position) const = 0;
 };
 
 /// Turns a story into lines. `host/text` implements it and gives it to the model.

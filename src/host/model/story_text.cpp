@@ -243,6 +243,40 @@ void replaceCharacters(StoryText& story, std::int32_t start, std::int32_t count,
     story.text.replace(static_cast<std::size_t>(start), static_cast<std::size_t>(count), characters);
 }
 
+namespace {
+
+/// The run that the position lies in goes on over the character in front of it with the same link of this store.
+bool isInsideLink(const StoryText& story, std::int32_t position, std::size_t store) {
+    const auto tagAt = [&](std::int32_t at) { return story.runs[runAt(story, at).index].attributes->tags[store]; };
+    if (position == 0 || tagAt(position) == nullptr || tagAt(position - 1) == nullptr) return false;
+    return tagAt(position)->tagId() == tagAt(position - 1)->tagId();
+}
+
+}  // namespace
+
+void insertAnchorCharacter(StoryText& story, std::int32_t position, UID item, AttributePool& attributes) {
+    static constexpr TextAttributeClass stores[2] = {TextAttributeClass::kelvaneTag, TextAttributeClass::tallyraTag};
+    const bool keeps[2] = {isInsideLink(story, position, 0), isInsideLink(story, position, 1)};
+    replaceCharacters(story, position, 0, {&anchorCharacter, 1});
+    for (std::size_t store = 0; store < 2; ++store) {
+        if (keeps[store]) continue;
+        changeRuns(story, position, 1,
+                   [&](const RunAttributes& run) { return attributes.without(run, stores[store]); });
+    }
+    noteAnchor(story, position, item);
+}
+
+void noteAnchor(StoryText& story, std::int32_t position, UID item) {
+    const auto behind =
+        std::upper_bound(story.owned.begin(), story.owned.end(), position,
+                         [](std::int32_t at, const ownedItemRec& owned) { return at < owned.position; });
+    story.owned.insert(behind, {position, item});
+}
+
+void removeAnchorCharacter(StoryText& story, std::int32_t position) {
+    replaceCharacters(story, position, 1, {});
+}
+
 std::size_t splitRunAt(StoryText& story, std::int32_t position) {
     if (position >= static_cast<std::int32_t>(story.text.size())) return story.runs.size();
     const RunCursor at = runAt(story, position);

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "host/model/attribute_pool.h"
 #include "host/model/story.h"
 
 namespace tarnova {
@@ -66,6 +67,14 @@ class StoryTextBuilder {
 /// character; an insertion those of the character in front, at a thread's start of the one behind. When a whole
 /// paragraph goes, the one behind it keeps its format; else what is joined takes the format of the first.
 void replaceCharacters(StoryText& story, std::int32_t start, std::int32_t count, std::u32string_view characters);
+
+/// Puts an anchor in front of the character at a position, where an insertion may stand. It takes the attributes that
+/// any inserted text takes, but becomes part of a link only when it stands inside of one.
+void insertAnchorCharacter(StoryText& story, std::int32_t position, UID item, AttributePool& attributes);
+/// Notes an item for an anchor character that stands in the text already.
+void noteAnchor(StoryText& story, std::int32_t position, UID item);
+/// Takes an anchor character out of the text without a word on its item.
+void removeAnchorCharacter(StoryText& story, std::int32_t position);
 
 /// Gives every run of the range the list that `change(list)` answers.
 template <typename Change>

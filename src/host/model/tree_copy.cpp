@@ -26,10 +26,10 @@ UID TreeCopy::copy(const PageItem& original, UID parent, UID spread) {
     return made->uid;
 }
 
-void TreeCopy::finish(UID spread) {
+void TreeCopy::finish() {
     for (std::size_t i = 0; i < stories.size(); ++i) {
         finishStory(stories[i]);
-        if (!stories[i].copy->content->owned.empty()) copyAnchored(stories[i], spread);
+        if (!stories[i].copy->content->owned.empty()) copyAnchored(stories[i].copy);
     }
 }
 
@@ -66,13 +66,11 @@ void TreeCopy::finishStory(StoryPair& pair) {
 }
 
 /// Anchored items are named by UID in the content, so a copy with anchors has a content of its own.
-void TreeCopy::copyAnchored(StoryPair& pair, UID spread) {
-    auto content = std::make_shared<StoryText>(*pair.copy->content);
-    for (ownedItemRec& owned : content->owned) {
-        const PageItem* anchor = document.item(owned.item);
-        owned.item = anchor == nullptr ? kInvalidUID : copy(*anchor, kInvalidUID, spread);
-    }
-    pair.copy->content = std::move(content);
+void TreeCopy::copyAnchored(Story* story) {
+    auto content = std::make_shared<StoryText>(*story->content);
+    for (ownedItemRec& owned : content->owned)
+        owned.item = copy(*document.item(owned.item), story->uid, kInvalidUID);
+    story->content = std::move(content);
 }
 
 }  // namespace tarnova

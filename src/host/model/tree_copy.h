@@ -16,7 +16,7 @@ class TreeCopy {
     UID copy(const PageItem& original, UID parent, UID spread);
     /// When all items are there: gives the copied stories their frames and their anchored items. A story of which not
     /// all frames were copied has its text when the first was, and is empty otherwise.
-    void finish(UID spread);
+    void finish();
 
  private:
     struct StoryPair {
@@ -26,7 +26,7 @@ class TreeCopy {
 
     Story* storyFor(UID original);
     void finishStory(StoryPair& pair);
-    void copyAnchored(StoryPair& pair, UID spread);
+    void copyAnchored(Story* story);
 
     ModelDocument& document;
     std::vector<StoryPair> stories;

@@ -12,4 +12,16 @@ std::int32_t ComposedStory::columnOf(std::int32_t position) const {
     return behind == columns.end() ? -1 : static_cast<std::int32_t>(behind - columns.begin());
 }
 
+std::optional<AnchorPoint> ComposedStory::anchorAt(std::int32_t position) const {
+    const auto found =
+        std::lower_bound(anchors.begin(), anchors.end(), position,
+                         [](const PlacedAnchor& anchor, std::int32_t at) { return anchor.position < at; });
+    const std::int32_t column = columnOf(position);
+    if (column < 0 || found == anchors.end() || found->position != position) return std::nullopt;
+    const ComposedColumn& shows = columns[static_cast<std::size_t>(column)];
+    const double baseline = static_cast<double>(lines[found->line].baseline);
+    return AnchorPoint{shows.frameIndex, shows.box, static_cast<double>(found->x), baseline,
+                       baseline - static_cast<double>(found->above)};
+}
+
 }  // namespace tarnova

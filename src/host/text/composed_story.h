@@ -52,6 +52,14 @@ struct ComposedLine {
     std::uint32_t runCount = 0;
 };
 
+/// Where an anchored item stands in its line.
+struct PlacedAnchor {
+    std::int32_t position = 0;  // of its character in the story
+    std::uint32_t line = 0;     // into ComposedStory::lines
+    float x = 0;                // of its left side; of a custom item, of its character
+    float above = 0;            // of an item above the line: from its top to the baseline
+};
+
 struct ComposedColumn {
     UID frame = kInvalidUID;        // in the story that was composed; a copy's frame has the same index
     std::int32_t frameIndex = 0;    // in Story::frames
@@ -69,6 +77,7 @@ class ComposedStory final : public StoryLayout {
     std::vector<ComposedLine> lines;
     std::vector<GlyphRun> runs;
     std::vector<PlacedGlyph> glyphs;
+    std::vector<PlacedAnchor> anchors;  // by position
     std::int32_t composedLimit = 0;
     std::int32_t shownLimit = 0;  // characters from here on are overset
     bool overset = false;
@@ -77,6 +86,7 @@ class ComposedStory final : public StoryLayout {
     [[nodiscard]] std::int32_t composedThrough() const override { return composedLimit; }
     [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;
     [[nodiscard]] bool isOverset() const override { return overset; }
+    [[nodiscard]] std::optional<AnchorPoint> anchorAt(std::int32_t position) const override;
 };
 
 }  // namespace tarnova

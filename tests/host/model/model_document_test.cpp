@@ -21,6 +21,10 @@ class TenCharacterComposer : public Composer {
             return position / 10 < frames ? position / 10 : -1;
         }
         bool isOverset() const override { return length > frames * 10; }
+        std::optional<AnchorPoint> anchorAt(std::int32_t position) const override {
+            if (columnOf(position) < 0) return {};
+            return AnchorPoint{columnOf(position), {0, 0, 40, 50}, double(position % 10), 12, 3};
+        }
     };
     std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t) override {
         ++calls;
