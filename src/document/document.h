@@ -14,31 +14,20 @@
 #include <string_view>
 #include <vector>
 
+#include "document/document_pictures.h"
+#include "document/document_tables.h"
 #include "document/geometry.h"
 #include "document/text_attributes.h"
+#include "document/text_span.h"
 #include "document/uid.h"
 #include "engine/toolkit/types.h"
 
 namespace tarnova {
 
-struct textSpanRec {
-    std::int32_t start = 0;
-    std::int32_t length = 0;
-    friend bool operator==(const textSpanRec&, const textSpanRec&) = default;
-};
-
 /// An anchored item and the position of its anchor in the story.
 struct ownedItemRec {
     std::int32_t position = 0;
     UID item = kInvalidUID;
-};
-
-/// Rows and columns of a table; the limits lie outside.
-struct GridArea {
-    std::int32_t topRow = 0;
-    std::int32_t leftColumn = 0;
-    std::int32_t bottomRow = 0;
-    std::int32_t rightColumn = 0;
 };
 
 /// Class of a page item as the walk tells them apart. A `node` is the hierarchy node of a layer on a spread.
@@ -73,6 +62,16 @@ struct sectionRec {
     std::int32_t numberingStyle = 0;
     bool continues = false;
     bool includePrefix = false;
+};
+
+/// Names of the filters by which text is imported.
+inline constexpr std::string_view textImportFilters[] = {"InDesign Tagged Text", "RTF Import Filter",
+                                                         "Text Import Filter"};
+
+/// What is imported: bytes, or a file when there is a path.
+struct textSourceRec {
+    std::string_view bytes;
+    std::string filePath;
 };
 
 /// Changes go through named sequences that undo takes as one step. Sequences nest: only the outermost is a step.
@@ -162,13 +161,33 @@ class PageItems {
     [[nodiscard]] virtual bool isTextFrame(UID item) const = 0;
     [[nodiscard]] virtual bool isGraphicFrame(UID item) const = 0;
     [[nodiscard]] virtual ContentKind contentKind(UID item) const = 0;
+    /// Says what a frame is for. A frame with a picture may become unassigned and back; for text the picture goes, and
+    /// the frame gets a story. From text the frame leaves its story, which is refused when text would be lost with it.
+    /// Lines, and items without a path, take no text.
+    [[nodiscard]] virtual errorWord setContentKind(UID item, ContentKind kind) = 0;
+    /// Makes a text frame of a frame that isn't one: `setContentKind` with text.
+    [[nodiscard]] virtual errorWord convertToTextFrame(UID item) = 0;
     [[nodiscard]] virtual pathInfoRec pathInfo(UID item) const = 0;
     /// Bounds in the coordinates of the spread.
     [[nodiscard]] virtual PMRect boundsInSpread(UID item) const = 0;
     [[nodiscard]] virtual transformValuesRec transformValues(UID item) const = 0;
     [[nodiscard]] virtual bool itemLocked(UID item) const = 0;
     virtual void setItemLocked(UID item, bool locked) = 0;
+
+    // Changes of items on a spread and in its groups; a locked item is changed like any other.
     [[nodiscard]] virtual errorWord deleteItem(UID item) = 0;
+    /// Copies a frame or group with what it holds, in front of the original. Its texts are copied as by
+    /// `duplicateSpread`.
+    [[nodiscard]] virtual errorWord duplicateItem(UID item, UID& outCopy) = 0;
+    /// Moves an item by a distance in the coordinates of the spread.
+    [[nodiscard]] virtual errorWord moveBy(UID item, double dx, double dy) = 0;
+    /// Turns an item to the left around the middle of its bounds.
+    [[nodiscard]] virtual errorWord rotateBy(UID item, double degrees) = 0;
+    /// Makes a group of at least two items of one spread, or of one group, in the place of the frontmost. They keep
+    /// their order. Refused when groups would be nested too deep.
+    [[nodiscard]] virtual errorWord groupItems(const std::vector<UID>& items, UID& outGroup) = 0;
+    /// Puts the members of a group into its place and gives them, back to front. The group's own data goes with it.
+    [[nodiscard]] virtual errorWord ungroup(UID group, std::vector<UID>& outMembers) = 0;
 
     /// Index of a text column in its frame, 0 for the first; 0 for other items.
     [[nodiscard]] virtual std::int32_t columnIndex(UID column) const = 0;
@@ -218,6 +237,14 @@ class DocumentText {
     [[nodiscard]] virtual errorWord attributeRemove(UID story, std::int32_t start, std::int32_t count,
                                                     TextAttributeClass attributeClass) = 0;
 
+    /// Imports a text with its formats in place of `count` characters and gives the new length. `filter` is the name of
+    /// a filter (`textImportFilters`); errImportFilter when there is none of this name, or it can't read the source.
+    [[nodiscard]] virtual errorWord importText(UID story, std::int32_t start, std::int32_t count,
+                                               const textSourceRec& source, std::string_view filter,
+                                               std::int32_t& outLength) = 0;
+    /// The first filter that takes the file: one that is sure wins over one that might; empty when none does.
+    [[nodiscard]] virtual std::string importFilterFor(const std::string& filePath) const = 0;
+
     /// Anchored items in a range, by position.
     [[nodiscard]] virtual std::vector<ownedItemRec> ownedItems(UID story, std::int32_t start,
                                                                std::int32_t count) const = 0;
@@ -250,19 +277,6 @@ class DocumentText {
     ~DocumentText() = default;
 };
 
-/// Tables: declared as they will stand; a model without tables answers none.
-class DocumentTables {
- public:
-    /// The table whose cell a position lies in, or `kInvalidUID`.
-    [[nodiscard]] virtual UID tableOfCell(UID story, std::int32_t position) const = 0;
-    [[nodiscard]] virtual std::int32_t rowCount(UID table) const = 0;
-    [[nodiscard]] virtual std::int32_t columnCount(UID table) const = 0;
-    [[nodiscard]] virtual errorWord deleteRows(UID table, std::int32_t first, std::int32_t count) = 0;
-
- protected:
-    ~DocumentTables() = default;
-};
-
 /// Where the document lives and what state it is in.
 class DocumentStorage {
  public:
@@ -288,6 +302,8 @@ class Document : public DocumentCommands,
                  public PageItems,
                  public DocumentText,
                  public DocumentTables,
+                 public DocumentPictures,
+                 public SnapshotUtils,
                  public DocumentStorage {
  public:
     virtual ~Document() = default;

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
+#include <optional>
 
 namespace tarnova {
 
@@ -60,8 +62,21 @@ struct PMMatrix {
             out = out.united({q.x, q.y, q.x, q.y});
         return out;
     }
+    /// The way back; nothing for a matrix that flattens areas.
+    [[nodiscard]] std::optional<PMMatrix> inverse() const {
+        const double det = a * d - b * c;
+        if (det == 0 || !std::isfinite(1 / det)) return std::nullopt;
+        return PMMatrix{d / det, -b / det, -c / det, a / det, (c * ty - d * tx) / det, (b * tx - a * ty) / det};
+    }
     [[nodiscard]] bool isIdentity() const { return *this == PMMatrix{}; }
     friend bool operator==(const PMMatrix&, const PMMatrix&) = default;
 };
+
+/// A turn to the left around a point.
+[[nodiscard]] inline PMMatrix turnAround(PMPoint middle, double degrees) {
+    const double angle = degrees / 57.29577951308232;
+    const PMMatrix turn{std::cos(angle), -std::sin(angle), std::sin(angle), std::cos(angle), 0, 0};
+    return PMMatrix{1, 0, 0, 1, -middle.x, -middle.y}.then(turn).then({1, 0, 0, 1, middle.x, middle.y});
+}
 
 }  // namespace tarnova

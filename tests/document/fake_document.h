@@ -44,6 +44,19 @@ struct FakeItem {
     std::optional<std::string> data[2];
 };
 
+class FakeTable final : public ITableCommands {
+ public:
+    bool hasCommands = true;
+    bool canApply = true;
+    std::shared_ptr<const INokDataTagTableAttr> attribute;
+
+    bool CanApplyOverrides() const override { return canApply; }
+    errorWord ApplyOverride(std::shared_ptr<const INokDataTagTableAttr> newAttribute) override {
+        attribute = std::move(newAttribute);
+        return 0;
+    }
+};
+
 struct FakeLayer {
     UID uid = kInvalidUID;
     bool visible = true;
@@ -120,6 +133,7 @@ class FakeDocument final : public Document {
     std::map<std::pair<UID, UID>, UID> nodes;  // by spread and layer
     std::map<UID, FakeItem> items;
     std::map<UID, FakeStory> storiesByUid;
+    std::map<UID, FakeTable> tables;
     std::vector<UID> mastersInUse;
     std::optional<std::string> documentData[2];
     std::vector<std::string> log;  // of sequences and locks
@@ -191,6 +205,8 @@ class FakeDocument final : public Document {
     [[nodiscard]] bool isTextFrame(UID item) const override { return items.at(item).story != kInvalidUID; }
     [[nodiscard]] bool isGraphicFrame(UID) const override { return false; }
     [[nodiscard]] ContentKind contentKind(UID) const override { return ContentKind::unassigned; }
+    errorWord setContentKind(UID, ContentKind) override { return errFailed; }
+    errorWord convertToTextFrame(UID) override { return errFailed; }
     [[nodiscard]] pathInfoRec pathInfo(UID) const override { return {}; }
     [[nodiscard]] PMRect boundsInSpread(UID) const override { return {}; }
     [[nodiscard]] transformValuesRec transformValues(UID) const override { return {}; }
@@ -201,6 +217,11 @@ class FakeDocument final : public Document {
         items.erase(item);
         return 0;
     }
+    errorWord duplicateItem(UID, UID&) override { return errFailed; }
+    errorWord moveBy(UID, double, double) override { return errFailed; }
+    errorWord rotateBy(UID, double) override { return errFailed; }
+    errorWord groupItems(const std::vector<UID>&, UID&) override { return errFailed; }
+    errorWord ungroup(UID, std::vector<UID>&) override { return errFailed; }
     [[nodiscard]] std::int32_t columnIndex(UID column) const override { return items.at(column).column; }
     [[nodiscard]] UID textOnPath(UID item) const override { return items.at(item).pathText; }
     [[nodiscard]] const std::string* itemDataBlock(UID item, int store) const override {
@@ -273,6 +294,11 @@ class FakeDocument final : public Document {
         changeRuns(storyUid, start, count, [&](FakeAttributes& run) { run.tags[store] = nullptr; });
         return 0;
     }
+    errorWord importText(UID, std::int32_t, std::int32_t, const textSourceRec&, std::string_view,
+                         std::int32_t&) override {
+        return errImportFilter;
+    }
+    std::string importFilterFor(const std::string&) const override { return {}; }
     [[nodiscard]] std::vector<ownedItemRec> ownedItems(UID storyUid, std::int32_t start,
                                                        std::int32_t count) const override {
         std::vector<ownedItemRec> found;
@@ -299,10 +325,41 @@ class FakeDocument final : public Document {
     }
     [[nodiscard]] bool isOverset(UID) override { return false; }
 
-    [[nodiscard]] UID tableOfCell(UID, std::int32_t) const override { return kInvalidUID; }
-    [[nodiscard]] std::int32_t rowCount(UID) const override { return 0; }
-    [[nodiscard]] std::int32_t columnCount(UID) const override { return 0; }
-    [[nodiscard]] errorWord deleteRows(UID, std::int32_t, std::int32_t) override { return 1; }
+    UID tableOfCell(UID, std::int32_t) const override { return kInvalidUID; }
+    UID tableOfOwnedItem(UID item) const override { return tables.contains(item) ? item : kInvalidUID; }
+    UID storyOfTable(UID) const override { return kInvalidUID; }
+    std::int32_t rowCount(UID) const override { return 0; }
+    std::int32_t columnCount(UID) const override { return 0; }
+    GridArea cellAnchor(UID, std::int32_t, std::int32_t) const override { return {}; }
+    bool cellIsAnchor(UID, std::int32_t, std::int32_t) const override { return false; }
+    textSpanRec cellTextSpan(UID, std::int32_t, std::int32_t) const override { return {}; }
+    errorWord deleteRows(UID, std::int32_t, std::int32_t) override { return errFailed; }
+    cellSelectionRec selectedCells() const override { return {}; }
+    const INokDataTagTableAttr* tableAttribute(UID table) const override {
+        const auto found = tables.find(table);
+        return found == tables.end() ? nullptr : found->second.attribute.get();
+    }
+    ITableCommands* tableCommands(UID table) override {
+        const auto found = tables.find(table);
+        return found == tables.end() || !found->second.hasCommands ? nullptr : &found->second;
+    }
+
+    errorWord placeIntoFrame(const std::string&, UID, const placeOptionsRec&, UID&) override { return errFailed; }
+    std::string linkPath(UID) const override { return {}; }
+    errorWord updateLink(UID) override { return errFailed; }
+    pdfPlacePrefsRec pdfPlacePrefs() const override { return {}; }
+    void setPdfPlacePrefs(std::uint32_t, std::uint32_t, std::uint16_t) override {}
+    std::int32_t placedPdfPage(UID) const override { return 0; }
+    clipSettingsRec clipSettings(UID) const override { return {}; }
+    errorWord setClipSettings(UID, const clipSettingsRec&) override { return errFailed; }
+    errorWord makeClippingPath(UID, const clipSettingsRec&) override { return errFailed; }
+    errorWord fitOperation1(UID, PMPoint) override { return errFailed; }
+    errorWord fitOperation2(UID) override { return errFailed; }
+    errorWord fitOperation3(UID) override { return errFailed; }
+    errorWord fitOperation4(UID) override { return errFailed; }
+    errorWord fitOperation5(UID) override { return errFailed; }
+    errorWord fitOperation6(UID) override { return errFailed; }
+    errorWord snapshotItem(UID, double, std::string&) const override { return errFailed; }
 
     [[nodiscard]] std::string documentFolder() const override { return {}; }
     [[nodiscard]] std::string documentName() const override { return {}; }

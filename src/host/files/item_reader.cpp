@@ -1,9 +1,9 @@
 #include "host/files/item_reader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 
+#include "host/files/picture_members.h"
 #include "host/files/tag_members.h"
 #include "host/files/text_members.h"
 
@@ -29,7 +29,9 @@ struct ItemReader::ItemTarget {
     const JsonValue* columnUids = nullptr;
     const JsonValue* group = nullptr;
     const JsonValue* overrides = nullptr;
+    const JsonValue* picture = nullptr;
     const JsonValue* tags[2] = {};  // by store
+    PlacedGraphic graphic;          // of a picture
     std::size_t shapeKey = 0;
 
     [[nodiscard]] bool hasText() const { return text != nullptr || sharedText != nullptr || flowsFrom != nullptr; }
@@ -41,20 +43,9 @@ namespace {
 /// it the notes of a link on a run in a text with threads. What was read can so be written, and that be read again.
 static_assert(4 + 2 * groupDepthLimit + 1 + 8 <= jsonDepthLimit);
 
-bool withinCoordinates(const PMMatrix& m) {
-    const double values[] = {m.a, m.b, m.c, m.d, m.tx, m.ty};
-    return std::all_of(std::begin(values), std::end(values), [](double v) { return std::abs(v) <= coordinateLimit; });
-}
-
 template <std::size_t store>
 void readBlock(DataBlocks& target, const JsonValue& value) {
     target.blocks[store] = std::make_shared<const std::string>(bytesOf(value));
-}
-
-PMMatrix turnAround(PMPoint middle, double degrees) {
-    const double angle = degrees / 57.29577951308232;
-    const PMMatrix turn{std::cos(angle), -std::sin(angle), std::sin(angle), std::cos(angle), 0, 0};
-    return PMMatrix{1, 0, 0, 1, -middle.x, -middle.y}.then(turn).then({1, 0, 0, 1, middle.x, middle.y});
 }
 
 std::array<double, 6> keyOf(const PMMatrix& m) {
@@ -90,7 +81,7 @@ void ItemReader::readShared(const JsonValue* shapeList, const JsonValue* textLis
     for (const JsonValue& value : elementsOf(shapeList)) {
         ShapeTarget target(names);
         readMembers<ShapeTarget>(value, "a shared shape", rows, target);
-        shapes.push_back(finishShape(target, value, false));
+        shapes.push_back(finishShape(target, value, ContentKind::unassigned));
     }
     TextReader reader(builder, names);
     for (const JsonValue& value : elementsOf(textList))
@@ -102,38 +93,15 @@ void ItemReader::readItems(const JsonValue* list, UID spread, PMPoint origin) {
         readItem(value, spread, kInvalidUID, origin);
 }
 
-const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
+/// What frames, groups and pictures have in common.
+std::vector<Member<ItemReader::ItemTarget>> ItemReader::placedMembers() {
     using T = ItemTarget;
-    static const std::vector<Member<T>> rows = {
+    return {
         {"uid", keep<T, &T::uid>},
         {"name", [](T& t, const JsonValue& v) { t.item.name = nameOf(v); }},
-        {"layer", keep<T, &T::layer>},
-        {"bounds", keep<T, &T::bounds>},
-        {"rotate", keep<T, &T::rotate>},
         {"matrix", keep<T, &T::matrix>},
         {"at", keep<T, &T::at>},
-        {"shape", keep<T, &T::shape>},
-        {"kind", [](T& t, const JsonValue& v) { readShapeKind(t.look, v); }},
         {"inner", [](T& t, const JsonValue& v) { readShapeInner(t.look, v); }},
-        {"path", [](T& t, const JsonValue& v) { readShapePath(t.look, v); }},
-        {"fill", [](T& t, const JsonValue& v) { readShapeFill(t.look, v); }},
-        {"stroke", [](T& t, const JsonValue& v) { readShapeStroke(t.look, v); }},
-        {"content", [](T& t, const JsonValue& v) { readShapeContent(t.look, v); }},
-        {"insets", [](T& t, const JsonValue& v) { readShapeInsets(t.look, v); }},
-        {"columns", [](T& t, const JsonValue& v) { readShapeColumns(t.look, v); }},
-        {"gutter", [](T& t, const JsonValue& v) { readShapeGutter(t.look, v); }},
-        {"verticalAlign", [](T& t, const JsonValue& v) { readShapeVerticalAlign(t.look, v); }},
-        {"paragraphSpaceLimit", [](T& t, const JsonValue& v) { readShapeParagraphSpaceLimit(t.look, v); }},
-        {"firstBaseline", [](T& t, const JsonValue& v) { readShapeFirstBaseline(t.look, v); }},
-        {"leastFirstBaseline", [](T& t, const JsonValue& v) { readShapeLeastFirstBaseline(t.look, v); }},
-        {"baselineGrid", [](T& t, const JsonValue& v) { readShapeBaselineGrid(t.look, v); }},
-        {"text", keep<T, &T::text>},
-        {"sharedText", keep<T, &T::sharedText>},
-        {"flowsFrom", keep<T, &T::flowsFrom>},
-        {"storyUid", keep<T, &T::storyUid>},
-        {"columnUids", keep<T, &T::columnUids>},
-        {"group", keep<T, &T::group>},
-        {"overrides", keep<T, &T::overrides>},
         {"locked", [](T& t, const JsonValue& v) { t.item.locked = boolOf(v); }},
         {"printing", [](T& t, const JsonValue& v) { t.item.nonPrinting = !boolOf(v); }},
         {"tag", [](T& t, const JsonValue& v) { t.tags[0] = &v; }},
@@ -145,6 +113,54 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
                  t.item.itemData[store] = std::move(data.blocks[store]);
          }},
     };
+}
+
+const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
+    using T = ItemTarget;
+    static const std::vector<Member<T>> rows = [] {
+        std::vector<Member<T>> out = placedMembers();
+        const Member<T> more[] = {
+            {"layer", keep<T, &T::layer>},
+            {"bounds", keep<T, &T::bounds>},
+            {"rotate", keep<T, &T::rotate>},
+            {"shape", keep<T, &T::shape>},
+            {"kind", [](T& t, const JsonValue& v) { readShapeKind(t.look, v); }},
+            {"path", [](T& t, const JsonValue& v) { readShapePath(t.look, v); }},
+            {"fill", [](T& t, const JsonValue& v) { readShapeFill(t.look, v); }},
+            {"stroke", [](T& t, const JsonValue& v) { readShapeStroke(t.look, v); }},
+            {"content", [](T& t, const JsonValue& v) { readShapeContent(t.look, v); }},
+            {"insets", [](T& t, const JsonValue& v) { readShapeInsets(t.look, v); }},
+            {"columns", [](T& t, const JsonValue& v) { readShapeColumns(t.look, v); }},
+            {"gutter", [](T& t, const JsonValue& v) { readShapeGutter(t.look, v); }},
+            {"verticalAlign", [](T& t, const JsonValue& v) { readShapeVerticalAlign(t.look, v); }},
+            {"paragraphSpaceLimit", [](T& t, const JsonValue& v) { readShapeParagraphSpaceLimit(t.look, v); }},
+            {"firstBaseline", [](T& t, const JsonValue& v) { readShapeFirstBaseline(t.look, v); }},
+            {"leastFirstBaseline", [](T& t, const JsonValue& v) { readShapeLeastFirstBaseline(t.look, v); }},
+            {"baselineGrid", [](T& t, const JsonValue& v) { readShapeBaselineGrid(t.look, v); }},
+            {"text", keep<T, &T::text>},
+            {"sharedText", keep<T, &T::sharedText>},
+            {"flowsFrom", keep<T, &T::flowsFrom>},
+            {"storyUid", keep<T, &T::storyUid>},
+            {"columnUids", keep<T, &T::columnUids>},
+            {"group", keep<T, &T::group>},
+            {"overrides", keep<T, &T::overrides>},
+            {"picture", keep<T, &T::picture>},
+        };
+        out.insert(out.end(), std::begin(more), std::end(more));
+        return out;
+    }();
+    return rows;
+}
+
+const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::pictureMembers() {
+    using T = ItemTarget;
+    static const std::vector<Member<T>> rows = [] {
+        std::vector<Member<T>> out = placedMembers();
+        out.push_back({"file", [](T& t, const JsonValue& v) { t.graphic.filePath = pictureFileOf(v); }});
+        out.push_back({"page", [](T& t, const JsonValue& v) { t.graphic.pdfPage = pictureFilePageOf(v); }});
+        out.push_back({"clip", [](T& t, const JsonValue& v) { t.graphic.clip = readClip(v); }});
+        return out;
+    }();
     return rows;
 }
 
@@ -175,14 +191,13 @@ void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint
         readGroup(target, spread, parent);
     }
     if (!name.empty() && builder.isMasterItem(uid)) masterItemsByName[name].push_back(uid);
-    if (target.overrides == nullptr) return;
-    if (group != kInvalidUID) faultAt(*target.overrides, "A member of a group overrides nothing; its group may.");
-    overriding.emplace_back(uid, target.overrides);
+    if (target.overrides != nullptr) overriding.emplace_back(uid, target.overrides);
 }
 
 void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
-    if (target.look.firstMember != nullptr || target.shape != nullptr || target.bounds != nullptr || target.hasText()) {
-        faultAt(target.value, "A group has no look, bounds or text of its own; its members have.");
+    const bool hasContent = target.hasText() || target.picture != nullptr;
+    if (target.look.firstMember != nullptr || target.shape != nullptr || target.bounds != nullptr || hasContent) {
+        faultAt(target.value, "A group has no look, bounds, text or picture of its own; its members have.");
     }
     requireArray(*target.group);
     if (groupDepth == groupDepthLimit) {
@@ -239,7 +254,10 @@ void ItemReader::takeBounds(ItemTarget& target) const {
 
 void ItemReader::takeShape(ItemTarget& target) const {
     if (target.shape == nullptr) {
-        target.item.shape = finishShape(target.look, target.value, target.hasText());
+        const ContentKind usual = target.hasText()            ? ContentKind::text
+                                  : target.picture != nullptr ? ContentKind::graphic
+                                                              : ContentKind::unassigned;
+        target.item.shape = finishShape(target.look, target.value, usual);
     } else {
         if (target.look.firstMember != nullptr) {
             faultAt(*target.look.firstMember, whatIs(*target.look.firstMember) + " can't stand beside \"shape\".");
@@ -259,16 +277,35 @@ void ItemReader::readFrame(ItemTarget& target, UID parent, bool inGroup) {
     const std::shared_ptr<const ItemShape> shape = target.item.shape;
     const std::string name = target.item.name;
     const StampKey key{target.shapeKey, keyOf(target.item.toParent)};
-    const bool mayRepeat = target.shapeKey != 0 && !inGroup;
+    const bool mayRepeat = target.shapeKey != 0 && !inGroup && target.picture == nullptr;
     const auto known = mayRepeat ? itemStamps.find(key) : itemStamps.end();
     if (known != itemStamps.end()) target.item.stamp = known->second;
     const UID uid = builder.addItem(parent, std::move(target.item));
     if (mayRepeat) itemStamps.emplace(key, builder.stampOf(uid));
+    if (target.picture != nullptr && shape->content == ContentKind::text) {
+        faultAt(*target.picture, "A frame has either a picture or text.");
+    }
+    if (target.picture != nullptr) readPicture(*target.picture, uid);
     if (shape->content == ContentKind::text) {
         noteFrame(target, uid, shape->text.columns, name);
     } else if (target.storyUid != nullptr || target.columnUids != nullptr) {
         faultAt(target.value, "\"storyUid\" and \"columnUids\" are for frames with text.");
     }
+}
+
+void ItemReader::readPicture(const JsonValue& value, UID frame) {
+    ItemTarget target(names, value);
+    readMembers<ItemTarget>(value, "a picture", pictureMembers(), target);
+    if (target.graphic.filePath.empty()) faultAt(value, "A picture needs \"file\", the path of its file.");
+    if (!target.look.inner) faultAt(value, "A picture needs \"inner\", its own [left, top, right, bottom].");
+    uids.countObjects(value, 1);
+    target.item.uid = uids.uidOf(target.uid);
+    takeLinks(target);
+    takeBounds(target);
+    target.graphic.bounds = *target.look.inner;
+    target.item.itemClass = ItemClass::graphic;
+    target.item.graphic = std::make_shared<const PlacedGraphic>(std::move(target.graphic));
+    builder.addItem(frame, std::move(target.item));
 }
 
 void ItemReader::noteFrame(const ItemTarget& target, UID uid, std::int32_t columns, const std::string& name) {

@@ -63,10 +63,13 @@ class ItemReader {
     /// Items on different spreads with one shared shape in one place are copies of each other.
     using StampKey = std::pair<std::size_t, std::array<double, 6>>;
 
+    [[nodiscard]] static std::vector<Member<ItemTarget>> placedMembers();
     [[nodiscard]] static const std::vector<Member<ItemTarget>>& itemMembers();
+    [[nodiscard]] static const std::vector<Member<ItemTarget>>& pictureMembers();
     void readItem(const JsonValue& value, UID spread, UID group, PMPoint origin);
     void readGroup(ItemTarget& target, UID spread, UID parent);
     void readFrame(ItemTarget& target, UID parent, bool inGroup);
+    void readPicture(const JsonValue& value, UID frame);
     static void takeLinks(ItemTarget& target);
     void takeBounds(ItemTarget& target) const;
     void takeShape(ItemTarget& target) const;

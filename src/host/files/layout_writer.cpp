@@ -4,6 +4,7 @@
 
 #include "host/files/base64.h"
 #include "host/files/layout_reader.h"
+#include "host/files/picture_members.h"
 #include "host/files/shape_members.h"
 #include "host/files/tag_members.h"
 #include "host/files/text_members.h"
@@ -160,7 +161,7 @@ void LayoutWriter::writeShared() {
         out.beginArray(overLines);
         for (const ItemShape* shape : shapes.order) {
             out.beginObject();
-            writeShape(out, *shape, {true, true}, document);
+            writeShape(out, *shape, {true, ContentKind::unassigned}, document);
             out.end();
         }
         out.end();
@@ -248,8 +249,7 @@ void LayoutWriter::writeItem(const PageItem& item, const std::string* layer) {
     } else if (!item.toParent.isIdentity()) {
         writePlace(item.toParent);
     }
-    if (item.locked) out.member("locked", true);
-    if (item.nonPrinting) out.member("printing", false);
+    writeFlags(item);
     if (const UID overridden = document.overriddenItem(item.uid)) out.member("overrides", overridden);
     writeItemData(item);
     if (item.itemClass == ItemClass::group) {
@@ -272,18 +272,40 @@ void LayoutWriter::writePlace(const PMMatrix& m) {
 
 void LayoutWriter::writeFrame(const PageItem& item) {
     const bool hasStory = item.story != kInvalidUID;
+    const bool hasPicture = !hasStory && !item.children.empty();
+    const ContentKind usual = hasStory     ? ContentKind::text
+                              : hasPicture ? ContentKind::graphic
+                                           : ContentKind::unassigned;
     if (shapes.has(item.shape.get())) {
         out.member("shape", static_cast<std::int64_t>(shapes.index.at(item.shape.get())));
         writePlace(item.toParent);
     } else if (hasPlainBounds(item)) {
         const PMRect& inner = item.shape->bounds;
         out.numbers("bounds", {item.toParent.tx, item.toParent.ty, inner.right, inner.bottom});
-        writeShape(out, *item.shape, {false, !hasStory}, document);
+        writeShape(out, *item.shape, {false, usual}, document);
     } else {
         writePlace(item.toParent);
-        writeShape(out, *item.shape, {true, !hasStory}, document);
+        writeShape(out, *item.shape, {true, usual}, document);
     }
     if (hasStory) writeStory(item);
+    if (hasPicture) writePicture(*document.item(item.children.front()));
+}
+
+void LayoutWriter::writePicture(const PageItem& picture) {
+    out.key("picture");
+    out.beginObject();
+    out.member("uid", picture.uid);
+    if (!picture.name.empty()) out.member("name", picture.name);
+    if (!picture.toParent.isIdentity()) writePlace(picture.toParent);
+    writeFlags(picture);
+    writeItemData(picture);
+    writeGraphic(out, *picture.graphic);
+    out.end();
+}
+
+void LayoutWriter::writeFlags(const PageItem& item) {
+    if (item.locked) out.member("locked", true);
+    if (item.nonPrinting) out.member("printing", false);
 }
 
 /// The first frame of a story has its text, the others say whom they follow.

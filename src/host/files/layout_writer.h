@@ -46,6 +46,8 @@ class LayoutWriter {
     void writeItems(const Spread& spread);
     void writeItem(const PageItem& item, const std::string* layer);
     void writeFrame(const PageItem& item);
+    void writePicture(const PageItem& picture);
+    void writeFlags(const PageItem& item);
     void writePlace(const PMMatrix& place);
     void writeStory(const PageItem& frame);
     void writeData(const std::string* kelvane, const std::string* tallyra);

@@ -308,12 +308,12 @@ void readShapeBaselineGrid(ShapeTarget& target, const JsonValue& value) {
     target.shape.text.grid = readBaselineGrid(value);
 }
 
-std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value, bool isText) {
+std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value, ContentKind usual) {
     ItemShape shape = std::move(target.shape);
     if (!target.inner && (!target.path || target.path->empty())) {
         faultAt(value, "An item needs \"bounds\" [left, top, width, height], or a \"path\".");
     }
-    shape.content = target.content.value_or(isText ? ContentKind::text : ContentKind::unassigned);
+    shape.content = target.content.value_or(usual);
     shape.bounds = target.inner ? *target.inner : boundsOfPath(*target.path);
     shape.path = target.path ? std::move(*target.path) : pathOf(shape.kind, shape.bounds);
     return std::make_shared<const ItemShape>(std::move(shape));
@@ -328,7 +328,7 @@ void writeShape(JsonWriter& out, const ItemShape& shape, ShapeForm form, const D
     if (!same(shape.path, pathOf(shape.kind, shape.bounds))) out.member("path", pathText(shape.path));
     if (shape.fill != usual.fill) writePaint(out, "fill", shape.fill, document);
     writeStroke(out, shape.stroke, document);
-    if (form.content && shape.content != usual.content) {
+    if (shape.content != form.usual) {
         out.member("content", contentWords[static_cast<std::size_t>(shape.content)]);
     }
     writeTextOptions(out, shape.text);

@@ -52,14 +52,15 @@ void readShapeFirstBaseline(ShapeTarget& target, const JsonValue& value);
 void readShapeLeastFirstBaseline(ShapeTarget& target, const JsonValue& value);
 void readShapeBaselineGrid(ShapeTarget& target, const JsonValue& value);
 
-/// The shape of an item that `value` describes, in inner coordinates. Throws LayoutFault when it has neither bounds nor
-/// path.
-[[nodiscard]] std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value, bool isText);
+/// The shape of an item that `value` describes, in inner coordinates; `usual` is what it is for when it doesn't say.
+/// Throws LayoutFault when it has neither bounds nor path.
+[[nodiscard]] std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value,
+                                                           ContentKind usual);
 
 /// What of a look doesn't follow from the item around it.
 struct ShapeForm {
-    bool inner;    // its bounds
-    bool content;  // what it may hold
+    bool inner;         // its bounds
+    ContentKind usual;  // what it is for, as far as that follows
 };
 
 /// Writes the members of a look.

@@ -181,18 +181,13 @@ UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<St
     story.content = std::move(content);
     story.stamp = stamp == 0 ? newStamp() : stamp;
     const UID storyUid = document->create(std::move(story), uid == kInvalidUID ? document->takeUid() : uid)->uid;
-    std::size_t next = 0;
+    auto next = columns.begin();
     for (UID frameUid : frames) {
         PageItem* frame = document->table.find<PageItem>(frameUid);
         frame->story = storyUid;
-        for (std::int32_t i = 0; i < frame->shape->text.columns; ++i, ++next) {
-            PageItem column;
-            column.itemClass = ItemClass::textColumnItem;
-            column.column = i;
-            column.uid = next < columns.size() ? columns[next] : kInvalidUID;
-            column.story = storyUid;
-            addItem(frameUid, std::move(column));
-        }
+        const auto limit = next + std::min<std::ptrdiff_t>(frame->shape->text.columns, columns.end() - next);
+        document->makeColumns(frameUid, {next, limit});
+        next = limit;
     }
     return storyUid;
 }

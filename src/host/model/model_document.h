@@ -79,12 +79,19 @@ class ModelDocument final : public DocumentModel {
     bool isTextFrame(UID item) const override;
     bool isGraphicFrame(UID item) const override;
     ContentKind contentKind(UID item) const override;
+    errorWord setContentKind(UID item, ContentKind kind) override;
+    errorWord convertToTextFrame(UID item) override;
     pathInfoRec pathInfo(UID item) const override;
     PMRect boundsInSpread(UID item) const override;
     transformValuesRec transformValues(UID item) const override;
     bool itemLocked(UID item) const override;
     void setItemLocked(UID item, bool locked) override;
     errorWord deleteItem(UID item) override;
+    errorWord duplicateItem(UID item, UID& outCopy) override;
+    errorWord moveBy(UID item, double dx, double dy) override;
+    errorWord rotateBy(UID item, double degrees) override;
+    errorWord groupItems(const std::vector<UID>& items, UID& outGroup) override;
+    errorWord ungroup(UID group, std::vector<UID>& outMembers) override;
     std::int32_t columnIndex(UID column) const override;
     UID textOnPath(UID item) const override;
     const std::string* itemDataBlock(UID item, int store) const override;
@@ -106,6 +113,9 @@ class ModelDocument final : public DocumentModel {
                              std::shared_ptr<const TextAttribute> attribute) override;
     errorWord attributeRemove(UID story, std::int32_t start, std::int32_t count,
                               TextAttributeClass attributeClass) override;
+    errorWord importText(UID story, std::int32_t start, std::int32_t count, const textSourceRec& source,
+                         std::string_view filter, std::int32_t& outLength) override;
+    std::string importFilterFor(const std::string& filePath) const override;
     std::vector<ownedItemRec> ownedItems(UID story, std::int32_t start, std::int32_t count) const override;
     bool hasOwnedItem(UID story, std::int32_t start, std::int32_t count) const override;
     std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID item) const override;
@@ -120,9 +130,35 @@ class ModelDocument final : public DocumentModel {
 
     // DocumentTables: no tables yet.
     UID tableOfCell(UID, std::int32_t) const override { return kInvalidUID; }
+    UID tableOfOwnedItem(UID) const override { return kInvalidUID; }
+    UID storyOfTable(UID) const override { return kInvalidUID; }
     std::int32_t rowCount(UID) const override { return 0; }
     std::int32_t columnCount(UID) const override { return 0; }
+    GridArea cellAnchor(UID, std::int32_t, std::int32_t) const override { return {}; }
+    bool cellIsAnchor(UID, std::int32_t, std::int32_t) const override { return false; }
+    textSpanRec cellTextSpan(UID, std::int32_t, std::int32_t) const override { return {}; }
     errorWord deleteRows(UID, std::int32_t, std::int32_t) override { return errFailed; }
+    cellSelectionRec selectedCells() const override { return {}; }
+    const INokDataTagTableAttr* tableAttribute(UID) const override { return nullptr; }
+    ITableCommands* tableCommands(UID) override { return nullptr; }
+
+    // DocumentPictures and SnapshotUtils: a picture is kept with its place and link, but its file isn't read.
+    errorWord placeIntoFrame(const std::string&, UID, const placeOptionsRec&, UID&) override { return errFailed; }
+    std::string linkPath(UID picture) const override;
+    errorWord updateLink(UID) override { return errFailed; }
+    pdfPlacePrefsRec pdfPlacePrefs() const override { return pdfPreferences; }
+    void setPdfPlacePrefs(std::uint32_t page, std::uint32_t crop, std::uint16_t transparent) override;
+    std::int32_t placedPdfPage(UID picture) const override;
+    clipSettingsRec clipSettings(UID picture) const override;
+    errorWord setClipSettings(UID picture, const clipSettingsRec& settings) override;
+    errorWord makeClippingPath(UID, const clipSettingsRec&) override { return errFailed; }
+    errorWord fitOperation1(UID picture, PMPoint offset) override;
+    errorWord fitOperation2(UID picture) override;
+    errorWord fitOperation3(UID picture) override;
+    errorWord fitOperation4(UID picture) override;
+    errorWord fitOperation5(UID picture) override;
+    errorWord fitOperation6(UID picture) override;
+    errorWord snapshotItem(UID, double, std::string&) const override { return errFailed; }
 
     // DocumentStorage
     std::string documentFolder() const override { return folder; }
@@ -238,6 +274,26 @@ class ModelDocument final : public DocumentModel {
     void detachFrame(UID storyUid, UID frame);
     void restampAround(UID item);
     void restampText(UID story);
+    void restampTree(UID item);
+    [[nodiscard]] PMRect innerBounds(const PageItem& item) const;
+    errorWord transformInSpread(UID item, const PMMatrix& change, std::string_view name);
+    [[nodiscard]] std::size_t groupDepthBelow(const PageItem& item) const;
+    [[nodiscard]] std::size_t groupDepthAround(const PageItem& item) const;
+    [[nodiscard]] std::pair<std::size_t, std::size_t> stackPlace(const PageItem& item) const;
+    [[nodiscard]] bool mayGroup(const std::vector<UID>& members) const;
+    void takeOutOf(const PageItem& group, PageItem& member);
+    void makeColumns(UID frame, const std::vector<UID>& uids);
+    errorWord becomeTextFrame(UID item);
+    errorWord leaveText(UID item, ContentKind kind);
+    void setContent(PageItem& item, ContentKind kind);
+    /// A picture and its frame; null when the item is no picture.
+    struct FittedPicture {
+        const PageItem* picture = nullptr;
+        const PageItem* frame = nullptr;
+    };
+    [[nodiscard]] FittedPicture fitted(UID picture) const;
+    errorWord placePicture(UID picture, const PMMatrix& place);
+    errorWord scalePicture(UID picture, bool fills);
     [[nodiscard]] PMRect columnBox(const PageItem& column) const;
 
     /// Where an anchored item is shown.
@@ -264,6 +320,7 @@ class ModelDocument final : public DocumentModel {
     [[nodiscard]] UID frameOfColumn(const Story& story, std::int32_t column) const;
     [[nodiscard]] std::vector<const Page*> masterChain(UID page) const;
     [[nodiscard]] std::unordered_set<UID> overriddenOn(const std::vector<const Page*>& chain) const;
+    void noteOverridden(const PageItem& above, const PMRect* bounds, std::unordered_set<UID>& out) const;
     void drawnOfPage(const Page& page, const std::unordered_set<UID>& hidden, std::vector<const PageItem*>& out) const;
     [[nodiscard]] const PMRect* drawnBounds(const Page& page) const;
 
@@ -283,6 +340,7 @@ class ModelDocument final : public DocumentModel {
     std::string folder;
     std::string fileName;
     bool changed = false;
+    pdfPlacePrefsRec pdfPreferences;
 
     /// Found when first asked for; a copied or added page changes nothing about it.
     mutable std::optional<std::unordered_set<UID>> mastersInUse;

@@ -63,7 +63,9 @@ std::int32_t ModelDocument::locateInSpread(const PageItem& which, const Spread& 
 
 pageOfItemRec ModelDocument::pageOfItem(UID uid) const {
     const PageItem* found = item(uid);
-    if (found != nullptr && found->itemClass == ItemClass::textColumnItem) found = item(found->parent);
+    const bool isInFrame =
+        found != nullptr && (found->itemClass == ItemClass::textColumnItem || found->itemClass == ItemClass::graphic);
+    if (isInFrame) found = item(found->parent);
     if (found == nullptr || found->itemClass == ItemClass::node) return {};
     if (found->spread == kInvalidUID) return pageOfAnchored(*found);
     const Spread* on = spread(found->spread);
@@ -127,6 +129,7 @@ PMRect ModelDocument::boundsThrough(const PageItem& which, const PMMatrix& matri
     if (which.shape != nullptr) {
         return matrix.mapBounds(grown(which.shape->bounds, withStroke ? strokeReach(*which.shape) : 0));
     }
+    if (which.graphic != nullptr) return matrix.mapBounds(which.graphic->bounds);
     PMRect out;
     bool first = true;
     for (UID uid : which.children) {
@@ -210,21 +213,6 @@ errorWord ModelDocument::setItemDataBlock(UID uid, int store, std::optional<std:
     return 0;
 }
 
-errorWord ModelDocument::deleteItem(UID uid) {
-    const PageItem* found = item(uid);
-    if (found == nullptr || (found->itemClass != ItemClass::splineItem && found->itemClass != ItemClass::group)) {
-        return errFailed;
-    }
-    Command command(*this, "Delete Item");
-    if (story(found->parent) != nullptr) return textDelete(found->parent, inlinePosition(uid)->second, 1);
-    const UID above = found->parent;
-    destroyTree(uid);
-    if (item(above) == nullptr) return 0;
-    std::erase(changeable<PageItem>(above)->children, uid);
-    restampAround(above);
-    return 0;
-}
-
 void ModelDocument::collectItems(UID uid, std::vector<UID>& out) const {
     const PageItem* found = item(uid);
     if (found == nullptr) return;
@@ -259,17 +247,6 @@ void ModelDocument::detachFrame(UID storyUid, UID frame) {
     }
     std::erase(changeable<Story>(storyUid)->frames, frame);
     restampText(storyUid);
-}
-
-/// A group whose member changed draws something else, and so do the groups around it and a text that it stands in.
-void ModelDocument::restampAround(UID uid) {
-    while (itemClass(uid) == ItemClass::group) {
-        PageItem* group = changeable<PageItem>(uid);
-        group->stamp = newStamp();
-        group->pageInSpread = PageItem::pageUnknown;
-        uid = group->parent;
-    }
-    if (story(uid) != nullptr) restampText(uid);
 }
 
 /// The text is composed anew when next asked for.

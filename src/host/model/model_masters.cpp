@@ -64,14 +64,20 @@ std::unordered_set<UID> ModelDocument::overriddenOn(const std::vector<const Page
         const PMRect* bounds = drawnBounds(*level);
         for (UID node : spread(level->spread)->layerNodes) {
             if (node == kInvalidUID) continue;
-            for (UID uid : item(node)->children) {
-                const PageItem& child = *item(uid);
-                if (child.overrides == kInvalidUID) continue;
-                if (bounds == nullptr || touches(*bounds, boundsOf(child, true))) out.insert(child.overrides);
-            }
+            noteOverridden(*item(node), bounds, out);
         }
     }
     return out;
+}
+
+/// An item keeps its mark when it is grouped, so the members of groups are asked too.
+void ModelDocument::noteOverridden(const PageItem& above, const PMRect* bounds, std::unordered_set<UID>& out) const {
+    for (UID uid : above.children) {
+        const PageItem& child = *item(uid);
+        if (child.itemClass == ItemClass::group) noteOverridden(child, bounds, out);
+        if (child.overrides == kInvalidUID) continue;
+        if (bounds == nullptr || touches(*bounds, boundsOf(child, true))) out.insert(child.overrides);
+    }
 }
 
 void ModelDocument::drawnOfPage(const Page& from, const std::unordered_set<UID>& hidden,
@@ -132,11 +138,11 @@ UID ModelDocument::overriddenItem(UID uid) const {
 void ModelDocument::clearOverriddenMarks() {
     Command command(*this, "Clear Overridden Marks");
     for (UID master : lists.masters) {
-        for (UID node : spread(master)->layerNodes) {
-            if (node == kInvalidUID) continue;
-            for (UID uid : item(node)->children) {
-                if (item(uid)->overrides != kInvalidUID) changeable<PageItem>(uid)->overrides = kInvalidUID;
-            }
+        std::vector<UID> items;
+        for (UID node : spread(master)->layerNodes)
+            collectItems(node, items);
+        for (UID uid : items) {
+            if (item(uid)->overrides != kInvalidUID) changeable<PageItem>(uid)->overrides = kInvalidUID;
         }
     }
 }

@@ -59,7 +59,7 @@ struct TextFrameOptions {
     FirstBaseline firstBaseline = FirstBaseline::ascent;
     double leastFirstBaseline = 0;
     std::optional<BaselineGrid> grid{};  // of its own, from the top of its columns; else the document's
-    bool ignoresWrap = false;  // its text runs over items that others run around
+    bool ignoresWrap = false;            // its text runs over items that others run around
 };
 
 /// How an item that is anchored in a text stands there. Lengths in points, y downward.
@@ -106,23 +106,32 @@ struct ItemShape {
     TextFrameOptions text;  // for text frames
 };
 
+/// A picture in its frame: what was placed, in its own coordinates. Immutable, shared by copies.
+struct PlacedGraphic {
+    std::string filePath;
+    PMRect bounds;
+    std::int32_t pdfPage = 0;  // of a PDF file, from 0
+    clipSettingsRec clip;
+};
+
 struct PageItem {
     UID uid = kInvalidUID;
     ItemClass itemClass = ItemClass::splineItem;
     UID parent = kInvalidUID;                // a node, a group or a frame; of an item anchored in a text its story
     std::vector<UID> children;               // back to front
-    std::shared_ptr<const ItemShape> shape;  // null for nodes, groups and text columns
-    PMMatrix toParent;                       // inner coordinates to those of the parent (a node's are the spread's);
-                                             // an anchored item is then moved to where its text is set
-    std::shared_ptr<const ItemFlow> flow;    // null: all as usual
-    UID story = kInvalidUID;                 // of a text frame or a text column
-    std::int32_t column = 0;                 // of a text column: its index in the frame
-    UID spread = kInvalidUID;                // unknown (0) of what is anchored: it lies where its text does
+    std::shared_ptr<const ItemShape> shape;  // null for nodes, groups, text columns and pictures
+    std::shared_ptr<const PlacedGraphic> graphic;  // of a picture (`graphic`), which is the only child of its frame
+    PMMatrix toParent;                     // inner coordinates to those of the parent (a node's are the spread's);
+                                           // an anchored item is then moved to where its text is set
+    std::shared_ptr<const ItemFlow> flow;  // null: all as usual
+    UID story = kInvalidUID;               // of a text frame or a text column
+    std::int32_t column = 0;               // of a text column: its index in the frame
+    UID spread = kInvalidUID;              // unknown (0) of what is anchored: it lies where its text does
     bool locked = false;
     bool nonPrinting = false;
     std::string name;
     std::shared_ptr<const std::string> itemData[2];  // by store
-    UID overrides = kInvalidUID;  // the master's item in whose place it stands; only of items below a node
+    UID overrides = kInvalidUID;                     // the master's item in whose place it stands
 
     /// Two items with one stamp draw the same shape at the same place of their spread: copies keep it, a change of the
     /// item, of a group around it or of a member of it takes a new one. The text of a frame is stamped by its story.
