@@ -49,7 +49,8 @@ class NoComposer final : public Composer {
     };
 
  public:
-    std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story&, std::int32_t) override {
+    std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story&, std::int32_t,
+                                               const StoryPageTexts&) override {
         return layout;
     }
 

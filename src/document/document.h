@@ -141,6 +141,9 @@ class DocumentPages {
     /// Sections that start on pages, in page order.
     [[nodiscard]] virtual std::vector<sectionRec> sections() const = 0;
     [[nodiscard]] virtual errorWord createSection(const sectionRec& section) = 0;
+    /// Says that the document is a part of a longer output, with so many pages in front of its own and behind them.
+    /// Printed numbers count on from there where no section says otherwise. It isn't saved.
+    virtual void setPlaceInOutput(std::int32_t pagesInFront, std::int32_t pagesBehind) = 0;
 
  protected:
     ~DocumentPages() = default;
@@ -191,7 +194,7 @@ class PageItems {
 
     /// Index of a text column in its frame, 0 for the first; 0 for other items.
     [[nodiscard]] virtual std::int32_t columnIndex(UID column) const = 0;
-    /// Text on the path of a frame, if it carries one.
+    /// Text on the path of a frame, if it carries one: what `textOfFrame` knows the story of.
     [[nodiscard]] virtual UID textOnPath(UID item) const = 0;
 
     /// The typed-entry block of one store (0 `Kelvane`, 1 `Tallyra`) on an item, or with `kInvalidUID` on the document;

@@ -192,6 +192,7 @@ class FakeDocument final : public Document {
     void clearOverriddenMarks() override {}
     [[nodiscard]] std::vector<sectionRec> sections() const override { return {}; }
     [[nodiscard]] errorWord createSection(const sectionRec&) override { return 1; }
+    void setPlaceInOutput(std::int32_t, std::int32_t) override {}
 
     [[nodiscard]] ItemClass itemClass(UID item) const override { return items.at(item).itemClass; }
     [[nodiscard]] bool itemExists(UID item) const override { return items.contains(item); }

@@ -140,7 +140,8 @@ errorWord mergeToOutput(UIDRef documentTemplate, PageOutput& output, errorWord p
     composeTemplate(original);
     const std::int32_t slotsOfChunk = std::max(chunkPages / std::max(original.pageCount(), 1), 1);
     const WalkScope scope = scopeOfRun(run.slotTarget);
-    std::int32_t slotsLeft = run.slotTarget;
+    const std::int32_t slotsOfRun = run.slotTarget, pagesOfSlot = original.pageCount();
+    std::int32_t slotsLeft = slotsOfRun;
     int shownPercent = 0;
     const PMString title = PMString::ofKey("kZavoBuildingDocumentMessageStringKey");
     errorWord error = statusDialog(title, 0, appPrefs().showProgress != 0, false, 0);
@@ -148,6 +149,7 @@ errorWord mergeToOutput(UIDRef documentTemplate, PageOutput& output, errorWord p
         const std::unique_ptr<Document> chunk = original.documentCopy();
         error = chunk->BeginCommandSequence("", false);
         run.slotTarget = std::min(slotsLeft, slotsOfChunk);
+        chunk->setPlaceInOutput(pagesOfSlot * (slotsOfRun - slotsLeft), pagesOfSlot * (slotsLeft - run.slotTarget));
         if (error == 0) error = buildAndMerge(chunk->ref(), scope, false);
         if (error == 0 && run.cancelRun == 0) error = output.takePages(*chunk);
         if (error != 0) break;

@@ -268,7 +268,9 @@ const FormatMembers& paragraphMembers() {
 
 const FormatMembers& runMembers() {
     static const FormatMembers members =
-        joined({{"text", keep<FormatTarget, &FormatTarget::text>}}, {&returnMembers()});
+        joined({{"text", keep<FormatTarget, &FormatTarget::text>},
+                {"special", keep<FormatTarget, &FormatTarget::special>}},
+               {&returnMembers()});
     return members;
 }
 

@@ -47,6 +47,7 @@ struct FormatTarget {
     const JsonValue* basedOn = nullptr;
     const JsonValue* style = nullptr;
     const JsonValue* text = nullptr;
+    const JsonValue* special = nullptr;
     const JsonValue* returnFormat = nullptr;
     const JsonValue* tags[2] = {nullptr, nullptr};
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/files/path_text_members.h"
 #include "host/files/picture_members.h"
 #include "host/files/tag_members.h"
 #include "host/files/text_members.h"
@@ -27,6 +28,7 @@ struct ItemReader::ItemTarget {
     const JsonValue* flowsFrom = nullptr;
     const JsonValue* storyUid = nullptr;
     const JsonValue* columnUids = nullptr;
+    const JsonValue* pathText = nullptr;
     const JsonValue* group = nullptr;
     const JsonValue* overrides = nullptr;
     const JsonValue* picture = nullptr;
@@ -40,8 +42,8 @@ struct ItemReader::ItemTarget {
 namespace {
 
 /// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, and within
-/// it the notes of a link on a run in a text with threads. What was read can so be written, and that be read again.
-static_assert(4 + 2 * groupDepthLimit + 1 + 8 <= jsonDepthLimit);
+/// it the notes of a link on a run in a text with threads on its path. What was read can so be written, and that be read again.
+static_assert(4 + 2 * groupDepthLimit + 1 + 9 <= jsonDepthLimit);
 
 template <std::size_t store>
 void readBlock(DataBlocks& target, const JsonValue& value) {
@@ -142,6 +144,7 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
             {"flowsFrom", keep<T, &T::flowsFrom>},
             {"storyUid", keep<T, &T::storyUid>},
             {"columnUids", keep<T, &T::columnUids>},
+            {"pathText", keep<T, &T::pathText>},
             {"group", keep<T, &T::group>},
             {"overrides", keep<T, &T::overrides>},
             {"picture", keep<T, &T::picture>},
@@ -195,7 +198,7 @@ void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint
 }
 
 void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
-    const bool hasContent = target.hasText() || target.picture != nullptr;
+    const bool hasContent = target.hasText() || target.pathText != nullptr || target.picture != nullptr;
     if (target.look.firstMember != nullptr || target.shape != nullptr || target.bounds != nullptr || hasContent) {
         faultAt(target.value, "A group has no look, bounds, text or picture of its own; its members have.");
     }
@@ -286,6 +289,7 @@ void ItemReader::readFrame(ItemTarget& target, UID parent, bool inGroup) {
         faultAt(*target.picture, "A frame has either a picture or text.");
     }
     if (target.picture != nullptr) readPicture(*target.picture, uid);
+    if (target.pathText != nullptr) makePathStory(*target.pathText, uid, *shape);
     if (shape->content == ContentKind::text) {
         noteFrame(target, uid, shape->text.columns, name);
     } else if (target.storyUid != nullptr || target.columnUids != nullptr) {
@@ -333,6 +337,13 @@ void ItemReader::noteFrame(const ItemTarget& target, UID uid, std::int32_t colum
     frameByUid.emplace(uid, frames.size());
     if (!name.empty()) framesByName[name].push_back(frames.size());
     frames.push_back(std::move(frame));
+}
+
+void ItemReader::makePathStory(const JsonValue& value, UID frame, const ItemShape& shape) {
+    if (shape.path.empty()) faultAt(value, "A text on a path needs a frame that has a path.");
+    const PathTextTarget target = readPathText(value);
+    uids.countObjects(value, 1);
+    builder.addPathStory(frame, target.options, textOf(target.text, target.sharedText), uids.uidOf(target.storyUid));
 }
 
 void ItemReader::placeOverrides() {
@@ -409,12 +420,16 @@ void ItemReader::makeStory(std::size_t first) {
 }
 
 std::shared_ptr<StoryText> ItemReader::textOf(const Frame& frame) {
-    if (frame.shared != nullptr) {
-        if (texts.empty()) faultAt(*frame.shared, "The layout has no \"texts\" to take one of.");
-        return texts[static_cast<std::size_t>(
-            integerOf(*frame.shared, 0, static_cast<std::int64_t>(texts.size()) - 1))];
+    return textOf(frame.text, frame.shared);
+}
+
+/// The text that stands in the file or that it shares; an empty one when both are null.
+std::shared_ptr<StoryText> ItemReader::textOf(const JsonValue* own, const JsonValue* shared) {
+    if (shared != nullptr) {
+        if (texts.empty()) faultAt(*shared, "The layout has no \"texts\" to take one of.");
+        return texts[static_cast<std::size_t>(integerOf(*shared, 0, static_cast<std::int64_t>(texts.size()) - 1))];
     }
-    if (frame.text != nullptr) return TextReader(builder, names).read(*frame.text);
+    if (own != nullptr) return TextReader(builder, names).read(*own);
     AttributePool& pool = builder.attributePool();
     return emptyStoryText(pool.paragraph({}), pool.plainRun());
 }

@@ -77,7 +77,9 @@ class ItemReader {
     [[nodiscard]] UID overriddenBy(const JsonValue& value) const;
     [[nodiscard]] std::size_t frameInFrontOf(const Frame& frame) const;
     void makeStory(std::size_t first);
+    void makePathStory(const JsonValue& value, UID frame, const ItemShape& shape);
     [[nodiscard]] std::shared_ptr<StoryText> textOf(const Frame& frame);
+    [[nodiscard]] std::shared_ptr<StoryText> textOf(const JsonValue* own, const JsonValue* shared);
 
     DocumentBuilder& builder;
     UidReader& uids;

@@ -4,6 +4,7 @@
 
 #include "host/files/base64.h"
 #include "host/files/layout_reader.h"
+#include "host/files/path_text_members.h"
 #include "host/files/picture_members.h"
 #include "host/files/shape_members.h"
 #include "host/files/tag_members.h"
@@ -66,6 +67,7 @@ void LayoutWriter::countShared(UID uid) {
         const Story& story = *document.story(item.story);
         if (story.frames.front() == uid) texts.count(story.content.get());
     }
+    if (item.pathStory != kInvalidUID) texts.count(document.story(item.pathStory)->content.get());
     for (UID child : item.children)
         countShared(child);
 }
@@ -289,6 +291,26 @@ void LayoutWriter::writeFrame(const PageItem& item) {
     }
     if (hasStory) writeStory(item);
     if (hasPicture) writePicture(*document.item(item.children.front()));
+    if (item.pathStory != kInvalidUID) writePathText(*document.story(item.pathStory));
+}
+
+void LayoutWriter::writePathText(const Story& story) {
+    out.key("pathText");
+    out.beginObject();
+    out.member("storyUid", story.uid);
+    writePathTextOptions(out, *story.onPath);
+    writeContent(*story.content);
+    out.end();
+}
+
+/// The text of a story, or where several stories have it in common.
+void LayoutWriter::writeContent(const StoryText& content) {
+    if (texts.has(&content)) {
+        out.member("sharedText", static_cast<std::int64_t>(texts.index.at(&content)));
+        return;
+    }
+    out.key("text");
+    writeText(out, content, document);
 }
 
 void LayoutWriter::writePicture(const PageItem& picture) {
@@ -322,13 +344,7 @@ void LayoutWriter::writeStory(const PageItem& frame) {
     for (UID child : frame.children)
         out.integer(child);
     out.end();
-    if (place != story.frames.begin()) return;
-    if (texts.has(story.content.get())) {
-        out.member("sharedText", static_cast<std::int64_t>(texts.index.at(story.content.get())));
-        return;
-    }
-    out.key("text");
-    writeText(out, *story.content, document);
+    if (place == story.frames.begin()) writeContent(*story.content);
 }
 
 void LayoutWriter::writeSections() {

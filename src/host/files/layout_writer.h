@@ -50,6 +50,8 @@ class LayoutWriter {
     void writeFlags(const PageItem& item);
     void writePlace(const PMMatrix& place);
     void writeStory(const PageItem& frame);
+    void writePathText(const Story& story);
+    void writeContent(const StoryText& content);
     void writeData(const std::string* kelvane, const std::string* tallyra);
     void writeItemData(const PageItem& item);
 

@@ -1,6 +1,7 @@
 #include "host/files/text_members.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "engine/toolkit/text_encoding.h"
@@ -9,6 +10,10 @@
 namespace tarnova {
 
 namespace {
+
+constexpr const char* specialWords[] = {"pageNumber",    "nextPageNumber", "previousPageNumber",
+                                        "sectionMarker", "pageCount",      "sectionPageCount"};
+static_assert(std::size(specialWords) == pageCharacterCount);
 
 constexpr TextAttributeClass stores[2] = {TextAttributeClass::kelvaneTag, TextAttributeClass::tallyraTag};
 
@@ -90,8 +95,14 @@ void TextReader::readRun(const JsonValue& value, Paragraph& paragraph) {
     }
     FormatTarget target(names);
     readFormat(value, "a run", runMembers(), target);
-    if (target.text == nullptr) faultAt(value, "A run needs \"text\".");
-    appendInline(*target.text, describe(target), paragraph);
+    if ((target.text == nullptr) == (target.special == nullptr)) {
+        faultAt(value, "A run needs either \"text\" or \"special\".");
+    }
+    if (target.text != nullptr) {
+        appendInline(*target.text, describe(target), paragraph);
+    } else {
+        appendSpecial(*target.special, describe(target), paragraph);
+    }
 }
 
 RunDescription TextReader::describe(const FormatTarget& target) {
@@ -125,6 +136,12 @@ void TextReader::appendInline(const JsonValue& value, const RunDescription& run,
         linked.tags[0] = tagOf(piece.tag);
         appendPiece(piece.text, pool.run(linked), paragraph);
     }
+}
+
+void TextReader::appendSpecial(const JsonValue& value, const RunDescription& run, Paragraph& paragraph) {
+    const char32_t character = characterOf(wordAs<PageCharacter>(value, specialWords));
+    paragraph.last = withoutTags(run);
+    text.append(std::u32string_view(&character, 1), builder.attributePool().run(run));
 }
 
 /// Text in which a return ends the paragraph and begins another with the same format.
@@ -179,6 +196,7 @@ class TextWriter {
         std::int32_t start;
         std::int32_t length;
         const RunAttributes* attributes;
+        bool isSpecial;  // a single character that is written as a word
     };
 
     /// One plain paragraph stands as its text alone.
@@ -200,10 +218,20 @@ class TextWriter {
         while (from < limit) {
             const RunCursor at = runAt(text, from);
             const std::int32_t runLimit = std::min(limit, at.start + text.runs[at.index].length);
-            runs.push_back({from, runLimit - from, text.runs[at.index].attributes});
-            from = runLimit;
+            const std::int32_t special = specialFrom(from, runLimit);
+            const bool isSpecial = special == from;
+            const std::int32_t length = isSpecial ? 1 : special - from;
+            runs.push_back({from, length, text.runs[at.index].attributes, isSpecial});
+            from += length;
         }
         return runs;
+    }
+
+    /// Position of the next character that is written as a word, or the limit.
+    [[nodiscard]] std::int32_t specialFrom(std::int32_t from, std::int32_t limit) const {
+        if (text.pageCharacters == 0) return limit;
+        const auto begin = text.text.begin();
+        return static_cast<std::int32_t>(std::find_if(begin + from, begin + limit, isPageCharacter) - begin);
     }
 
     [[nodiscard]] const RunAttributes* attributesAt(std::int32_t position) const {
@@ -214,7 +242,8 @@ class TextWriter {
         const RunCursor at = runAt(text, start);
         return paragraph.attributes == document.attributePool().paragraph({}) &&
                text.runs[at.index].attributes == plain &&
-               at.start + text.runs[at.index].length >= start + paragraph.length;
+               at.start + text.runs[at.index].length >= start + paragraph.length &&
+               specialFrom(start, start + paragraph.length) == start + paragraph.length;
     }
 
     void writeParagraph() {
@@ -249,7 +278,7 @@ class TextWriter {
     void writeRuns(const std::vector<Run>& runs) {
         if (runs.empty()) return;
         out.key("text");
-        if (runs.size() == 1 && runs[0].attributes == plain) {
+        if (runs.size() == 1 && runs[0].attributes == plain && !runs[0].isSpecial) {
             writeCharacters(runs[0].start, runs[0].length);
             return;
         }
@@ -260,13 +289,18 @@ class TextWriter {
     }
 
     void writeRun(const Run& run) {
-        if (run.attributes == plain) {
+        if (run.attributes == plain && !run.isSpecial) {
             writeCharacters(run.start, run.length);
             return;
         }
         out.beginObject();
-        out.key("text");
-        writeCharacters(run.start, run.length);
+        if (run.isSpecial) {
+            const char32_t character = text.text[static_cast<std::size_t>(run.start)];
+            out.member("special", specialWords[character - firstPageCharacter]);
+        } else {
+            out.key("text");
+            writeCharacters(run.start, run.length);
+        }
         writeAttributes(*run.attributes);
         out.end();
     }

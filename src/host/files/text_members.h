@@ -31,6 +31,7 @@ class TextReader {
     void readParagraph(const JsonValue& value);
     void readRun(const JsonValue& value, Paragraph& paragraph);
     void appendInline(const JsonValue& text, const RunDescription& run, Paragraph& paragraph);
+    void appendSpecial(const JsonValue& word, const RunDescription& run, Paragraph& paragraph);
     void appendPiece(const std::string& utf8, const RunAttributes* run, const Paragraph& paragraph);
     void endParagraph(const Paragraph& paragraph, const RunDescription& run);
     [[nodiscard]] RunDescription describe(const FormatTarget& target);

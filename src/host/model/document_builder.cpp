@@ -192,6 +192,18 @@ UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<St
     return storyUid;
 }
 
+UID DocumentBuilder::addPathStory(UID frame, const PathTextOptions& options, std::shared_ptr<StoryText> content,
+                                  UID uid) {
+    Story story;
+    story.frames = {frame};
+    story.content = std::move(content);
+    story.onPath = std::make_shared<const PathTextOptions>(options);
+    story.stamp = newStamp();
+    const UID made = document->create(std::move(story), uid == kInvalidUID ? document->takeUid() : uid)->uid;
+    document->table.find<PageItem>(frame)->pathStory = made;
+    return made;
+}
+
 std::uint64_t DocumentBuilder::stampOf(UID uid) const {
     const PageItem* item = document->item(uid);
     return item != nullptr ? item->stamp : document->story(uid)->stamp;

@@ -73,6 +73,9 @@ class DocumentBuilder {
     /// A `stamp` other than 0 is that of a story with the same content in frames of the same shapes.
     UID addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid = kInvalidUID,
                  const std::vector<UID>& columns = {}, std::uint64_t stamp = 0);
+    /// Puts a story on the path of a frame, which has none there yet.
+    UID addPathStory(UID frame, const PathTextOptions& options, std::shared_ptr<StoryText> content,
+                     UID uid = kInvalidUID);
     [[nodiscard]] std::uint64_t stampOf(UID itemOrStory) const;
 
     /// A section on a page of a spread; takes its place when the document is finished.

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -99,8 +100,17 @@ class DocumentModel : public Document {
                                                         const RunAttributes& run) const = 0;
     [[nodiscard]] virtual const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const = 0;
 
-    /// The composition of a story at least through the position, from the cache or made now.
+    /// The composition of a story at least through the position, from the cache or made now. Valid until the document
+    /// changes. Page characters show what holds where the story's frames lie.
     [[nodiscard]] virtual const StoryLayout* layoutOf(UID story, std::int32_t through) const = 0;
+    /// The whole composition of a master's story with page characters as a page of the document shows it, made anew
+    /// for each call.
+    [[nodiscard]] virtual std::shared_ptr<const StoryLayout> layoutOnPage(UID story, UID page) const = 0;
+
+    /// Puts an empty story on the path of a frame, or changes how the one that is there lies; `nullopt` takes it away.
+    /// `errFailed`: the item isn't a frame with a path, or a length isn't one that a layout file takes.
+    [[nodiscard]] virtual errorWord setPathText(UID frame, const std::optional<PathTextOptions>& options) = 0;
+
     /// Undoes the last step and gives its name; nothing when there is none or a sequence is open. As many steps can be
     /// undone one after the other as `undoStepCapacity` says.
     virtual std::optional<std::string> undo() = 0;

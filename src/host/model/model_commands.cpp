@@ -76,13 +76,13 @@ void ModelDocument::keep(UID uid) {
 }
 
 void ModelDocument::keepLists() {
-    changed = true;
+    noteChange();
     if (recording && !openStep.lists) openStep.lists = lists;
 }
 
 void ModelDocument::destroy(UID uid) {
     keep(uid);
-    changed = true;
+    noteChange();
     table.take(uid);
 }
 
@@ -104,7 +104,7 @@ void ModelDocument::exchange(UndoStep& step) {
         if (const Spread* changedSpread = spread(uid)) forgetPlaces(*changedSpread);
     }
     renumberPages();
-    changed = true;
+    noteChange();
 }
 
 ModelDocument::ObjectState ModelDocument::takeState(UID uid) {

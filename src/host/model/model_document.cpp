@@ -49,6 +49,9 @@ std::unique_ptr<Document> ModelDocument::documentCopy() const {
     copy->folder = folder;
     copy->fileName = fileName;
     copy->changed = true;
+    copy->revision = revision;
+    copy->pagesInFront = pagesInFront;
+    copy->pagesBehind = pagesBehind;
     return copy;
 }
 

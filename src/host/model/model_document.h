@@ -67,6 +67,7 @@ class ModelDocument final : public DocumentModel {
     void clearOverriddenMarks() override;
     std::vector<sectionRec> sections() const override;
     errorWord createSection(const sectionRec& section) override;
+    void setPlaceInOutput(std::int32_t inFront, std::int32_t behind) override;
 
     // PageItems
     ItemClass itemClass(UID item) const override;
@@ -191,6 +192,8 @@ class ModelDocument final : public DocumentModel {
     const CharFormat* resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const override;
     const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const override;
     const StoryLayout* layoutOf(UID story, std::int32_t through) const override;
+    std::shared_ptr<const StoryLayout> layoutOnPage(UID story, UID page) const override;
+    errorWord setPathText(UID frame, const std::optional<PathTextOptions>& options) override;
     std::optional<std::string> undo() override;
     std::optional<std::string> redo() override;
     void setComposer(std::shared_ptr<Composer> newComposer) override { composer = std::move(newComposer); }
@@ -240,6 +243,10 @@ class ModelDocument final : public DocumentModel {
     [[nodiscard]] static ObjectState stateOf(const ObjectSlot& slot);
     void keep(UID uid);
     void keepLists();
+    void noteChange() {
+        changed = true;
+        ++revision;
+    }
     template <typename Object>
     Object* changeable(UID uid);
     template <typename Object>
@@ -263,6 +270,10 @@ class ModelDocument final : public DocumentModel {
     [[nodiscard]] bool lastSpreadWantsRightPage() const;
     [[nodiscard]] UID masterPageFor(const Spread& master, const Page& served) const;
     [[nodiscard]] std::vector<UID> pagesOnSide(const Spread& from, bool left) const;
+    [[nodiscard]] std::optional<std::size_t> sectionAt(std::int32_t pageIndex) const;
+    [[nodiscard]] PageTexts pageTextsOn(UID page) const;
+    [[nodiscard]] StoryPageTexts pageTextsOf(const Story& story) const;
+    [[nodiscard]] bool showsItsPages(const Story& story) const;
     void removeWholeSpread(UID spread);
     void removePageOfSpread(UID page);
 
@@ -341,6 +352,9 @@ class ModelDocument final : public DocumentModel {
     std::string fileName;
     bool changed = false;
     pdfPlacePrefsRec pdfPreferences;
+    std::uint64_t revision = 1;  // goes up with every change
+    std::int32_t pagesInFront = 0;  // of the output that the document is a part of
+    std::int32_t pagesBehind = 0;
 
     /// Found when first asked for; a copied or added page changes nothing about it.
     mutable std::optional<std::unordered_set<UID>> mastersInUse;
@@ -356,14 +370,14 @@ class ModelDocument final : public DocumentModel {
 template <typename Object>
 Object* ModelDocument::changeable(UID uid) {
     keep(uid);
-    changed = true;
+    noteChange();
     return table.find<Object>(uid);
 }
 
 template <typename Object>
 Object* ModelDocument::create(Object object, UID uid) {
     keep(uid);
-    changed = true;
+    noteChange();
     object.uid = uid;
     return table.put(uid, std::make_unique<Object>(std::move(object)));
 }

@@ -186,10 +186,6 @@ std::int32_t ModelDocument::columnIndex(UID uid) const {
     return found != nullptr && found->itemClass == ItemClass::textColumnItem ? found->column : 0;
 }
 
-UID ModelDocument::textOnPath(UID) const {
-    return kInvalidUID;
-}
-
 const std::string* ModelDocument::itemDataBlock(UID uid, int store) const {
     if (store < 0 || store > 1) return nullptr;
     if (uid == kInvalidUID || uid == ownUid) return lists.itemData[store].get();
@@ -219,9 +215,12 @@ void ModelDocument::collectItems(UID uid, std::vector<UID>& out) const {
     out.push_back(uid);
     for (UID child : found->children)
         collectItems(child, out);
-    if (!isTextFrameItem(*found) || story(found->story)->frames.front() != uid) return;
-    for (const ownedItemRec& owned : story(found->story)->content->owned)
-        collectItems(owned.item, out);
+    for (UID text : {found->story, found->pathStory}) {
+        const Story* held = found->itemClass == ItemClass::splineItem ? story(text) : nullptr;
+        if (held == nullptr || held->frames.front() != uid) continue;
+        for (const ownedItemRec& owned : held->content->owned)
+            collectItems(owned.item, out);
+    }
 }
 
 void ModelDocument::destroyTree(UID uid) {
@@ -230,6 +229,7 @@ void ModelDocument::destroyTree(UID uid) {
     for (UID child : found->children)
         destroyTree(child);
     if (isTextFrameItem(*found)) detachFrame(found->story, uid);
+    if (found->pathStory != kInvalidUID) detachFrame(found->pathStory, uid);
     destroy(uid);
 }
 

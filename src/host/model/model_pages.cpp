@@ -126,14 +126,20 @@ std::string ModelDocument::pageName(UID uid) const {
     const Page* found = page(uid);
     if (found == nullptr) return {};
     if (found->index < 0) return masterName(found->spread);
-    const auto behind =
-        std::upper_bound(lists.sections.begin(), lists.sections.end(), found->index,
-                         [this](std::int32_t index, const sectionRec& s) { return index < pageIndex(s.startPage); });
-    if (behind == lists.sections.begin()) return pageNumberText(found->index + 1, 0);
-    const sectionRec& section = *(behind - 1);
-    const auto which = static_cast<std::size_t>(behind - 1 - lists.sections.begin());
-    const std::int32_t number = sectionFirstNumber(which) + found->index - pageIndex(section.startPage);
+    const std::optional<std::size_t> which = sectionAt(found->index);
+    if (!which) return pageNumberText(pagesInFront + found->index + 1, 0);
+    const sectionRec& section = lists.sections[*which];
+    const std::int32_t number = sectionFirstNumber(*which) + found->index - pageIndex(section.startPage);
     return (section.includePrefix ? section.prefix : std::string()) + pageNumberText(number, section.numberingStyle);
+}
+
+/// The section that a page of the document lies in.
+std::optional<std::size_t> ModelDocument::sectionAt(std::int32_t index) const {
+    const auto behind =
+        std::upper_bound(lists.sections.begin(), lists.sections.end(), index,
+                         [this](std::int32_t i, const sectionRec& s) { return i < pageIndex(s.startPage); });
+    if (behind == lists.sections.begin()) return std::nullopt;
+    return static_cast<std::size_t>(behind - 1 - lists.sections.begin());
 }
 
 std::int32_t ModelDocument::sectionFirstNumber(std::size_t index) const {
@@ -144,12 +150,19 @@ std::int32_t ModelDocument::sectionFirstNumber(std::size_t index) const {
         if (!section.continues) {
             sectionNumbers.push_back(section.startNumber);
         } else if (next == 0) {
-            sectionNumbers.push_back(start + 1);
+            sectionNumbers.push_back(pagesInFront + start + 1);
         } else {
             sectionNumbers.push_back(sectionNumbers[next - 1] + start - pageIndex(lists.sections[next - 1].startPage));
         }
     }
     return sectionNumbers[index];
+}
+
+void ModelDocument::setPlaceInOutput(std::int32_t inFront, std::int32_t behind) {
+    pagesInFront = inFront;
+    pagesBehind = behind;
+    sectionNumbers.clear();
+    ++revision;
 }
 
 UID ModelDocument::spreadOfPage(UID uid) const {

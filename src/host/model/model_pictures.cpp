@@ -134,6 +134,7 @@ errorWord ModelDocument::fitOperation6(UID uid) {
     shape->bounds = bounds;
     shape->path = pathOf(shape->kind, shape->bounds);
     changeable<PageItem>(frame->uid)->shape = std::move(shape);
+    if (frame->pathStory != kInvalidUID) restampText(frame->pathStory);
     restampAround(frame->uid);
     return 0;
 }

@@ -19,8 +19,9 @@ std::vector<UID> ModelDocument::stories() const {
 }
 
 UID ModelDocument::textOfFrame(UID uid) const {
-    const PageItem* found = item(uid);
-    return found == nullptr ? kInvalidUID : found->story;
+    if (const PageItem* found = item(uid)) return found->story;
+    const Story* onPath = story(uid);
+    return onPath == nullptr || onPath->onPath == nullptr ? kInvalidUID : uid;
 }
 
 std::vector<UID> ModelDocument::framesOfStory(UID uid) const {
@@ -212,9 +213,11 @@ const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const 
     const Story* found = story(uid);
     if (found == nullptr) return nullptr;
     const std::int32_t needed = std::min(through, found->length() - 1);
-    if (found->layout != nullptr && found->layout->composedThrough() > needed) return found->layout.get();
+    const bool isComposed = found->layout != nullptr && found->layout->composedThrough() > needed;
+    if (isComposed && (found->content->pageCharacters == 0 || showsItsPages(*found))) return found->layout.get();
     if (composer == nullptr) return nullptr;
-    found->layout = composer->compose(*this, *found, needed);
+    found->layout = composer->compose(*this, *found, needed, pageTextsOf(*found));
+    found->pageTextsRevision = revision;
     return found->layout.get();
 }
 

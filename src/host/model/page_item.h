@@ -125,6 +125,7 @@ struct PageItem {
                                            // an anchored item is then moved to where its text is set
     std::shared_ptr<const ItemFlow> flow;  // null: all as usual
     UID story = kInvalidUID;               // of a text frame or a text column
+    UID pathStory = kInvalidUID;           // on the path of a frame
     std::int32_t column = 0;               // of a text column: its index in the frame
     UID spread = kInvalidUID;              // unknown (0) of what is anchored: it lies where its text does
     bool locked = false;

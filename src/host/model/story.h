@@ -10,6 +10,7 @@
 
 #include "document/document.h"
 #include "host/model/format.h"
+#include "host/model/page_characters.h"
 
 namespace tarnova {
 
@@ -67,6 +68,7 @@ struct StoryText {
     std::vector<ParagraphRun> paragraphs;  // likewise, one for each paragraph
     std::vector<StoryThread> threads;      // likewise
     std::vector<ownedItemRec> owned;       // anchored items by position (anchor character U+FFFC)
+    std::int32_t pageCharacters = 0;       // how many of the text are some (page_characters.h)
 
     mutable RunCursor runCursor;
     mutable RunCursor paragraphCursor;
@@ -92,15 +94,33 @@ class StoryLayout {
     [[nodiscard]] virtual bool isOverset() const = 0;
     /// Where the anchor at a position stands; nothing when it is overset.
     [[nodiscard]] virtual std::optional<AnchorPoint> anchorAt(std::int32_t position) const = 0;
+
+    /// What the story's page characters show here. A layout with other texts than hold now is stale.
+    StoryPageTexts pageTexts;
 };
 
 /// Turns a story into lines. `host/text` implements it and gives it to the model.
 class Composer {
  public:
     virtual ~Composer() = default;
-    /// Composes the story in its frames, at least through the position (it may go further).
+    /// Composes the story in its frames, at least through the position (it may go further). `pageTexts` has what the
+    /// story's page characters show in each frame, and is empty when it has none.
     [[nodiscard]] virtual std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
-                                                                     std::int32_t through) = 0;
+                                                                     std::int32_t through,
+                                                                     const StoryPageTexts& pageTexts) = 0;
+};
+
+/// How a story lies on the path of its frame. Lengths are points along the path, or across it.
+struct PathTextOptions {
+    double start = 0;   // of the path's length, left free in front
+    double end = 0;     // and behind
+    double offset = 0;  // away from the path, to where the text's upper side is
+    /// The height of the text that lies on the path.
+    enum class Align : std::uint8_t { baseline, ascender, descender, center } align = Align::baseline;
+    /// Glyphs turn with the path, or all stand upright.
+    enum class Effect : std::uint8_t { follow, upright } effect = Effect::follow;
+    bool flip = false;  // the text runs from the path's end to its start, on its other side
+    friend bool operator==(const PathTextOptions&, const PathTextOptions&) = default;
 };
 
 class Story {
@@ -108,12 +128,16 @@ class Story {
     UID uid = kInvalidUID;
     std::vector<UID> frames;  // text frames of the main thread, in thread order
     std::shared_ptr<StoryText> content;
+    /// How it lies on the path of its only frame; null: it flows inside of its frames.
+    std::shared_ptr<const PathTextOptions> onPath;
 
     /// Two stories with one stamp hold the same text in frames of the same shape: copies keep it, a change takes a new
-    /// one. So it names the composed lines too.
+    /// one. So it names the composed lines too, but for what page characters show.
     std::uint64_t stamp = 0;
     /// The cached composition of this stamp, or null. Copies share it.
     mutable std::shared_ptr<const StoryLayout> layout;
+    /// The document's revision for which the texts of page characters in `layout` were found to hold.
+    mutable std::uint64_t pageTextsRevision = 0;
 
     [[nodiscard]] std::int32_t length() const { return static_cast<std::int32_t>(content->text.size()); }
 };

@@ -65,6 +65,10 @@ bool anchorsStandInOrder(const StoryText& story) {
     return true;
 }
 
+std::int32_t countPageCharacters(std::u32string_view characters) {
+    return static_cast<std::int32_t>(std::count_if(characters.begin(), characters.end(), isPageCharacter));
+}
+
 /// Takes `count` characters from the runs at `start` and adds `added` to the run at the index `into`, which is the run
 /// of the first replaced character, or of the insertion.
 void replaceInRuns(StoryText& story, std::int32_t start, std::int32_t count, std::int32_t added, RunCursor into) {
@@ -165,6 +169,7 @@ std::shared_ptr<StoryText> emptyStoryText(const ParagraphAttributes* paragraph, 
 void StoryTextBuilder::append(std::u32string_view characters, const RunAttributes* run) {
     if (characters.empty()) return;
     story->text += characters;
+    story->pageCharacters += countPageCharacters(characters);
     const auto length = static_cast<std::int32_t>(characters.size());
     if (story->runs.empty() || story->runs.back().attributes != run) {
         story->runs.push_back({length, run});
@@ -188,7 +193,8 @@ bool storyIsConsistent(const StoryText& story) {
     const std::size_t length = story.text.size();
     return length > 0 && addsUp(story.runs, length) && addsUp(story.paragraphs, length) &&
            addsUp(story.threads, length) && runsAreCanonical(story) && paragraphsMatchReturns(story) &&
-           threadsEndInReturns(story) && anchorsStandInOrder(story);
+           threadsEndInReturns(story) && anchorsStandInOrder(story) &&
+           story.pageCharacters == countPageCharacters(story.text);
 }
 
 RunCursor runAt(const StoryText& story, std::int32_t position) {
@@ -240,6 +246,8 @@ void replaceCharacters(StoryText& story, std::int32_t start, std::int32_t count,
     paragraphs.apply(story, characters);
     replaceInThreads(story, start, added - count);
     if (!story.owned.empty()) replaceInOwned(story, start, count, added - count);
+    const std::u32string_view replaced(story.text.data() + start, static_cast<std::size_t>(count));
+    story.pageCharacters += countPageCharacters(characters) - countPageCharacters(replaced);
     story.text.replace(static_cast<std::size_t>(start), static_cast<std::size_t>(count), characters);
 }
 

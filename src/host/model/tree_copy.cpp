@@ -21,6 +21,11 @@ UID TreeCopy::copy(const PageItem& original, UID parent, UID spread) {
             }
         }
     }
+    if (original.pathStory != kInvalidUID) {
+        Story* story = storyFor(original.pathStory);
+        made->pathStory = story->uid;
+        story->frames.push_back(made->uid);
+    }
     for (UID& child : made->children)
         child = copy(*document.item(child), made->uid, spread);
     return made->uid;
@@ -41,6 +46,7 @@ Story* TreeCopy::storyFor(UID original) {
     const Story* from = document.story(original);
     Story copy;
     copy.content = from->content;
+    copy.onPath = from->onPath;
     copy.stamp = from->stamp;
     copy.layout = from->layout;
     stories.push_back({from, document.create(std::move(copy), document.takeUid())});

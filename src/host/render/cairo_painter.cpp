@@ -142,6 +142,20 @@ void CairoPainter::paintText(const DisplayItem& item) {
 
 void CairoPainter::paintRun(const ComposedStory& text, const GlyphRun& run) {
     if (run.glyphCount == 0 || !(run.size > 0) || !(run.horizontalScale > 0) || !setPaint(run.format->color)) return;
+    if (isTurned(run)) {
+        const PMMatrix m = turnOf(run);
+        const cairo_matrix_t matrix = {m.a, m.b, m.c, m.d, m.tx, m.ty};
+        cairo_save(cairo);
+        cairo_transform(cairo, &matrix);
+        fillRun(text, run);
+        cairo_restore(cairo);
+    } else {
+        fillRun(text, run);
+    }
+}
+
+/// Fills a run from its origin to the right.
+void CairoPainter::fillRun(const ComposedStory& text, const GlyphRun& run) {
     const double emY = static_cast<double>(run.size) / 1000;
     const double emX = emY * static_cast<double>(run.horizontalScale);
     double x = static_cast<double>(run.x);

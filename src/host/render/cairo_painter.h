@@ -21,6 +21,7 @@ class CairoPainter {
     void paintShape(const DisplayItem& item);
     void paintText(const DisplayItem& item);
     void paintRun(const ComposedStory& text, const GlyphRun& run);
+    void fillRun(const ComposedStory& text, const GlyphRun& run);
     void tracePath(const SubPath& path);
     void setStroke(const Stroke& stroke);
     /// False when the paint is "None".

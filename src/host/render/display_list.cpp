@@ -9,14 +9,22 @@ namespace {
 /// Fills one list; the page's document and the list are the same for every item of it.
 class ListBuilder {
  public:
-    ListBuilder(const DocumentModel& source, UID itsPage, DisplayList& target)
+    ListBuilder(const DocumentModel& source, const Page& itsPage, DisplayList& target)
         : document(source), page(itsPage), list(target), templateStamp(source.templateStamp()) {}
 
+    [[nodiscard]] bool addTop(const PageItem& item) {
+        fromMaster = item.spread != page.spread;
+        const PMPoint origin =
+            fromMaster ? document.pageOrigin(page.uid, item) : PMPoint{page.bounds.left, page.bounds.top};
+        return add(item, {1, 0, 0, 1, -origin.x, -origin.y});
+    }
+
+ private:
     [[nodiscard]] bool add(const PageItem& item, const PMMatrix& parentToPage) {
         const PMMatrix toPage = item.toParent.then(parentToPage);
         if (item.shape != nullptr) addShape(item, toPage);
-        if (item.story != kInvalidUID && item.itemClass != ItemClass::textColumnItem && !addText(item, toPage)) {
-            return false;
+        for (const UID story : {item.pathStory, item.story}) {
+            if (story != kInvalidUID && !addText(item, story, toPage)) return false;
         }
         for (const UID childUid : item.children) {
             const PageItem* child = document.item(childUid);
@@ -26,7 +34,6 @@ class ListBuilder {
         return true;
     }
 
- private:
     void addShape(const PageItem& item, const PMMatrix& toPage) {
         const ItemShape& shape = *item.shape;
         const bool filled = paints(shape.fill);
@@ -43,18 +50,25 @@ class ListBuilder {
         return resolvePaint(paint, *list.swatches).space != Swatch::Space::none;
     }
 
-    [[nodiscard]] bool addText(const PageItem& item, const PMMatrix& toPage) {
-        const Story* story = document.story(item.story);
+    [[nodiscard]] bool addText(const PageItem& item, UID storyUid, const PMMatrix& toPage) {
+        const Story* story = document.story(storyUid);
         if (story == nullptr || story->content == nullptr) return true;
-        const auto* text = dynamic_cast<const ComposedStory*>(document.layoutOf(item.story, story->length()));
+        const auto* text = dynamic_cast<const ComposedStory*>(layoutFor(*story));
         if (text == nullptr || !text->fault.empty()) return false;
         const auto frame = std::find(story->frames.begin(), story->frames.end(), item.uid);
         if (frame == story->frames.end()) return true;
         if (text->isOverset() && item.uid == story->frames.back()) {
-            list.overset.push_back({item.story, item.uid, page});
+            list.overset.push_back({storyUid, item.uid, page.uid});
         }
         addColumns(item, *story, *text, static_cast<std::int32_t>(frame - story->frames.begin()), toPage);
         return true;
+    }
+
+    /// Text of a master with page characters is composed for each page that shows it.
+    [[nodiscard]] const StoryLayout* layoutFor(const Story& story) {
+        const bool isShared = fromMaster && story.content->pageCharacters > 0;
+        if (!isShared) return document.layoutOf(story.uid, story.length());
+        return list.ownTexts.emplace_back(document.layoutOnPage(story.uid, page.uid)).get();
     }
 
     void addColumns(const PageItem& item, const Story& story, const ComposedStory& text, std::int32_t frameIndex,
@@ -74,13 +88,15 @@ class ListBuilder {
         entry.columnCount = static_cast<std::uint32_t>(limit - first);
         entry.itemStamp = item.stamp;
         entry.storyStamp = story.stamp;
-        entry.repeats = item.stamp < templateStamp && story.stamp < templateStamp;
+        const bool isUnchanged = item.stamp < templateStamp && story.stamp < templateStamp;
+        entry.repeats = isUnchanged && story.content->pageCharacters == 0;
     }
 
     const DocumentModel& document;
-    UID page;
+    const Page& page;
     DisplayList& list;
     std::uint64_t templateStamp;
+    bool fromMaster = false;  // the item in work is a master's
 };
 
 }  // namespace
@@ -88,6 +104,7 @@ class ListBuilder {
 bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& list) {
     list.items.clear();
     list.overset.clear();
+    list.ownTexts.clear();
     list.swatches = &document.swatches();
     const Page* page = document.page(pageUid);
     if (page == nullptr) return false;
@@ -96,13 +113,8 @@ bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& l
     static thread_local std::vector<const PageItem*> topItems;
     topItems.clear();
     document.drawnItems(pageUid, topItems);
-    ListBuilder builder(document, pageUid, list);
-    return std::all_of(topItems.begin(), topItems.end(), [&](const PageItem* item) {
-        const bool fromMaster = item->spread != page->spread;
-        const PMPoint origin =
-            fromMaster ? document.pageOrigin(pageUid, *item) : PMPoint{page->bounds.left, page->bounds.top};
-        return builder.add(*item, {1, 0, 0, 1, -origin.x, -origin.y});
-    });
+    ListBuilder builder(document, *page, list);
+    return std::all_of(topItems.begin(), topItems.end(), [&](const PageItem* item) { return builder.addTop(*item); });
 }
 
 const char* whyNoDisplayList(const DocumentModel& document, UID page) {

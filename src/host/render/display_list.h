@@ -1,11 +1,13 @@
 // A page as a list of things to paint, back to front: what all outputs read.
 //
-// Groups are flattened. A text frame gives up to two entries: its shape (when it has a fill or a stroke) and its text.
+// Groups are flattened. A frame gives up to three entries: its shape (when it has a fill or a stroke), the text on its
+// path and the text in it.
 // The list borrows from the document: it is valid until the document changes.
 
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "document/geometry.h"
@@ -24,7 +26,7 @@ struct DisplayItem {
     std::uint32_t columnCount = 0;
     std::uint64_t itemStamp = 0;
     std::uint64_t storyStamp = 0;  // of text
-    bool repeats = false;          // unchanged since the template was marked
+    bool repeats = false;          // unchanged since the template was marked, and the same on every page
 };
 
 /// A story with more text than its frames hold. It is told on the page of its last frame, so once in a
@@ -40,6 +42,7 @@ struct DisplayList {
     const std::vector<Swatch>* swatches = nullptr;
     std::vector<DisplayItem> items;
     std::vector<OversetText> overset;
+    std::vector<std::shared_ptr<const StoryLayout>> ownTexts;  // composed for this page alone
 };
 
 /// Fills `list`, whose buffers are used again, with what the page shows. Items that paint nothing are left out. False:

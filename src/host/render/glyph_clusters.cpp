@@ -55,6 +55,7 @@ char32_t ClusterReader::single(const GlyphRun& run, std::uint32_t index) const {
     const bool backward =
         index > 0 && glyph[-1].position == position + 1 && (!hasNext || glyph[1].position != position);
     if ((!forward && !backward) || position >= story->text.size()) return 0;
+    if (isPageCharacter(story->text[position])) return 0;
     return searchedCharacter(story->text[position], *run.format);
 }
 
@@ -68,9 +69,22 @@ const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) 
     cluster.text.clear();
     const std::uint32_t limit = limitOf(position);
     for (std::uint32_t character = position; character < limit; ++character) {
-        appendSearched(cluster.text, story->text[character], *run.format);
+        if (isPageCharacter(story->text[character])) {
+            appendShown(character, *run.format);
+        } else {
+            appendSearched(cluster.text, story->text[character], *run.format);
+        }
     }
     return cluster;
+}
+
+/// A page character is searched for as what it shows.
+void ClusterReader::appendShown(std::uint32_t position, const CharFormat& format) {
+    const auto shown = std::lower_bound(composed->shown.begin(), composed->shown.end(), position,
+                                        [](const ShownText& text, std::uint32_t at) { return text.position < at; });
+    if (shown == composed->shown.end() || shown->position != position) return;
+    for (const char32_t character : shown->text)
+        appendSearched(cluster.text, character, format);
 }
 
 /// A cluster ends where the next one in reading order begins, which may stand anywhere on the line.

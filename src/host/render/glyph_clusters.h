@@ -30,6 +30,7 @@ class ClusterReader {
     [[nodiscard]] const GlyphCluster& at(const GlyphRun& run, std::uint32_t index);
 
  private:
+    void appendShown(std::uint32_t position, const CharFormat& format);
     [[nodiscard]] std::uint32_t limitOf(std::uint32_t position);
     void readStarts();
 

@@ -283,7 +283,7 @@ void PdfContent::drawRun(const DisplayItem& item, const GlyphRun& run) {
     beginText();
     setFill(color);
     setFont(run, font);
-    moveTextTo(item.toPage, run);
+    moveTextTo(isTurned(run) ? turnOf(run).then(item.toPage) : item.toPage, run);
     showGlyphs(*item.text, run, font);
     if (run.format->underline || run.format->strikeThrough) addRules(run);
 }
@@ -391,18 +391,28 @@ std::uint32_t PdfContent::showCluster(GlyphShower& shower, const GlyphRun& run, 
 void PdfContent::addRules(const GlyphRun& run) {
     const TextRules added = textRulesOf(run);
     for (int i = 0; i < added.count; ++i)
-        rules.push_back({added.rules[i], &run.format->color});
+        rules.push_back({added.rules[i], &run.format->color, isTurned(run) ? &run : nullptr});
 }
 
 void PdfContent::drawRules(const PMMatrix& toPage) {
     endText();
     pushMatrix(toPage);
     for (const Rule& rule : rules) {
-        setFill(resolvePaint(*rule.paint, *list->swatches));
-        putRectangle(rule.bounds);
-        out.put("f\n");
+        if (rule.turned == nullptr) drawRule(rule);
     }
     popMatrix();
+    for (const Rule& rule : rules) {
+        if (rule.turned == nullptr) continue;
+        pushMatrix(turnOf(*rule.turned).then(toPage));
+        drawRule(rule);
+        popMatrix();
+    }
+}
+
+void PdfContent::drawRule(const Rule& rule) {
+    setFill(resolvePaint(*rule.paint, *list->swatches));
+    putRectangle(rule.bounds);
+    out.put("f\n");
 }
 
 }  // namespace tarnova

@@ -62,6 +62,7 @@ class PdfContent {
     struct Rule {
         PMRect bounds;
         const Paint* paint;
+        const GlyphRun* turned;  // the run, when it is turned
     };
 
     void drawShape(const DisplayItem& item);
@@ -75,6 +76,7 @@ class PdfContent {
                                             const GlyphCluster& cluster, PdfFont& font);
     void addRules(const GlyphRun& run);
     void drawRules(const PMMatrix& toPage);
+    void drawRule(const Rule& rule);
 
     void beginText();
     void endText();

@@ -22,6 +22,12 @@ PMRect ruleAt(const GlyphRun& run, double middle, double thickness) {
 
 }  // namespace
 
+PMMatrix turnOf(const GlyphRun& run) {
+    const double x = static_cast<double>(run.x), y = static_cast<double>(run.y);
+    const double cosine = static_cast<double>(run.directionX), sine = static_cast<double>(run.directionY);
+    return PMMatrix{1, 0, 0, 1, -x, -y}.then({cosine, sine, -sine, cosine, x, y});
+}
+
 TextRules textRulesOf(const GlyphRun& run) {
     TextRules out;
     const Font& font = *run.font;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "document/uid.h"
 #include "host/model/format.h"
 #include "host/model/page_item.h"
+#include "host/text/composed_story.h"
 
 namespace tarnova {
 
@@ -39,12 +41,14 @@ struct ComposeInput {
     std::vector<FormatSpan> formats;
     std::vector<ParagraphSpan> paragraphs;
     std::vector<ColumnBox> columns;  // in the order in which text flows
+    std::span<const ShownText> shown;  // what page characters are set as, by position
 
     void clear() {
         text = {};
         formats.clear();
         paragraphs.clear();
         columns.clear();
+        shown = {};
     }
 };
 

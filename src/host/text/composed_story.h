@@ -1,7 +1,8 @@
 // A story after composition: positioned glyphs in lines, by column. Drawing reads it and changes nothing.
 //
 // Coordinates are the inner ones of the frame that holds the column, those of its shape's bounds, in points, y downward;
-// a glyph's pen position is the sum of the run's origin and the advances in front of it. Spaces at a line's end, soft
+// a glyph's pen position is the sum of the run's origin and the advances in front of it, along the run's direction. The
+// story of a path has one column and at most one line; its runs are single clusters, each with a direction. Spaces at a line's end, soft
 // hyphens inside a line, tabs, returns and the closing mark have no glyphs. Runs and glyphs are in visual order.
 
 #pragma once
@@ -27,6 +28,12 @@ struct PlacedGlyph {
     std::uint32_t position = 0;  // of the first character of its cluster in the story
 };
 
+/// What a page character shows in a composed story.
+struct ShownText {
+    std::uint32_t position = 0;  // of the character in the story
+    std::u32string text;
+};
+
 /// Glyphs of one font, size and colour that follow each other on a line.
 struct GlyphRun {
     const Font* font = nullptr;
@@ -35,6 +42,8 @@ struct GlyphRun {
     float horizontalScale = 1;
     float x = 0;                         // of the first glyph's origin
     float y = 0;                         // baseline, baseline shift included
+    float directionX = 1;                // of the baseline, a vector of length 1: text on a path turns
+    float directionY = 0;
     float width = 0;                     // points
     std::uint32_t firstGlyph = 0;        // into ComposedStory::glyphs
     std::uint32_t glyphCount = 0;
@@ -78,6 +87,7 @@ class ComposedStory final : public StoryLayout {
     std::vector<GlyphRun> runs;
     std::vector<PlacedGlyph> glyphs;
     std::vector<PlacedAnchor> anchors;  // by position
+    std::vector<ShownText> shown;  // by position
     std::int32_t composedLimit = 0;
     std::int32_t shownLimit = 0;  // characters from here on are overset
     bool overset = false;

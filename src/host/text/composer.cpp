@@ -5,6 +5,7 @@
 
 #include "host/model/document_model.h"
 #include "host/text/composed_story.h"
+#include "host/text/path_flow.h"
 #include "host/text/story_flow.h"
 
 namespace tarnova {
@@ -94,11 +95,45 @@ void addColumns(const PageItem& frame, std::int32_t frameIndex, ComposeInput& in
     }
 }
 
+/// A page character of a story and the frame whose page it is taken to stand on.
+struct PageCharacterUse {
+    std::uint32_t position = 0;
+    std::size_t which = 0;
+    std::size_t frame = 0;
+};
+
+std::vector<PageCharacterUse> pageCharactersOf(std::u32string_view text) {
+    std::vector<PageCharacterUse> uses;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (isPageCharacter(text[at])) uses.push_back({static_cast<std::uint32_t>(at), text[at] - firstPageCharacter});
+    }
+    return uses;
+}
+
+std::vector<ShownText> shownTextsOf(const std::vector<PageCharacterUse>& uses, const StoryPageTexts& pageTexts) {
+    std::vector<ShownText> shown;
+    for (const PageCharacterUse& use : uses)
+        shown.push_back({use.position, pageTexts[use.frame][use.which]});
+    return shown;
+}
+
+/// Moves each use to the frame in which it was set. False when all show the right text already.
+bool followUses(const ComposedStory& composed, const StoryPageTexts& pageTexts, std::vector<PageCharacterUse>& uses) {
+    bool moved = false;
+    for (PageCharacterUse& use : uses) {
+        const std::int32_t column = composed.columnOf(static_cast<std::int32_t>(use.position));
+        if (column < 0) continue;
+        const auto frame = static_cast<std::size_t>(composed.columns[static_cast<std::size_t>(column)].frameIndex);
+        moved = moved || pageTexts[frame][use.which] != pageTexts[use.frame][use.which];
+        use.frame = frame;
+    }
+    return moved;
+}
+
 class ThreadComposer final : public Composer {
  public:
-    std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
-                                               std::int32_t) override {
-        static thread_local StoryFlow flow;
+    std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story, std::int32_t,
+                                               const StoryPageTexts& pageTexts) override {
         static thread_local ComposeInput input;
         input.clear();
         const StoryText& content = *story.content;
@@ -106,20 +141,58 @@ class ThreadComposer final : public Composer {
         SpanGatherer(document, content, input).run();
         for (std::size_t i = 0; i < story.frames.size(); ++i) {
             const PageItem* frame = document.item(story.frames[i]);
-            if (frame != nullptr && frame->shape != nullptr) addColumns(*frame, static_cast<std::int32_t>(i), input);
+            if (frame == nullptr || frame->shape == nullptr) continue;
+            if (story.onPath == nullptr) {
+                addColumns(*frame, static_cast<std::int32_t>(i), input);
+            } else if (!frame->shape->path.empty()) {
+                input.columns.push_back({frame->uid, 0, 0, frame->shape->bounds});
+            }
         }
-        std::shared_ptr<ComposedStory> composed = composeOrTell(flow, input);
+        std::shared_ptr<ComposedStory> composed = composeShowingPages(document, story, pageTexts, input);
         composed->composedLimit = story.length();
+        composed->pageTexts = pageTexts;
         return composed;
     }
 
  private:
+    /// The page of a page character is known when its line is placed, which may depend on what it shows: composed
+    /// again until each shows the page that it stands on. Where a number moves to the next page because of its own
+    /// width, and back again, there is no right one: the last try holds.
+    static std::shared_ptr<ComposedStory> composeShowingPages(const DocumentModel& document, const Story& story,
+                                                              const StoryPageTexts& pageTexts, ComposeInput& input) {
+        if (pageTexts.empty()) return composeOrTell(document, story, input);
+        constexpr int mostTries = 8;
+        std::vector<PageCharacterUse> uses = pageCharactersOf(input.text);
+        std::shared_ptr<ComposedStory> composed;
+        for (int tries = 0; tries < mostTries; ++tries) {
+            std::vector<ShownText> shown = shownTextsOf(uses, pageTexts);
+            input.shown = shown;
+            composed = composeOrTell(document, story, input);
+            composed->shown = std::move(shown);
+            if (!followUses(*composed, pageTexts, uses)) break;
+        }
+        return composed;
+    }
+
+    static void flowText(const DocumentModel& document, const Story& story, const ComposeInput& input,
+                         ComposedStory& composed) {
+        static thread_local StoryFlow flow;
+        static thread_local PathFlow pathFlow;
+        if (story.onPath == nullptr) {
+            flow.compose(input, composed);
+        } else if (!input.columns.empty()) {
+            const ItemShape& shape = *document.item(story.frames.front())->shape;
+            pathFlow.compose(input, shape.path.front(), *story.onPath, composed);
+        }
+    }
+
     /// The model's callers know nothing of exceptions: a story that can't be composed is overset from its start, and
     /// says why to those who draw it.
-    static std::shared_ptr<ComposedStory> composeOrTell(StoryFlow& flow, const ComposeInput& input) {
+    static std::shared_ptr<ComposedStory> composeOrTell(const DocumentModel& document, const Story& story,
+                                                        const ComposeInput& input) {
         auto composed = std::make_shared<ComposedStory>();
         try {
-            flow.compose(input, *composed);
+            flowText(document, story, input, *composed);
         } catch (const std::exception& error) {
             composed = std::make_shared<ComposedStory>();
             composed->overset = true;

@@ -36,6 +36,13 @@ float sumOfAdvances(std::span<const PlacedGlyph> glyphs) {
     return sum;
 }
 
+/// Those of the characters from `start` up to `limit`.
+std::span<const ShownText> within(std::span<const ShownText> shown, std::size_t start, std::size_t limit) {
+    const auto isInFront = [](const ShownText& text, std::size_t position) { return text.position < position; };
+    const auto first = std::lower_bound(shown.begin(), shown.end(), start, isInFront);
+    return {first, std::lower_bound(first, shown.end(), limit, isInFront)};
+}
+
 }  // namespace
 
 void Paragraph::clear() {
@@ -51,7 +58,7 @@ void Paragraph::clear() {
 }
 
 void Paragraph::assign(std::u32string_view text, std::int32_t position, const std::vector<FormatSpan>& formats,
-                       std::size_t firstSpan, std::int32_t spanOffset) {
+                       std::size_t firstSpan, std::int32_t spanOffset, std::span<const ShownText> shown) {
     clear();
     text_ = text;
     position_ = position;
@@ -61,15 +68,18 @@ void Paragraph::assign(std::u32string_view text, std::int32_t position, const st
         spans_.push_back({length, formats[i].format});
         left -= length;
     }
-    const bool changesCase = hasCapitals();
-    if (changesCase) changeCase();
+    const std::span<const ShownText> shownHere =
+        within(shown, static_cast<std::size_t>(position), static_cast<std::size_t>(position) + text.size());
+    const bool isChanged = !shownHere.empty() || hasCapitals();
+    if (isChanged) changeText(shownHere);
     const bool isLatin = isPlainLatin(text_);
     if (isLatin) {
         findLatinBreaks(text_, breaks_);
     } else {
         findBreaks(text_, breaks_);
     }
-    if (!isLatin || changesCase || !cutLatin()) cutMarked(isLatin);
+    if (isChanged) keepCharactersWhole();
+    if (!isLatin || isChanged || !cutLatin()) cutMarked(isLatin);
     if (!pieces.empty() && pieces.back().breakAfter == LineBreak::mandatory) {
         // A forced line end closes the text: the paragraph ends in an empty line.
         const auto end = static_cast<std::int32_t>(text_.size());

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -39,9 +40,10 @@ class Paragraph {
     explicit Paragraph(Shaper& shaper) : shaper_(shaper), styles_(shaper) {}
 
     /// Takes the paragraph `text` (its return left out) that starts at `position` of the story; `formats` are the
-    /// spans over the whole text and `firstSpan`, `spanOffset` say where in them it starts.
+    /// spans over the whole text and `firstSpan`, `spanOffset` say where in them it starts. `shown` has what the
+    /// story's page characters are set as, by position.
     void assign(std::u32string_view text, std::int32_t position, const std::vector<FormatSpan>& formats,
-                std::size_t firstSpan, std::int32_t spanOffset);
+                std::size_t firstSpan, std::int32_t spanOffset, std::span<const ShownText> shown);
 
     std::vector<Piece> pieces;
     std::vector<PlacedGlyph> glyphs;
@@ -114,7 +116,10 @@ class Paragraph {
     void addMarkedPiece(std::size_t start, std::size_t limit);
     void setMarked(Piece& piece);
     [[nodiscard]] bool hasCapitals() const;
-    void changeCase();
+    void changeText(std::span<const ShownText> shown);
+    void appendChanged(char32_t c, std::size_t source, const CharFormat& format);
+    [[nodiscard]] bool isInsideCharacter(std::size_t border) const;
+    void keepCharactersWhole();
     void markStyles();
     [[nodiscard]] static const Font& fontFor(std::u32string_view cluster, const Font& wanted,
                                              const Font*& lastFallback);
@@ -135,7 +140,7 @@ class Paragraph {
     };
     std::vector<Cut> cuts_;  // in the order in which they were made
     std::vector<Mark> marks_;
-    std::u32string changedText_;         // when a format changes case
+    std::u32string changedText_;         // when a format changes case, or page characters show something else
     std::vector<std::int32_t> sources_;  // by character of it: index in the paragraph
     std::vector<bool> reduced_;          // by character of it: a small capital
 };

@@ -69,7 +69,8 @@ void Paragraph::findHyphens(const Piece& piece, const ParaFormat& format, std::v
         points = keepLetters(points, length, format);
         for (; points != 0; points &= points - 1) {
             const auto border = static_cast<std::int32_t>(start) + std::countr_zero(points) + 1;
-            if (border > piece.start && border <= piece.limit) borders.push_back(border - piece.start);
+            if (border <= piece.start || border > piece.limit) continue;
+            if (!isInsideCharacter(static_cast<std::size_t>(border))) borders.push_back(border - piece.start);
         }
     }
 }

@@ -97,28 +97,52 @@ bool Paragraph::hasCapitals() const {
                        [](const FormatSpan& span) { return span.format->caps != CharFormat::Caps::normal; });
 }
 
-/// Replaces the text by one in which capitals stand where the formats want them. It may grow: a sharp s becomes two.
-void Paragraph::changeCase() {
+/// Replaces the text by one in which capitals stand where the formats want them, and figures in the place of page
+/// characters.
+void Paragraph::changeText(std::span<const ShownText> shown) {
     changedText_.clear();
     std::size_t at = 0;
     for (FormatSpan& span : spans_) {
-        const CharFormat& format = *span.format;
         const std::size_t first = changedText_.size();
         for (const std::size_t limit = at + static_cast<std::size_t>(span.length); at < limit; ++at) {
-            const bool changes = format.caps != CharFormat::Caps::normal;
-            const char32_t c = text_[at], upper = changes ? upperCase(c, format) : c;
-            const bool twice = changes && c == sharpS;
-            const bool reduced = format.caps == CharFormat::Caps::smallCaps && (twice || upper != c);
-            for (int i = 0; i < (twice ? 2 : 1); ++i) {
-                changedText_.push_back(twice ? U'S' : upper);
-                sources_.push_back(static_cast<std::int32_t>(at));
-                reduced_.push_back(reduced);
+            const bool isShown = !shown.empty() && shown.front().position == static_cast<std::size_t>(position_) + at;
+            if (!isShown) {
+                appendChanged(text_[at], at, *span.format);
+                continue;
             }
+            for (char32_t c : shown.front().text)
+                appendChanged(c, at, *span.format);
+            shown = shown.subspan(1);
         }
         span.length = static_cast<std::int32_t>(changedText_.size() - first);
     }
     sources_.push_back(static_cast<std::int32_t>(at));
     text_ = changedText_;
+}
+
+/// Appends a character of the text, or of what it shows, in its case. It may grow: a sharp s becomes two.
+void Paragraph::appendChanged(char32_t c, std::size_t source, const CharFormat& format) {
+    const bool changes = format.caps != CharFormat::Caps::normal;
+    const char32_t upper = changes ? upperCase(c, format) : c;
+    const bool twice = changes && c == sharpS;
+    const bool reduced = format.caps == CharFormat::Caps::smallCaps && (twice || upper != c);
+    for (int i = 0; i < (twice ? 2 : 1); ++i) {
+        changedText_.push_back(twice ? U'S' : upper);
+        sources_.push_back(static_cast<std::int32_t>(source));
+        reduced_.push_back(reduced);
+    }
+}
+
+/// True for a border between two characters of the shaped text that stand for one of the story.
+bool Paragraph::isInsideCharacter(std::size_t border) const {
+    return !sources_.empty() && sources_[border - 1] == sources_[border];
+}
+
+/// A line doesn't end inside of what stands for one character of the story.
+void Paragraph::keepCharactersWhole() {
+    for (std::size_t border = 1; border < text_.size(); ++border) {
+        if (isInsideCharacter(border)) breaks_[border - 1] = LineBreak::none;
+    }
 }
 
 /// Gives each character a style whose font has it. A base and its marks stay in one font.

@@ -189,7 +189,7 @@ void StoryFlow::compose(const ComposeInput& input, ComposedStory& story) {
         std::u32string_view text =
             input.text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(span.length));
         if (text.back() == returnMark) text.remove_suffix(1);
-        paragraph_.assign(text, start, input.formats, spans.index, spans.offset);
+        paragraph_.assign(text, start, input.formats, spans.index, spans.offset, input.shown);
         const bool isEmpty = paragraph_.pieces.empty();
         const TextStyle* emptyStyle = isEmpty ? &paragraph_.styleOfFormat(*input.formats[spans.index].format) : nullptr;
         const ParagraphFlow flow{input,      paragraph_, *span.format,

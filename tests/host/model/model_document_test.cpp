@@ -26,11 +26,13 @@ class TenCharacterComposer : public Composer {
             return AnchorPoint{columnOf(position), {0, 0, 40, 50}, double(position % 10), 12, 3};
         }
     };
-    std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t) override {
+    std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t,
+                                               const StoryPageTexts& pageTexts) override {
         ++calls;
         auto out = std::make_shared<Layout>();
         out->frames = static_cast<std::int32_t>(story.frames.size());
         out->length = story.length();
+        out->pageTexts = pageTexts;
         return out;
     }
     int calls = 0;
