@@ -13,6 +13,8 @@
 #include <sstream>
 #include <string>
 
+#include "source_folder.h"
+
 namespace tarnova {
 
 struct outcomeRec {

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/verb.h"
+#include "source_folder.h"
 
 namespace tarnova {
 namespace {

@@ -2,6 +2,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "source_folder.h"
 #include "tests/definitions/definition_fixture.h"
 
 namespace tarnova {

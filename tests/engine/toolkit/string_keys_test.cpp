@@ -13,6 +13,7 @@
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/pstring.h"
 #include "engine/toolkit/strings.h"
+#include "source_folder.h"
 #include "tests/engine/toolkit/temp_folder.h"
 
 namespace tarnova {

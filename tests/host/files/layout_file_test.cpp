@@ -12,6 +12,7 @@
 
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
+#include "source_folder.h"
 #include "tests/host/files/layout_kit.h"
 
 namespace tarnova {
