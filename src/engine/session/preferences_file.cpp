@@ -115,6 +115,11 @@ void settleDataFolder(std::string_view applicationFolder, std::string_view roami
     current.indexFolder = (folder / prefsOwnerName / "Index Files").string();
 }
 
+std::string tempFilesFolder() {
+    const std::string& folder = session().dataFolder;
+    return folder.empty() ? std::string() : folder + "/" + prefsOwnerName + "/TempFiles";
+}
+
 std::string preferencesPath() {
     const std::string& folder = session().dataFolder;
     return folder.empty() ? std::string() : folder + "/Config/" + prefsFileName;

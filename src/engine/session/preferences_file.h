@@ -1,4 +1,4 @@
-// The preferences' file: the bytes of `appPrefsRec` and nothing else, in the folder "Config" of the data folder.
+// The data folder, and the preferences' file in its folder "Config": the bytes of `appPrefsRec` and nothing else.
 
 #pragma once
 
@@ -17,6 +17,9 @@ inline constexpr std::uint32_t prefsLoadStamp = 1453102303;         // in `loadS
 /// folder "Config" lies there, else "Tarnova" below the user's roaming data folder. Both are UTF-8. From then on the
 /// index files lie below it too.
 void settleDataFolder(std::string_view applicationFolder, std::string_view roamingFolder);
+
+/// Folder of the temporary files of builds and outputs, below the data folder; empty while there is none.
+[[nodiscard]] std::string tempFilesFolder();
 
 /// Path of the file; empty while the session has no data folder.
 [[nodiscard]] std::string preferencesPath();

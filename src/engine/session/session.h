@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,14 @@
 #include "document/uid.h"
 #include "document/walk_state.h"
 #include "engine/session/preferences.h"
+#include "engine/toolkit/id_file.h"
 #include "engine/toolkit/pm_string.h"
 #include "engine/toolkit/toolkit_state.h"
 
 namespace tarnova {
 
 struct dataSourceRec;
+class IZavoKelvaneModule;
 
 inline constexpr errorWord errModeNotAttached = errorOfCode(-6023);
 
@@ -185,6 +188,26 @@ struct runControlRec {
     std::vector<std::int32_t> recordList;  // active record list, with recordListPad; empty: there is none
 };
 
+/// What the commands of the front door keep from call to call.
+struct commandStateRec {
+    std::map<std::uint32_t, IZavoKelvaneModule*> companionModules;  // by signature; see registerModule
+    // Caller and number of a command that is answered when the host has done its part.
+    std::uint32_t deferredCommand = 0;
+    std::uint32_t deferredSignature = 0;
+    std::uint32_t announcedCount = 0;       // of the module that command 569 announces
+    std::uint8_t priceFlag = 0;             // second flag of command 1272
+    std::uint8_t priceDocumentFlag = 0;     // given out by command 1256
+    std::uint8_t engineOpenedFileSet = 0;   // the document watch leaves `engineOpenedFile` alone
+    IDFile engineOpenedFile;
+    // What an arming command hands to the driver.
+    IDFile armedFile;
+    std::uint32_t armedFileNumber = 0;
+    IDFile armedSecondFile;
+    std::uint32_t armedSecondNumber = 0;
+    PMString armedText;
+    std::uint32_t armedTextNumber = 0;
+};
+
 /// All of it. `engineMode` is among the words of the walk, `engineError` and the alert flags among the toolkit's.
 struct sessionRec : toolkitStateRec,
                     definitionStateRec,
@@ -193,7 +216,8 @@ struct sessionRec : toolkitStateRec,
                     runControlRec,
                     buildStateRec,
                     linkCensusRec,
-                    runListsRec {
+                    runListsRec,
+                    commandStateRec {
     sessionRec();
     ~sessionRec();
     sessionRec(const sessionRec&) = delete;
@@ -205,6 +229,8 @@ struct sessionRec : toolkitStateRec,
 
     std::string dataFolder;            // of the preferences, definitions and index files, UTF-8; empty: nothing is kept
     std::uint8_t dataFolderInApp = 0;  // it lies below the application's folder
+    /// The document in front of the user, or nothing; null without a host.
+    UIDRef (*frontDocument)() = nullptr;
     /// Tells the shell that the mode is another one: titles, rule module, preview; null without a shell.
     void (*modeChanged)(std::uint16_t mode) = nullptr;
 };

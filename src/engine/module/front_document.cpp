@@ -1,0 +1,13 @@
+#include "engine/module/front_document.h"
+
+#include "engine/session/session.h"
+
+namespace tarnova {
+
+UIDRef documentOrFront(const commandCall& call, unsigned item) {
+    const auto document = call.valueOr<UIDRef>(item, {});
+    if (document.database != nullptr) return document;
+    return session().frontDocument == nullptr ? UIDRef{} : session().frontDocument();
+}
+
+}  // namespace tarnova

@@ -1,0 +1,234 @@
+// Commands that arm, start and watch runs.
+
+#include "engine/module/command_rows.h"
+#include "engine/module/driver_table.h"
+#include "engine/module/front_document.h"
+#include "engine/module/record_access.h"
+#include "engine/run/idle_step.h"
+#include "engine/session/preferences_file.h"
+#include "engine/session/session.h"
+
+namespace tarnova {
+
+namespace {
+
+// Values of runControlRec::armedState.
+constexpr std::uint32_t armedNot = 0;
+constexpr std::uint32_t armedReady = 1;
+constexpr std::uint32_t armedRunning = 2;
+
+void keepDriverParameters(const commandCall& call) {
+    auto& run = session();
+    run.armedFile = call.valueOr<IDFile>(1, {});
+    run.armedFileNumber = call.valueOr<std::uint32_t>(2, 0);
+    run.armedSecondFile = call.valueOr<IDFile>(3, {});
+    run.armedSecondNumber = call.valueOr<std::uint32_t>(4, 0);
+    run.armedText = call.valueOr<PMString>(7, {});
+    run.armedTextNumber = call.valueOr<std::uint32_t>(8, 0);
+}
+
+std::int32_t armRun(commandCall& call) {
+    auto& run = session();
+    if (run.armedState == armedRunning || runIsActive()) return commandRunState;
+    run.armedState = armedNot;
+    resetRunLists();
+    run.recordList.clear();
+    run.runDocument = documentOrFront(call, 0);
+    if (run.runDocument.database == nullptr) return commandDocument;
+    countLinks(run.runDocument);
+    call.put(5, run.allLinkCount);
+    call.put(6, run.highestSequence);
+    run.engineRunType = engineRunMerge;
+    run.rangeFirst = run.rangeLast = 0;
+    run.skipFirst = appPrefs().hasHeaderRecord;
+    run.recordPassMode = appPrefs().recordPassMode;
+    run.stepBy = 0;
+    if (run.allLinkCount == 0) return commandNoLinks;
+    keepDriverParameters(call);
+    run.armedState = armedReady;
+    return commandDone;
+}
+
+/// A first record behind the file is refused; the last is cut to it.
+std::int32_t fitRange(std::uint32_t count) {
+    auto& run = session();
+    auto& list = run.recordList;
+    if (run.rangeFirst == 0 && run.rangeLast == 0) {
+        run.rangeFirst = 1;
+        run.rangeLast = count;
+    }
+    if (!list.empty()) {
+        if (list.front() >= 0 && static_cast<std::uint32_t>(list.front()) >= count) return commandRangeBehind;
+        while (!list.empty() && list.back() >= 0 && static_cast<std::uint32_t>(list.back()) >= count)
+            list.pop_back();
+        run.rangeLast = static_cast<std::uint32_t>(list.size());
+        return commandDone;
+    }
+    if (run.rangeFirst > count) return commandRangeBehind;
+    run.rangeLast = std::min(run.rangeLast, count);
+    return commandDone;
+}
+
+/// The tests in front of every run of records.
+std::int32_t validateRun() {
+    openDataRec data;
+    const std::int32_t opened = openData(data);
+    if (opened != commandDone) return opened;
+    if (fieldCountOf(*data.definition) == 0) return commandFieldList;
+    std::uint32_t count = 0;
+    const std::int32_t counted = countRecords(data, count);
+    return counted == commandDone ? fitRange(count) : counted;
+}
+
+/// A run command needs an armed run, and whatever it refuses takes the arming with it.
+std::int32_t startArmed(std::int32_t (*start)(std::uint32_t), std::uint32_t value) {
+    auto& run = session();
+    std::int32_t status = run.armedState == armedReady && !runIsActive() ? validateRun() : commandRunState;
+    if (status == commandDone) status = start(value);
+    if (status != commandDone && run.armedState != armedRunning) run.armedState = armedNot;
+    return status;
+}
+
+std::int32_t startBuild(std::uint32_t runType) {
+    appPrefs().mergeRunType = runType;
+    savePreferences();
+    startBuildRun();
+    return commandDone;
+}
+
+/// Drivers are looked up, and none can be run yet.
+std::int32_t startDriver(std::uint32_t driverId) {
+    return findOutputDriver(driverId) == nullptr ? commandDriver : commandFailed;
+}
+
+std::int32_t runBuildDocument(commandCall&) {
+    return startArmed(startBuild, mergeRunBuildDocument);
+}
+template <std::uint32_t driverId>
+std::int32_t runDriver(commandCall&) {
+    return startArmed(startDriver, driverId);
+}
+
+std::int32_t getRunStatus(commandCall& call) {
+    auto& run = session();
+    if (call.valueOr<std::uint16_t>(0, 0) != 0) run.cancelRun |= *call.item<std::uint16_t>(0);
+    if (call.valueOr<std::uint8_t>(1, 0) != 0) idleStep();
+    call.put(2, run.armedState);
+    call.put(3, run.jobPercent);
+    call.put(4, static_cast<std::uint32_t>(run.fontsInUse.size()));
+    call.put(5, static_cast<std::uint32_t>(run.oversetFrames.size()));
+    call.put(6, static_cast<std::uint32_t>(run.missingPictures.size()));
+    call.put(7, run.jobCountA);
+    call.put(8, run.jobCountB);
+    call.put(9, run.jobCountC);
+    if (auto* const signatures = call.item<std::vector<std::uint32_t>>(10))
+        std::copy_if(std::begin(run.signatureTable), std::end(run.signatureTable), std::back_inserter(*signatures),
+                     [](std::uint32_t signature) { return signature != 0; });
+    call.put(11, run.fillerCount);
+    call.put(12, run.noDataCount);
+    call.put(13, run.badTagCount);
+    call.put(14, static_cast<std::uint32_t>(run.assetList.size()));
+    return commandDone;
+}
+
+std::int32_t armPriceRun(commandCall& call) {
+    resetRunLists();
+    const UIDRef document = documentOrFront(call, 0);
+    if (document.database == nullptr) return commandDocument;
+    session().runDocument = document;
+    return commandDone;
+}
+
+using enum commandStage;
+constexpr auto any = commandMode::any;
+constexpr auto merge = commandMode::merge;
+constexpr auto price = commandMode::price;
+using enum argumentType;
+
+constexpr commandArgument armArgs[] = {
+    itemIn(0, uidRef, "the document; the one in front when not given"),
+    itemIn(1, file, "output file, for a driver"),
+    itemIn(2, u32, "its number"),
+    itemIn(3, file, "second output file"),
+    itemIn(4, u32, "its number"),
+    itemOut(5, u32, "links of the document"),
+    itemOut(6, u32, "records on a page: the highest sequence number of the links"),
+    itemIn(7, string, "a text for the driver"),
+    itemIn(8, u32, "its number"),
+};
+constexpr commandArgument preflightArgs[] = {
+    itemIn(0, file, "report path"), itemIn(1, file, "second report path"), itemIn(2, u8, "report option"),
+    itemIn(3, u8, "report option"), itemIn(4, u8, "report option"),
+};
+constexpr commandArgument documentArgs[] = {itemIn(0, uidRef, "the document; the one in front when not given")};
+constexpr commandArgument statusArgs[] = {
+    itemIn(0, u16, "not 0 asks the run to stop"),
+    itemIn(1, u8, "1 gives the idle task one turn"),
+    itemOut(2, u32, "armed: 0 no, 1 ready, 2 running"),
+    itemOut(3, u32, "percent done"),
+    itemOut(4, u32, "fonts in use"),
+    itemOut(5, u32, "overset texts"),
+    itemOut(6, u32, "missing and damaged pictures"),
+    itemOut(7, u32, "first count of the driver"),
+    itemOut(8, u32, "second count of the driver"),
+    itemOut(9, u32, "third count of the driver"),
+    itemOut(10, signatures, "the signatures"),
+    itemOut(11, u32, "fillers used"),
+    itemOut(12, u32, "values without data"),
+    itemOut(13, u32, "bad tags"),
+    itemOut(14, u32, "entries of the asset report"),
+};
+
+constexpr commandRow rows[] = {
+    {508, "kKelvaneCmdArmRun", merge, second, armRun, armArgs, "Readies a merge run."},
+    {1210,
+     "kKelvaneCmdRunDriver11001",
+     merge,
+     second,
+     runDriver<11001>,
+     {},
+     "Starts an armed run to driver 11001; a registered driver can't be run yet."},
+    {1246,
+     "kKelvaneCmdRunDriver11007",
+     merge,
+     second,
+     runDriver<11007>,
+     {},
+     "Starts an armed run to driver 11007; a registered driver can't be run yet."},
+    {1248,
+     "kKelvaneCmdRunDriver11010",
+     merge,
+     second,
+     runDriver<11010>,
+     {},
+     "Starts an armed run to driver 11010; a registered driver can't be run yet."},
+    {1250,
+     "kKelvaneCmdRunDriver11011",
+     merge,
+     second,
+     runDriver<11011>,
+     {},
+     "Starts an armed run to driver 11011; a registered driver can't be run yet."},
+    {1211, "kKelvaneCmdRunMergeCurrent", merge, second, nullptr, {}, "Merges the next records into the document."},
+    {1212,
+     "kKelvaneCmdRunBuildDocument",
+     merge,
+     second,
+     runBuildDocument,
+     {},
+     "Starts an armed run that builds the document out for all records."},
+    {1240, "kKelvaneCmdRunPreflight", merge, second, nullptr, preflightArgs, "Starts an armed preflight."},
+    {550, "kKelvaneCmdArmPriceRun", price, second, armPriceRun, documentArgs, "Readies a price run."},
+    {562, "kKelvaneCmdStartPriceRun", price, second, nullptr, {}, "Starts a price run."},
+    {1273, "kKelvaneCmdProcessSelection", price, second, nullptr, {}, "Merges prices into the selection."},
+    {567, "kKelvaneCmdGetPriceRunStatus", price, second, nullptr, statusArgs, "How far a price run is."},
+    {1206, "kKelvaneCmdGetRunStatus", merge, second, getRunStatus, statusArgs, "How far a run is."},
+};
+
+}  // namespace
+
+std::span<const commandRow> runRows() {
+    return rows;
+}
+
+}  // namespace tarnova

@@ -1,0 +1,336 @@
+// Commands on the links of a document: making, reading and counting them, and names of frames.
+
+#include "document/item_data.h"
+#include "engine/module/command_rows.h"
+#include "engine/module/current_definition.h"
+#include "engine/module/front_document.h"
+#include "engine/session/session.h"
+#include "engine/toolkit/byte_order.h"
+#include "tags/tag_list.h"
+#include "tags/tag_manager.h"
+
+namespace tarnova {
+
+namespace {
+
+constexpr std::int32_t noneFound = 1;
+
+template <std::size_t size>
+void takeName(const commandCall& call, unsigned item, std::uint8_t (&field)[size]) {
+    pstrSet(field, call.pascal(item));
+}
+
+/// The strings of a link from items in a row: key, link, style, rule, criteria, locked.
+void takeTag(const commandCall& call, unsigned firstItem, tagDataRec& tag) {
+    takeName(call, firstItem, tag.searchKey);
+    takeName(call, firstItem + 1, tag.extractionRecordName);
+    takeName(call, firstItem + 2, tag.styleRecordName);
+    takeName(call, firstItem + 3, tag.ruleName);
+    takeName(call, firstItem + 4, tag.searchCriteriaName);
+    tag.linkLocked = call.valueOr<std::uint8_t>(firstItem + 5, 0) != 0 ? 1 : 0;
+}
+
+/// What comes out of one, in the same order but for the notes in the lock's place.
+void giveTag(const commandCall& call, unsigned firstItem, const tagDataRec& tag) {
+    call.putPascal(firstItem, pstrView(tag.searchKey));
+    call.putPascal(firstItem + 1, pstrView(tag.extractionRecordName));
+    call.putPascal(firstItem + 2, pstrView(tag.styleRecordName));
+    call.putPascal(firstItem + 3, pstrView(tag.ruleName));
+    call.putPascal(firstItem + 4, pstrView(tag.searchCriteriaName));
+    call.putPascal(firstItem + 5, pstrView(tag.notes1));
+}
+
+bool objectExists(const UIDRef& object) {
+    return object.database != nullptr && object.database->itemExists(object.uid);
+}
+
+bool storyExists(const UIDRef& story) {
+    if (story.database == nullptr) return false;
+    const std::vector<UID> stories = story.database->stories();
+    return std::find(stories.begin(), stories.end(), story.uid) != stories.end();
+}
+
+std::int32_t tagTextRange(commandCall& call) {
+    const auto story = call.valueOr<UIDRef>(0, {});
+    if (!storyExists(story)) return commandDocument;
+    std::int32_t start = call.valueOr<std::int32_t>(1, 0);
+    const auto limit = static_cast<std::int32_t>(
+        std::min<std::int64_t>(call.valueOr<std::int32_t>(2, 0), story.database->totalLength(story.uid)));
+    std::int32_t length = limit - start;
+    if (start < 0 || length <= 0) return commandDone;
+    tagDataRec tag{};
+    takeTag(call, 3, tag);
+    std::byte* stored = nullptr;
+    const errorWord err = tagRecordEncode(&tag, &stored, 0);
+    const blockPtr<> owned(stored);
+    if (err != 0) return failWith(err, commandMemory);
+    tagStrings texts;
+    tagStringsInit(texts, session().engineMode);
+    const std::string_view data(reinterpret_cast<const char*>(stored), blockSize(stored));
+    return dataTagManager().TagText(story, texts, data, start, length) == 0 ? commandDone : commandFailed;
+}
+
+std::int32_t tagFrame(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    tagDataRec tag{};
+    takeTag(call, 1, tag);
+    const errorWord err = writeFrameTag(frame, tag, 0);
+    return err == 0 ? commandDone : failWith(err, commandFailed);
+}
+
+std::int32_t getTextLink(commandCall& call) {
+    const auto story = call.valueOr<UIDRef>(0, {});
+    if (!storyExists(story)) return commandDocument;
+    const std::int32_t position = std::max(call.valueOr<std::int32_t>(1, 0), 0);
+    const textTagRec found = findNextTextTag(*story.database, story.uid, position);
+    if (found.attribute == nullptr) return noneFound;
+    tagDataRec tag{};
+    const errorWord err = tagRecordDecode(found.attribute->data(), &tag, nullptr, nullptr, 0);
+    if (err != 0) return failWith(err, commandFailed);
+    giveTag(call, 2, tag);
+    call.put(8, found.start);
+    call.put(9, found.length);
+    return commandDone;
+}
+
+std::int32_t getFrameLink(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    tagDataRec tag{};
+    const errorWord err = readFrameTag(frame, tag, 0);
+    if (err != 0) return failWith(err, commandFailed);
+    if (tag.tagStatus != tagStatusRead) return noneFound;
+    giveTag(call, 1, tag);
+    return commandDone;
+}
+
+/// Type of the frame's link, also 1 when there is none.
+std::int32_t getFrameLinkType(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    tagDataRec tag{};
+    const errorWord err = readFrameTag(frame, tag, 0);
+    if (err != 0) return failWith(err, commandFailed);
+    std::int16_t type = linkTypePicture;
+    if (tag.tagStatus == tagStatusRead) {
+        const recordDefRec* const definition = currentDefinition();
+        if (definition == nullptr) return commandDefinition;
+        const extractionRec* const link = linkNamed(*definition, pstrView(tag.extractionRecordName));
+        if (link == nullptr) return commandLink;
+        type = link->type;
+    }
+    call.put(1, type);
+    return commandDone;
+}
+
+std::int32_t hasLinks(commandCall& call) {
+    const UIDRef document = documentOrFront(call, 0);
+    if (document.database == nullptr) return commandDocument;
+    call.put<std::uint16_t>(1, listTags(*document.database, session().engineMode).empty() ? 0 : 1);
+    return commandDone;
+}
+
+/// A key that the text holds already is passed over unless duplicates are kept.
+std::int32_t collectLinkKeys(commandCall& call) {
+    PMString* const out = call.item<PMString>(0);
+    const UIDRef document = documentOrFront(call, 3);
+    if (out == nullptr) return commandFailed;
+    if (document.database == nullptr) return commandDocument;
+    const bool keepDuplicates = call.valueOr<std::uint16_t>(2, 0) != 0;
+    for (const tagListRec& entry : listTags(*document.database, session().engineMode)) {
+        if (entry.readError != 0) continue;
+        const std::string key = hostText(entry.tag.searchKey);
+        if (!keepDuplicates && out->bytes().find(key) != std::string::npos) continue;
+        if (!out->empty()) out->append(call.string(1));
+        out->append(key);
+    }
+    return commandDone;
+}
+
+constexpr std::uint32_t frameNameVersion = 1;
+
+std::int32_t setFrameName(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    struct {
+        std::uint8_t version[4];
+        Str255 name;
+    } entry{};
+    storeBig32(entry.version, frameNameVersion);
+    pstrSet(entry.name, call.string(1));
+    const void* const data = entry.name[0] == 0 ? nullptr : &entry;
+    const std::uint16_t done =
+        itemDataSet(frame, ItemDataPlace::pageItem, itemDataFrameName, data, sizeof entry, session().engineMode);
+    return done != 0 ? commandDone : commandFailed;
+}
+
+std::int32_t getFrameName(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    const auto entry = itemDataView(frame, ItemDataPlace::pageItem, itemDataFrameName, session().engineMode);
+    constexpr std::size_t nameOffset = 5;
+    if (!entry || entry->size() < nameOffset) return commandDone;
+    const std::size_t length = static_cast<std::uint8_t>((*entry)[nameOffset - 1]);
+    call.putString(1, entry->substr(nameOffset, length));
+    return commandDone;
+}
+
+std::int32_t isVariableFrame(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    const auto entry = itemDataView(frame, ItemDataPlace::pageItem, itemDataPassThrough, session().engineMode);
+    call.put<std::uint16_t>(1, entry ? 1 : 0);
+    return commandDone;
+}
+
+using enum commandStage;
+constexpr auto any = commandMode::any;
+constexpr auto merge = commandMode::merge;
+constexpr auto price = commandMode::price;
+using enum argumentType;
+
+constexpr commandArgument tagTextArgs[] = {
+    itemIn(0, uidRef, "the story"), itemIn(1, i32, "start, in characters from 0"), itemIn(2, i32, "end, outside"),
+    itemIn(3, pascal, "key"),       itemIn(4, pascal, "name of the link"),         itemIn(5, pascal, "style"),
+    itemIn(6, pascal, "rule"),      itemIn(7, pascal, "search criteria"),          itemIn(8, u8, "the link is locked"),
+};
+constexpr commandArgument tagFrameArgs[] = {
+    itemIn(0, uidRef, "the frame"),      itemIn(1, pascal, "key"),  itemIn(2, pascal, "name of the link"),
+    itemIn(3, pascal, "style"),          itemIn(4, pascal, "rule"), itemIn(5, pascal, "search criteria"),
+    itemIn(6, u8, "the link is locked"),
+};
+constexpr commandArgument textLinkArgs[] = {
+    itemIn(0, uidRef, "the story"),
+    itemIn(1, i32, "where to look from, in characters from 0"),
+    itemOut(2, pascal, "key"),
+    itemOut(3, pascal, "name of the link"),
+    itemOut(4, pascal, "style"),
+    itemOut(5, pascal, "rule"),
+    itemOut(6, pascal, "search criteria"),
+    itemOut(7, pascal, "notes"),
+    itemOut(8, i32, "start of the link"),
+    itemOut(9, i32, "its length"),
+};
+constexpr commandArgument frameLinkArgs[] = {
+    itemIn(0, uidRef, "the frame"), itemOut(1, pascal, "key"),  itemOut(2, pascal, "name of the link"),
+    itemOut(3, pascal, "style"),    itemOut(4, pascal, "rule"), itemOut(5, pascal, "search criteria"),
+    itemOut(6, pascal, "notes"),
+};
+constexpr commandArgument frameKeyArgs[] = {
+    itemIn(0, uidRef, "the frame; none for the selection"),
+    itemIn(1, pascal, "the key"),
+};
+constexpr commandArgument frameRecordArgs[] = {itemIn(0, uidRef, "the frame"), itemIn(1, u32, "the record's number")};
+constexpr commandArgument findFrameArgs[] = {
+    itemIn(0, uidRef, "the document"),
+    itemIn(1, string, "name of the frame"),
+    itemIn(2, i32, "page, from 1"),
+    itemOut(3, uidRef, "the first frame of that name"),
+};
+constexpr commandArgument setNameArgs[] = {itemIn(0, uidRef, "the frame"), itemIn(1, string, "name; empty for none")};
+constexpr commandArgument getNameArgs[] = {itemIn(0, uidRef, "the frame"), itemOut(1, string, "its name")};
+constexpr commandArgument applyArgs[] = {
+    itemIn(0, uidList, "page items"), itemIn(1, pascal, "key"), itemIn(2, pascal, "name of the link"),
+    itemIn(3, pascal, "style"),       itemIn(4, u8, "locked"),  itemIn(5, u32, "the record's number"),
+};
+constexpr commandArgument itemsArgs[] = {itemIn(0, uidList, "page items")};
+constexpr commandArgument selectionArgs[] = {flagIn(0, "what is listed"), itemOut(0, uidList, "the selected items")};
+constexpr commandArgument selectArgs[] = {
+    itemIn(0, uidList, "page items"),
+    flagIn(0, "what is selected"),
+    itemOut(1, u16, "whether it was done"),
+};
+constexpr commandArgument linkTypeArgs[] = {
+    itemIn(0, uidRef, "the frame"),
+    itemOut(1, i16, "type of its link; 1 when it has none"),
+};
+constexpr commandArgument markerArgs[] = {
+    itemInOut(0, string, "a text with field markers, then without"),
+    itemIn(1, u32, "number of the record"),
+    itemIn(2, u16, "a parameter of the fetch"),
+};
+constexpr commandArgument pdfPageArgs[] = {
+    itemIn(0, uidRef, "the frame"),
+    itemIn(1, i32, "the page"),
+    itemIn(2, i32, "an option"),
+    itemIn(3, i32, "an option"),
+};
+constexpr commandArgument controlKindArgs[] = {
+    itemIn(0, uidRef, "the frame"),
+    itemOut(1, u16, "it is a control frame"),
+    itemOut(2, u16, "of this kind"),
+};
+constexpr commandArgument listedArgs[] = {itemIn(0, u32, "number of a page item"), itemOut(1, u16, "its flag")};
+constexpr commandArgument variableArgs[] = {
+    itemIn(0, uidRef, "the frame"),
+    itemOut(1, u16, "1 when it is marked as pass-through"),
+};
+constexpr commandArgument listFramesArgs[] = {
+    itemIn(0, uidRef, "the document"),
+    itemOut(1, uidList, "all control frames"),
+};
+constexpr commandArgument filterFramesArgs[] = {
+    itemIn(0, uidList, "control frames"),
+    itemIn(1, u16, "kind"),
+    itemIn(2, i32, "first page"),
+    itemIn(3, i32, "last page"),
+    itemOut(4, uidList, "those of the kind and pages"),
+};
+constexpr commandArgument groupPictureArgs[] = {itemIn(0, uidRef, "the document"), itemOut(1, u32, "how many went")};
+constexpr commandArgument hasLinksArgs[] = {
+    itemIn(0, uidRef, "the document; the one in front when not given"),
+    itemOut(1, u16, "1 when it has a link"),
+};
+constexpr commandArgument keysArgs[] = {
+    itemInOut(0, string, "the keys"),
+    itemIn(1, string, "what stands between them"),
+    itemIn(2, u16, "1 keeps duplicates"),
+    itemIn(3, uidRef, "the document; the one in front when not given"),
+};
+constexpr commandArgument convertArgs[] = {
+    itemIn(0, uidRef, "the document"),
+    itemIn(1, u8, "0 text tags to links, 1 links to text tags"),
+};
+
+constexpr commandRow rows[] = {
+    {557, "kKelvaneCmdTagTextRange", price, second, tagTextRange, tagTextArgs, "Makes a range of text a link."},
+    {1271, "kKelvaneCmdTagTextRange", merge, second, tagTextRange, tagTextArgs, "Makes a range of text a link."},
+    {1244, "kKelvaneCmdTagFrame", price, second, tagFrame, tagFrameArgs, "Makes a page item a link."},
+    {1270, "kKelvaneCmdTagFrame", merge, second, tagFrame, tagFrameArgs, "Makes a page item a link."},
+    {553, "kKelvaneCmdSetFrameKey", price, second, nullptr, frameKeyArgs, "Sets the key of a frame's links."},
+    {1216, "kKelvaneCmdSetFrameRecordKey", merge, second, nullptr, frameRecordArgs,
+     "Makes a record's number the key of a frame's links."},
+    {1217, "kKelvaneCmdFindNamedFrame", any, second, nullptr, findFrameArgs, "Finds a frame by its name."},
+    {1218, "kKelvaneCmdSetFrameName", any, second, setFrameName, setNameArgs, "Names a frame."},
+    {1219, "kKelvaneCmdGetFrameName", any, second, getFrameName, getNameArgs, "Name of a frame."},
+    {592, "kKelvaneCmdGetTextLink", price, second, getTextLink, textLinkArgs, "The next link of a story; 1 for none."},
+    {597, "kKelvaneCmdGetTextLink", merge, second, getTextLink, textLinkArgs, "The next link of a story; 1 for none."},
+    {591, "kKelvaneCmdGetFrameLink", price, second, getFrameLink, frameLinkArgs, "The link of a frame; 1 for none."},
+    {598, "kKelvaneCmdGetFrameLink", merge, second, getFrameLink, frameLinkArgs, "The link of a frame; 1 for none."},
+    {582, "kKelvaneCmdApplyTagToSelection", any, second, nullptr, applyArgs, "Makes page items a link, as a group."},
+    {583, "kKelvaneCmdRemoveTagFromSelection", any, second, nullptr, itemsArgs, "Takes the link off page items."},
+    {580, "kKelvaneCmdGetSelection", any, second, nullptr, selectionArgs, "The selected page items."},
+    {581, "kKelvaneCmdSetSelection", any, second, nullptr, selectArgs, "Selects page items."},
+    {1278, "kKelvaneCmdGetFrameLinkType", any, second, getFrameLinkType, linkTypeArgs, "Type of a frame's link."},
+    {1275, "kKelvaneCmdExpandFieldMarkers", any, second, nullptr, markerArgs, "Fills the field markers of a text."},
+    {1279, "kKelvaneCmdSetPdfPage", any, second, nullptr, pdfPageArgs, "Sets the page of a PDF link."},
+    {1406, "kKelvaneCmdGetControlFrameKind", any, second, nullptr, controlKindArgs, "Is a frame a control frame?"},
+    {1407, "kKelvaneCmdGetListedFlag", any, second, nullptr, listedArgs, "Flag of an item in the run's list."},
+    {587, "kKelvaneCmdIsVariableFrame", any, second, isVariableFrame, variableArgs, "Is a frame marked?"},
+    {588, "kKelvaneCmdListControlFrames", any, second, nullptr, listFramesArgs, "All control frames of a document."},
+    {589, "kKelvaneCmdFilterControlFrames", any, second, nullptr, filterFramesArgs, "Control frames of a kind."},
+    {59, "kKelvaneCmdDeleteGroupPictures", any, second, nullptr, groupPictureArgs, "Removes group pictures."},
+    {548, "kKelvaneCmdHasLinks", any, second, hasLinks, hasLinksArgs, "Has a document any link?"},
+    {568, "kKelvaneCmdCollectLinkKeys", any, second, collectLinkKeys, keysArgs, "The keys of a document's links."},
+    {1233, "kKelvaneCmdConvertTags", price, second, nullptr, convertArgs, "Turns text tags into links and back."},
+    {1257, "kKelvaneCmdConvertTags", merge, second, nullptr, convertArgs, "Turns text tags into links and back."},
+};
+
+}  // namespace
+
+std::span<const commandRow> tagRows() {
+    return rows;
+}
+
+}  // namespace tarnova
