@@ -57,6 +57,13 @@ void ZavoFrameCallback::lookAtTag() {
     tagData.reset();
 }
 
+errorWord ZavoFrameCallback::replaceTagData(std::optional<std::string_view> data) {
+    const void* bytes = data ? data->data() : nullptr;
+    const std::size_t size = data ? data->size() : 0;
+    const bool stored = itemDataSet(frameRef, ItemDataPlace::pageItem, signature, bytes, size, storeOf(signature)) == 1;
+    return stored ? 0 : errFailed;
+}
+
 void ZavoFrameCallback::moveProgress() {
     const std::int32_t percent =
         total <= 0 ? 100 : static_cast<std::int32_t>(static_cast<std::int64_t>(processed) * 100 / total);

@@ -3,12 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "document/item_data.h"
 #include "document/uid.h"
 #include "engine/toolkit/memory.h"
 #include "engine/toolkit/pm_string.h"
+#include "engine/toolkit/types.h"
 
 namespace tarnova {
 
@@ -62,6 +64,10 @@ class ZavoFrameCallback : public IFrameCallback {
     [[nodiscard]] std::string_view tagBytes() const {
         return {reinterpret_cast<const char*>(tagData.get()), blockSize(tagData.get())};
     }
+
+    /// Replaces the entry of the signature on the item under visit, or takes it away. Gives errFailed when the document
+    /// refuses.
+    [[nodiscard]] errorWord replaceTagData(std::optional<std::string_view> data);
 
     std::uint16_t initError = 1;  // a subclass whose own construction fails sets it again
     std::uint16_t showProgress = 0;

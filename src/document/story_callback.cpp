@@ -1,6 +1,7 @@
 #include "document/story_callback.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "document/document.h"
@@ -14,6 +15,11 @@ namespace {
 
 constexpr std::int32_t noTextToWalk = 1;  // result for a story that isn't there
 constexpr std::int32_t progressSteps = 10;
+
+/// The class of the tags of the engine mode's store.
+TextAttributeClass tagClassInUse() {
+    return walkState().engineMode == 0 ? TextAttributeClass::kelvaneTag : TextAttributeClass::tallyraTag;
+}
 
 }  // namespace
 
@@ -29,7 +35,7 @@ ZavoStoryCallback::~ZavoStoryCallback() {
 
 std::int32_t ZavoStoryCallback::Process(UIDRef story, std::int32_t& start, std::int32_t& length, UIDRef,
                                         std::uint16_t* cancelWord) {
-    if (!story) return noTextToWalk;
+    if (!story || story.database->totalLength(story.uid) == 0) return noTextToWalk;
     cancel = cancelWord;
     tagLength = 0;
     threadStart = threadLimit = 0;
@@ -73,10 +79,9 @@ void ZavoStoryCallback::readRun(UIDRef story) {
     const attributeRunRec run = document.attributeRunAt(story.uid, position);
     runLength = std::min(run.length, threadLimit - position);
     runEndsThread = position + runLength >= threadLimit;
-    const TextAttributeClass store =
-        walkState().engineMode == 0 ? TextAttributeClass::kelvaneTag : TextAttributeClass::tallyraTag;
-    runTag =
-        run.attributes == nullptr ? nullptr : static_cast<const TagAttribute*>(run.attributes->QueryByClassID(store));
+    runTag = run.attributes == nullptr
+                 ? nullptr
+                 : static_cast<const TagAttribute*>(run.attributes->QueryByClassID(tagClassInUse()));
 }
 
 bool ZavoStoryCallback::continuesTag() const {
@@ -105,6 +110,32 @@ std::int32_t ZavoStoryCallback::closeTag(UIDRef story) {
 UID ZavoStoryCallback::frameOfTag(UIDRef story) const {
     const UID sole = story.database->soleFrame(story.uid);
     return sole != kInvalidUID ? sole : story.database->frameAt(story.uid, tagStart);
+}
+
+errorWord ZavoStoryCallback::replaceTagText(UIDRef story, std::u32string_view text, bool keepCharacters) {
+    const std::int32_t before = story.database->totalLength(story.uid);
+    const errorWord error = story.database->textReplace(story.uid, tagStart, tagLength - tagTail, text, keepCharacters);
+    if (error != 0) return error;
+    const std::int32_t growth = story.database->totalLength(story.uid) - before;
+    storyEnd += growth;
+    tagLength += growth;
+    position = tagStart + tagLength;
+    return 0;
+}
+
+errorWord ZavoStoryCallback::replaceTagData(UIDRef story, std::string_view data) {
+    const TextAttributeClass store = tagClassInUse();
+    const attributeRunRec run = story.database->attributeRunAt(story.uid, tagStart);
+    const TextAttribute* stored = run.attributes == nullptr ? nullptr : run.attributes->QueryByClassID(store);
+    if (stored == nullptr) return errFailed;
+    TagAttribute::Content content = static_cast<const TagAttribute*>(stored)->content();
+    content.data = data;
+    return story.database->attributeApply(story.uid, tagStart, tagLength,
+                                          std::make_shared<const TagAttribute>(store, std::move(content)));
+}
+
+errorWord ZavoStoryCallback::removeTag(UIDRef story) {
+    return story.database->attributeRemove(story.uid, tagStart, tagLength, tagClassInUse());
 }
 
 void ZavoStoryCallback::moveProgress() {

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "document/text_attributes.h"
 #include "document/uid.h"
 #include "engine/toolkit/pm_string.h"
+#include "engine/toolkit/types.h"
 
 namespace tarnova {
 
@@ -57,6 +59,17 @@ class ZavoStoryCallback : public IStoryCallback {
     std::int32_t TagProcess(UIDRef) override { return 0; }
 
  protected:
+    // What visitors do with the open tag in `TagProcess`; the tag's length and the scan's place follow. Each gives the
+    // document's error, and then nothing has changed.
+
+    /// Replaces the tag's text, its thread's closing mark left alone; the tag stays on the new text. An empty text
+    /// takes the characters away and their tag with them.
+    [[nodiscard]] errorWord replaceTagText(UIDRef story, std::u32string_view text, bool keepCharacters);
+    /// Gives the tag other data; its identity and its strings stay.
+    [[nodiscard]] errorWord replaceTagData(UIDRef story, std::string_view data);
+    /// Takes the tag off its text.
+    [[nodiscard]] errorWord removeTag(UIDRef story);
+
     std::uint16_t initError = 1;  // a subclass whose own construction fails sets it again
     std::uint16_t showProgress = 0;
     std::int32_t total = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <vector>
 
 namespace tarnova {
 
@@ -271,6 +272,24 @@ std::int32_t walkItem(UIDRef item, IFrameCallback* frameCallback, IStoryCallback
     if (!item) return 0;
     return Walker(*item.database, frameCallback, storyCallback, {}, {nullptr, nullptr, cancel})
         .visitItem(item.uid, true);
+}
+
+std::int32_t processItem(UIDRef item, IFrameCallback* frameCallback, IStoryCallback* storyCallback,
+                         std::uint16_t* cancel) {
+    if (!item) return 0;
+    std::uint16_t ownCancel = 0;
+    std::uint16_t* word = cancel != nullptr ? cancel : &ownCancel;
+    Document& document = *item.database;
+    if (!document.isGroup(item.uid)) return walkItem(item, frameCallback, storyCallback, word);
+    std::vector<UID> members;
+    for (std::int32_t i = document.childCount(item.uid) - 1; i >= 0; --i)
+        members.push_back(document.childAt(item.uid, i));
+    std::int32_t result = 0;
+    for (std::size_t i = 0; i < members.size() && result == 0 && *word == 0; ++i) {
+        if (!document.itemExists(members[i])) continue;
+        result = processItem({&document, members[i]}, frameCallback, storyCallback, word);
+    }
+    return result;
 }
 
 }  // namespace tarnova

@@ -42,4 +42,9 @@ std::int32_t walkDocument(Document& document, IFrameCallback* frameCallback, ISt
 /// Visits one item and what it holds in the same order, wherever it lies.
 std::int32_t walkItem(UIDRef item, IFrameCallback* frameCallback, IStoryCallback* storyCallback, std::uint16_t* cancel);
 
+/// What a command on a selection does with one selected item: a group hands over its members one by one, wherever they
+/// lie, and isn't visited itself; a frame is visited, and then its text as above. One word ends it all.
+std::int32_t processItem(UIDRef item, IFrameCallback* frameCallback, IStoryCallback* storyCallback,
+                         std::uint16_t* cancel);
+
 }  // namespace tarnova

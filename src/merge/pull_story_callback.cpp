@@ -181,21 +181,13 @@ errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) 
     if (!keepMode) return 0;
     // One replacement for the whole run: the new text takes the attributes of the run's first character, its tag
     // among them, whatever the rest of the run looked like.
-    const std::int32_t runText = tagLength - tagTail;
-    const std::int32_t before = story.database->totalLength(story.uid);
-    const errorWord error = story.database->textReplace(story.uid, tagStart, runText, newText, false);
-    if (error == 0) resizeTag(runText + story.database->totalLength(story.uid) - before);
-    return error;
+    return replaceTagText(story, newText, false);
 }
 
 errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {
-    Document& document = *story.database;
-    const std::int32_t runText = tagLength - tagTail;
-    const auto tagClass = session().engineMode == 0 ? TextAttributeClass::kelvaneTag : TextAttributeClass::tallyraTag;
-    errorWord error = document.attributeRemove(story.uid, tagStart, tagLength, tagClass);
-    if (error == 0) error = document.textDelete(story.uid, tagStart, runText);
+    errorWord error = removeTag(story);
+    if (error == 0) error = replaceTagText(story, {}, true);
     if (error != 0) return error;
-    resizeTag(0);
     if (deleteLine != deletelineNothing) queueParagraph(story, tagStart, deleteLine == deletelineAlways);
     return 0;
 }
@@ -207,12 +199,6 @@ void ZavoPullStoryCallback::queueParagraph(UIDRef story, std::int32_t atPosition
         return;
     }
     paragraphQueue.push_back({start, unconditional});
-}
-
-/// The run's text has a new length: the tag and the story's range follow.
-void ZavoPullStoryCallback::resizeTag(std::int32_t newTextLength) {
-    storyEnd += newTextLength + tagTail - tagLength;
-    tagLength = newTextLength + tagTail;
 }
 
 std::int32_t ZavoPullStoryCallback::StoryEnd(UIDRef story) {

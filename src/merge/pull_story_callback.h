@@ -41,7 +41,6 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     errorWord replaceRun(UIDRef story, errorWord priorError);
     errorWord deleteRun(UIDRef story);
     void queueParagraph(UIDRef story, std::int32_t atPosition, bool unconditional);
-    void resizeTag(std::int32_t newTextLength);
     errorWord cleanParagraphs(UIDRef story, errorWord priorError);
     errorWord cleanParagraph(UIDRef story, const queuedParagraphRec& entry);
     void checkOverset(UIDRef story);

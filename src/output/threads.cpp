@@ -24,8 +24,7 @@ class MarkRemoval final : public ZavoFrameCallback {
     MarkRemoval() { SetSignature(itemDataThreadCopies); }
     bool TagIsMine(std::string_view) override { return true; }
     std::int32_t TagProcess() override {
-        const std::uint16_t store = walkState().engineMode;
-        if (itemDataSet(frameRef, ItemDataPlace::pageItem, itemDataThreadCopies, nullptr, 0, store) == 0) failed = true;
+        if (replaceTagData(std::nullopt) != 0) failed = true;
         return 0;
     }
     bool failed = false;

@@ -33,6 +33,12 @@ struct tagIdMemoryRec {
 
 tagIdMemoryRec tagIdMemory;
 
+/// The clock's tick, or the number behind `last` when that isn't above it.
+std::uint32_t tickBehind(std::uint32_t last) {
+    const std::uint32_t tick = clockTicks();
+    return tick <= last ? last + 1 : tick;
+}
+
 }  // namespace
 
 void tagStringsInit(tagStrings& strings, std::uint16_t mode) {
@@ -69,12 +75,16 @@ std::uint32_t newTagId(const Document& document) {
         for (const UID story : document.stories())
             collectIds(document, story, memory.used);
     }
-    std::uint32_t id = clockTicks();
-    if (id <= memory.last) id = memory.last + 1;
+    std::uint32_t id = tickBehind(memory.last);
     while (!memory.used.insert(id).second)
         ++id;
     memory.last = id;
     return id;
+}
+
+std::uint32_t newTableTagId() {
+    static std::uint32_t last = 0;
+    return last = tickBehind(last);
 }
 
 }  // namespace tarnova

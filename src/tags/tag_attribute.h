@@ -45,4 +45,7 @@ void tagStringsInit(tagStrings& strings, std::uint16_t mode);
 /// from earlier sessions are skipped; they are collected once, when a tag is first made in the document.
 [[nodiscard]] std::uint32_t newTagId(const Document& document);
 
+/// The same for the attribute of a table, with a memory of its own: the last one given out was another.
+[[nodiscard]] std::uint32_t newTableTagId();
+
 }  // namespace tarnova

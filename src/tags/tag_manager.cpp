@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <string>
 
 #include "document/item_data.h"
+#include "document/table_commands.h"
 #include "document/walk_state.h"
 #include "engine/toolkit/messages.h"
 
@@ -70,6 +72,12 @@ std::uint32_t tagIdFor(UIDRef story, std::int32_t start, std::int32_t length) {
     return id;
 }
 
+/// The end of a range that a caller gives, whatever its numbers.
+std::int32_t limitOf(std::int32_t position, std::int32_t length) {
+    constexpr std::int64_t last = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min(std::int64_t{position} + std::max(length, 0), last));
+}
+
 /// A range that runs to the story's end, cut in front of its closing character.
 std::int32_t lengthInText(UIDRef story, std::int32_t position, std::int32_t length) {
     const std::int32_t textLimit = story.database->totalLength(story.uid) - 1;
@@ -95,9 +103,21 @@ std::int32_t removeEntry(UIDRef frame, std::uint32_t type, std::uint16_t store) 
     return setEntry(frame, type, std::string_view{}, store);
 }
 
-std::int32_t clearReserved(std::byte** outData) {
+std::int32_t giveNothing(std::byte** outData) {
     if (outData != nullptr) *outData = nullptr;
     return resultFailed;
+}
+
+std::int32_t layOverTable(ITableCommands* commands, const tagStrings& strings, std::string_view data) {
+    if (commands == nullptr || !commands->CanApplyOverrides()) return resultFailed;
+    const auto attribute = std::make_shared<NokDataTagTableAttr>();
+    attribute->setOwnerName(strings.ownerName);
+    attribute->setHighlightMode(strings.highlightMode);
+    attribute->setHighlightColour(strings.highlightColour);
+    attribute->setSpare(strings.spare);
+    attribute->setTagId(newTableTagId());
+    attribute->setData(data);
+    return commands->ApplyOverride(attribute) == 0 ? resultDone : resultFailed;
 }
 
 }  // namespace
@@ -131,7 +151,8 @@ std::int32_t ZavoDataTagManager::GetTextTag(UIDRef story, tagStrings* outStrings
 std::int32_t ZavoDataTagManager::GetNextTextTag(UIDRef story, tagStrings* outStrings, std::int32_t& position,
                                                 std::int32_t& length, std::byte** outData,
                                                 std::int32_t& outFoundPosition, std::int32_t& outFoundLength) {
-    const textTagRec tag = story ? findNextTextTag(*story.database, story.uid, position + length) : textTagRec{};
+    const textTagRec tag =
+        story ? findNextTextTag(*story.database, story.uid, limitOf(position, length)) : textTagRec{};
     return giveTag(tag, outStrings, position, length, outData, outFoundPosition, outFoundLength);
 }
 
@@ -151,7 +172,7 @@ std::int32_t ZavoDataTagManager::RemoveTextTag(UIDRef story, const tagStrings&, 
         position = tag.start;
         length = tag.length;
     }
-    if (removeTags(story, position, position + length) == 0) return resultDone;
+    if (removeTags(story, position, limitOf(position, length)) == 0) return resultDone;
     reportErrorKey("kZavoErrorRemoveSequenceFailed");
     return resultFailed;
 }
@@ -181,11 +202,11 @@ std::int32_t ZavoDataTagManager::GetFrameTag(UIDRef frame, const tagStrings&, st
 }
 
 std::int32_t ZavoDataTagManager::Reserved9(UIDRef, const tagStrings&, std::byte** outData) {
-    return clearReserved(outData);
+    return giveNothing(outData);
 }
 
 std::int32_t ZavoDataTagManager::Reserved10(UIDRef, const tagStrings&, std::byte** outData) {
-    return clearReserved(outData);
+    return giveNothing(outData);
 }
 
 std::int32_t ZavoDataTagManager::RemoveFrameTag(UIDRef frame) {
@@ -209,31 +230,41 @@ std::int32_t ZavoDataTagManager::GetChartTag(UIDRef frame, const tagStrings&, st
 }
 
 std::int32_t ZavoDataTagManager::Reserved15(UIDRef, const tagStrings&, std::byte** outData) {
-    return clearReserved(outData);
+    return giveNothing(outData);
 }
 
 std::int32_t ZavoDataTagManager::Reserved16(UIDRef, const tagStrings&, std::byte** outData) {
-    return clearReserved(outData);
+    return giveNothing(outData);
 }
 
 std::int32_t ZavoDataTagManager::RemoveChartTag(UIDRef frame) {
     return removeEntry(frame, itemDataChartTag, walkState().engineMode);
 }
 
-std::int32_t ZavoDataTagManager::TagTable(UIDRef, const tagStrings&, std::string_view data) {
-    return data.empty() ? resultDone : resultFailed;
+std::int32_t ZavoDataTagManager::TagTable(UIDRef table, const tagStrings& strings, std::string_view data) {
+    if (data.empty()) return resultDone;
+    return layOverTable(table ? table.database->tableCommands(table.uid) : nullptr, strings, data);
 }
 
-std::int32_t ZavoDataTagManager::GetTableTag(UIDRef, tagStrings*, std::byte** outData) {
-    return clearReserved(outData);
+std::int32_t ZavoDataTagManager::GetTableTag(UIDRef table, tagStrings* outStrings, std::byte** outData) {
+    const INokDataTagTableAttr* attribute = table ? table.database->tableAttribute(table.uid) : nullptr;
+    if (attribute == nullptr) return giveNothing(outData);
+    if (outStrings != nullptr) {
+        *outStrings = {attribute->ownerName(), attribute->highlightMode(), attribute->highlightColour(),
+                       attribute->spare()};
+    }
+    if (outData != nullptr) *outData = attribute->copyData();
+    return resultDone;
 }
 
-std::int32_t ZavoDataTagManager::TagTableCommands(UIDRef, const tagStrings&) {
-    return resultFailed;
+std::int32_t ZavoDataTagManager::TagTableCommands(ITableCommands* tableCommands, const tagStrings& strings) {
+    return layOverTable(tableCommands, strings, {});
 }
 
-std::int32_t ZavoDataTagManager::RemoveTableTag(UIDRef, const tagStrings&) {
-    return resultFailed;
+std::int32_t ZavoDataTagManager::RemoveTableTag(UIDRef table, const tagStrings&) {
+    if (!table) return resultFailed;
+    const auto command = CmdUtils::CreateCommand<NokClearTableOverridesCmd>(NokClearTableOverridesCmdData{{table.uid}});
+    return CmdUtils::ProcessCommand(*table.database, *command) == 0 ? resultDone : resultFailed;
 }
 
 std::int32_t ZavoDataTagManager::SetActionFrameAttr(UIDRef frame, const tagStrings&, std::string_view data) {

@@ -40,7 +40,8 @@ using targetAction = std::function<std::int32_t(UIDRef target)>;
 
 /// Results are 0 for done and 1 for failed unless told otherwise. A `std::byte** outData` may be null; it gets a copy
 /// of the stored bytes, or null, and the caller frees it with freeBlock. Positions and lengths are in characters. Of
-/// the strings that go in only `TagText` makes use; where they come out (`tagStrings*`) null is allowed.
+/// the strings that go in only `TagText`, `TagTable` and `TagTableCommands` make use; where they come out
+/// (`tagStrings*`) null is allowed.
 class IZavoDataTagManager {
  public:
     virtual ~IZavoDataTagManager() = default;
@@ -92,11 +93,14 @@ class IZavoDataTagManager {
     virtual std::int32_t Reserved16(UIDRef frame, const tagStrings& strings, std::byte** outData) = 0;
     virtual std::int32_t RemoveChartTag(UIDRef frame) = 0;
 
-    // 18 to 21: tables. A table that takes no commands answers 1, and no table takes any so far. `TagTable` without
-    // data does nothing and gives 0.
+    // 18 to 21: tables. A table that takes no commands answers 1.
+
+    /// Lays an attribute with this data over the table. Without data it does nothing and gives 0.
     virtual std::int32_t TagTable(UIDRef table, const tagStrings& strings, std::string_view data) = 0;
+    /// 0 when the table has an attribute, whoever owns it: the strings tell.
     virtual std::int32_t GetTableTag(UIDRef table, tagStrings* outStrings, std::byte** outData) = 0;
-    virtual std::int32_t TagTableCommands(UIDRef tableCommands, const tagStrings& strings) = 0;
+    /// Lays an attribute without data over the table of the commands; null counts as a table that takes none.
+    virtual std::int32_t TagTableCommands(ITableCommands* tableCommands, const tagStrings& strings) = 0;
     virtual std::int32_t RemoveTableTag(UIDRef table, const tagStrings& strings) = 0;
 
     // 22 to 24: a frame's rule attributes (JSON text), always in the `Kelvane` store.
@@ -136,7 +140,7 @@ class ZavoDataTagManager final : public IZavoDataTagManager {
     std::int32_t RemoveChartTag(UIDRef frame) override;
     std::int32_t TagTable(UIDRef table, const tagStrings& strings, std::string_view data) override;
     std::int32_t GetTableTag(UIDRef table, tagStrings* outStrings, std::byte** outData) override;
-    std::int32_t TagTableCommands(UIDRef tableCommands, const tagStrings& strings) override;
+    std::int32_t TagTableCommands(ITableCommands* tableCommands, const tagStrings& strings) override;
     std::int32_t RemoveTableTag(UIDRef table, const tagStrings& strings) override;
     std::int32_t SetActionFrameAttr(UIDRef frame, const tagStrings& strings, std::string_view data) override;
     std::int32_t GetActionFrameAttr(UIDRef frame, const tagStrings& strings, std::byte** outData) override;

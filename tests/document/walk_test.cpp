@@ -278,6 +278,96 @@ TEST_F(Walk, CountsWithoutVisitorsAndWordsOfItsOwn) {
               0);
 }
 
+TEST_F(Walk, ASelectedGroupHandsOverItsMembers) {
+    const UID spread = document.addSpread();
+    const UID outer = document.addItem(document.node(spread), ItemClass::group);
+    const UID back = document.addFrame(outer);
+    const UID inner = document.addItem(outer, ItemClass::group);
+    const UID story = document.addStory(U"text\r");
+    const UID member = document.addTextFrame(inner, story);
+    const UID gone = document.addFrame(inner);
+    const UID front = document.addFrame(inner);
+    StoryRecorder stories(visits);
+    frames.atItem = [&](UIDRef& frame, std::uint16_t&) {
+        return frame.uid == front ? static_cast<std::int32_t>(document.deleteItem(gone)) : 0;
+    };
+    EXPECT_EQ(processItem({&document, outer}, &frames, &stories, &cancel), 0);
+    EXPECT_THAT(visits, ElementsAre(front, member, story, back)) << "and not the groups";
+
+    frames.atItem = [](UIDRef&, std::uint16_t& word) { return static_cast<std::int32_t>(word = 1) - 1; };
+    visits.clear();
+    EXPECT_EQ(processItem({&document, outer}, &frames, &stories, nullptr), 0);
+    EXPECT_THAT(visits, ElementsAre(front)) << "cancel ends it, also with a word of its own";
+    frames.atItem = [](UIDRef&, std::uint16_t&) { return 9; };
+    EXPECT_EQ(processItem({&document, outer}, &frames, &stories, &cancel), 9);
+    EXPECT_EQ(processItem(kInvalidUIDRef, &frames, &stories, &cancel), 0);
+}
+
+/// A pair that writes the tags of a document anew: those of "old" data become "new", all others go.
+class Rewrite {
+ public:
+    class Frames final : public ZavoFrameCallback {
+     public:
+        bool TagIsMine(std::string_view) override { return true; }
+        std::int32_t TagProcess() override {
+            if (tagBytes() == "old") return replaceTagData("new");
+            return replaceTagData(std::nullopt);
+        }
+    };
+    class Stories final : public ZavoStoryCallback {
+     public:
+        explicit Stories(std::u32string itsText) : text(std::move(itsText)) {}
+        bool TagIsMine(UIDRef, const TagAttribute& attribute) override {
+            isOld = attribute.data() == "old";
+            return true;
+        }
+        std::int32_t TagProcess(UIDRef story) override {
+            errors |= isOld ? replaceTagData(story, "new") : removeTag(story);
+            errors |= replaceTagText(story, text, true);
+            return 0;
+        }
+        errorWord errors = 0;
+
+     private:
+        std::u32string text;
+        bool isOld = false;
+    };
+};
+
+TEST_F(Walk, APairRewritesTagsAndTheirText) {
+    const UID spread = document.addSpread();
+    const UID story = document.addStory(U"aa.bb.ccdd\r");
+    const UID frame = document.addTextFrame(document.node(spread), story);
+    document.setTag(story, 0, 2, 1, "old");
+    document.setTag(story, 3, 2, 2, "other");
+    document.setTag(story, 6, 2, 3, "old");
+    document.setTag(story, 8, 3, 4, "old");  // to the closing mark
+    const UIDRef item{&document, frame};
+    itemDataSet(item, ItemDataPlace::pageItem, itemDataFrameTag, "old", 3, 0);
+    const auto rewrite = [&](std::u32string text) {
+        Rewrite::Frames onFrames;
+        Rewrite::Stories onStories(std::move(text));
+        walkDocument(document, &onFrames, &onStories, 0, 0, WalkScope::everything, false, false, nullptr, nullptr,
+                     &cancel, false);
+        EXPECT_EQ(onStories.errors, 0);
+        std::string tags;
+        for (std::int32_t at = 0; at < document.totalLength(story);) {
+            const attributeRunRec run = document.attributeRunAt(story, at);
+            const auto* tag =
+                static_cast<const TagAttribute*>(run.attributes->QueryByClassID(TextAttributeClass::kelvaneTag));
+            if (tag != nullptr) tags += std::to_string(tag->tagId()) + tag->data() + std::to_string(run.length) + " ";
+            at += run.length;
+        }
+        return tags;
+    };
+    EXPECT_EQ(rewrite(U"longer"), "1new6 3new6 4new7 ");
+    EXPECT_EQ(document.textRead(story, 0, 99), U"longer.longer.longerlonger\r");
+    EXPECT_EQ(*itemDataView(item, ItemDataPlace::pageItem, itemDataFrameTag, 0), "new");
+    EXPECT_EQ(rewrite(U""), "") << "not old any more: tags and text go";
+    EXPECT_EQ(document.textRead(story, 0, 99), U".longer.\r");
+    EXPECT_FALSE(itemDataView(item, ItemDataPlace::pageItem, itemDataFrameTag, 0));
+}
+
 class StatusRecorder final : public AlertService {
  public:
     StatusRecorder() { installAlertService(this); }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <set>
 
 #include "document/item_data.h"
@@ -264,7 +265,7 @@ TEST_F(TagManager, FrameEntriesAndTheirStores) {
     EXPECT_EQ(manager.SetFrameTag(frame, strings, "x"), 1);
 }
 
-TEST_F(TagManager, ReservedAndTableOperations) {
+TEST_F(TagManager, ReservedOperations) {
     const UIDRef item{&document, document.addFrame(document.node(document.addSpread()))};
     std::byte mark{};
     for (const auto reserved : {&IZavoDataTagManager::Reserved9, &IZavoDataTagManager::Reserved10,
@@ -273,8 +274,58 @@ TEST_F(TagManager, ReservedAndTableOperations) {
         EXPECT_EQ((manager.*reserved)(item, strings, &data), 1);
         EXPECT_EQ(data, nullptr);
     }
-    EXPECT_EQ(manager.TagTable(item, strings, "x"), 1);
-    EXPECT_EQ(manager.TagTable(item, strings, ""), 0);
+}
+
+TEST_F(TagManager, Tables) {
+    const UIDRef table{&document, document.newUid()}, none{&document, document.newUid()};
+    FakeTable& model = document.tables[table.uid];
+    std::byte mark{};
+    std::byte* data = &mark;
+    EXPECT_EQ(manager.GetTableTag(table, nullptr, &data), 1);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(manager.TagTable(table, strings, ""), 0);
+    EXPECT_EQ(model.attribute, nullptr) << "without data nothing is done";
+    ASSERT_EQ(manager.TagTable(table, strings, "{}"), 0);
+    const auto first = std::static_pointer_cast<const NokDataTagTableAttr>(model.attribute);
+    tagStrings read;
+    ASSERT_EQ(manager.GetTableTag(table, &read, &data), 0);
+    EXPECT_EQ(take(data), "{}");
+    EXPECT_EQ(read.ownerName + read.highlightMode + read.highlightColour + read.spare, "KelvaneHighlightGreenSpare");
+    ASSERT_EQ(manager.TagTableCommands(&model, strings), 0);
+    EXPECT_EQ(model.attribute->dataSize(), 0U);
+    EXPECT_NE(std::static_pointer_cast<const NokDataTagTableAttr>(model.attribute)->tagId(), first->tagId());
+    EXPECT_EQ(manager.RemoveTableTag(table, strings), 0);
+    EXPECT_EQ(model.attribute, nullptr);
+    EXPECT_THAT(document.log, ::testing::ElementsAre("begin Clear Table Overrides", "end"));
+
+    EXPECT_EQ(manager.TagTable(none, strings, "x"), 1);
+    EXPECT_EQ(manager.TagTable(none, strings, ""), 0);
+    EXPECT_EQ(manager.TagTableCommands(nullptr, strings), 1);
+    EXPECT_EQ(manager.RemoveTableTag(none, strings), 1);
+    model.canApply = false;
+    EXPECT_EQ(manager.TagTable(table, strings, "x"), 1);
+    EXPECT_EQ(manager.TagTableCommands(&model, strings), 1);
+    EXPECT_EQ(manager.RemoveTableTag(table, strings), 1);
+    EXPECT_EQ(manager.RemoveTableTag(kInvalidUIDRef, strings), 1);
+    model.canApply = true;
+    document.refusesChanges = true;
+    EXPECT_EQ(manager.RemoveTableTag(table, strings), 1) << "no sequence can be begun";
+}
+
+TEST_F(TagManager, RangesPastAllNumbers) {
+    addStory(U"aabb\r");
+    tagText(2, 2, "b");
+    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
+    std::int32_t position = 2, length = most;
+    manager.GetNextTextTag(story, nullptr, position, length, nullptr, found, foundLength);
+    EXPECT_EQ(found, -1);
+    position = 1;
+    length = most;
+    EXPECT_EQ(manager.RemoveTextTag(story, strings, position, length), 0);
+    expectTag(at(0, most), -1, -1, "removed");
+    position = most;
+    EXPECT_EQ(manager.TagText(story, strings, "x", position, length), 0);
+    expectTag(at(0, most), -1, -1, "nothing behind the end");
 }
 
 TEST_F(TagManager, RecordsOnFrames) {
