@@ -136,6 +136,18 @@ int compareWithTex(const std::string& tarnova, const std::string& folder, std::u
     return 0;
 }
 
+/// Memory is that of a chunk of pages, however many records are merged.
+int compareMemory(const std::string& tarnova, const std::string& folder, std::uint32_t records) {
+    for (const std::uint32_t part : {records / 10, records}) {
+        const costRec cost = runProgram({tarnova, "merge", "letter.tvd", "--data", "letters.csv", "-o", "letters.pdf",
+                                         "--records", fmt::format("1-{}", part)},
+                                        folder);
+        if (!cost.ran) return 1;
+        fmt::print("  peak memory of {:>7} letters {:>26.1f} MiB\n", part, cost.peakMebibytes);
+    }
+    return 0;
+}
+
 /// The stages of one process by taking more and more of them along.
 int tellStages(const std::string& folder, std::uint32_t records) {
     sessionInit();
@@ -178,6 +190,7 @@ int main(int argumentCount, char** arguments) {
     std::filesystem::create_directories(folder);
     setenv("XDG_DATA_HOME", (folder + "/home").c_str(), 1);
     tarnova::bench::writeLetterJob(folder, records);
-    const int failed = tarnova::bench::compareWithTex(tarnova, folder, records);
+    int failed = tarnova::bench::compareWithTex(tarnova, folder, records);
+    if (failed == 0) failed = tarnova::bench::compareMemory(tarnova, folder, records);
     return failed != 0 ? failed : tarnova::bench::tellStages(folder, records);
 }

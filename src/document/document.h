@@ -128,6 +128,8 @@ class DocumentPages {
     /// Deletes pages with the items on them; a spread that loses its last page goes too. The other pages stay where
     /// they are: they aren't paired anew, and a left page stays a left one.
     [[nodiscard]] virtual errorWord removePages(const std::vector<UID>& pages) = 0;
+    /// The master spread applied to a page, of a master's page the one that it is based on, or `kInvalidUID`.
+    [[nodiscard]] virtual UID masterOfPage(UID page) const = 0;
     /// Gives pages of the document another master, or none (`kInvalidUID`).
     [[nodiscard]] virtual errorWord applyMaster(const std::vector<UID>& pages, UID master) = 0;
     /// Makes the items of the pages' masters, and of those that they are based on, items of the pages: on the same

@@ -10,6 +10,7 @@
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/strings.h"
 #include "output/build_tables.h"
+#include "output/master_items.h"
 #include "output/threads.h"
 
 namespace tarnova {
@@ -93,6 +94,38 @@ errorWord addSlot(Document& document, const std::vector<sectionRec>& sections, e
     return appendSlot(error);
 }
 
+/// What is done to the template's own pages before they are copied.
+errorWord prepareTemplate(UIDRef document, bool detachMasters, std::int32_t& outThreadCount) {
+    const bool hasCopies = session().slotTarget > 1;
+    if (hasCopies) gatherMasters(document);
+    errorWord error = 0;
+    if ((hasCopies || detachMasters) && runDetachesMasters()) error = detachMasterItems(document, 0);
+    if (hasCopies) error = markThreads(document, outThreadCount, error);
+    return error;
+}
+
+/// The slot loop, with its progress.
+errorWord addSlots(Document& document, bool adaptive, bool showProgress, const std::vector<sectionRec>& sections,
+                   errorWord priorError) {
+    auto& run = session();
+    const bool showsBar = showProgress && run.slotTarget != 1;
+    const PMString text = showsBar ? PMString(stringOfKey("kZavoBuildingDocumentMessageStringKey")) : PMString();
+    errorWord error = statusDialog(text, 0, showsBar, false, priorError);
+    SlowdownWatch watch;
+    int shownPercent = 0;
+    while (error == 0 && run.slotCount < run.slotTarget) {
+        const double start = adaptive ? ticksNow() : 0;
+        error = addSlot(document, sections, error);
+        if (adaptive && error == 0 && watch.noteRound(ticksNow() - start, run.slotCount))
+            run.slotTarget = run.slotCount;
+        const int percent = static_cast<int>(std::int64_t{run.slotCount} * 100 / std::max(run.slotTarget, 1));
+        if (percent < shownPercent + 10) continue;
+        shownPercent = percent;
+        error = statusDialog(text, percent, showsBar, false, error);
+    }
+    return statusDialog(text, -1, showsBar, false, error);
+}
+
 }  // namespace
 
 void computeSlots() {
@@ -114,31 +147,15 @@ void computeSlots() {
     }
 }
 
-errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, bool replicateSections,
+errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, bool replicateSections, bool detachMasters,
                         errorWord priorError) {
     if (priorError != 0) return priorError;
-    auto& run = session();
-    const bool showsBar = showProgress && run.slotTarget != 1;
-    const PMString text = showsBar ? PMString(stringOfKey("kZavoBuildingDocumentMessageStringKey")) : PMString();
     std::int32_t threadCount = 0;
-    errorWord error = run.slotTarget > 1 ? markThreads(document, threadCount, 0) : 0;
+    errorWord error = prepareTemplate(document, detachMasters, threadCount);
     const bool copiesSections = replicateSections && appPrefs().replicateSections != 0;
     const std::vector<sectionRec> sections =
         copiesSections ? templateSections(*document.database) : std::vector<sectionRec>();
-    error = statusDialog(text, 0, showsBar, false, error);
-    SlowdownWatch watch;
-    int shownPercent = 0;
-    while (error == 0 && run.slotCount < run.slotTarget) {
-        const double start = adaptive ? ticksNow() : 0;
-        error = addSlot(*document.database, sections, error);
-        if (adaptive && error == 0 && watch.noteRound(ticksNow() - start, run.slotCount))
-            run.slotTarget = run.slotCount;
-        const int percent = static_cast<int>(std::int64_t{run.slotCount} * 100 / std::max(run.slotTarget, 1));
-        if (percent < shownPercent + 10) continue;
-        shownPercent = percent;
-        error = statusDialog(text, percent, showsBar, false, error);
-    }
-    error = statusDialog(text, -1, showsBar, false, error);
+    error = addSlots(*document.database, adaptive, showProgress, sections, error);
     return threadCount > 0 ? rebuildThreads(document, error) : error;
 }
 

@@ -26,9 +26,10 @@ void computeSlots();
 /// is a copy of its spreads. With `adaptive` the expansion ends early, and `slotTarget` with it, once adding pages has
 /// become slower than at the start (ten rounds above 1.2 times the first five). With `replicateSections`, and unless
 /// the preference of this name is off, each copy starts the sections that the template starts. Threads of text frames
-/// run on within each slot as they do in the template.
+/// run on within each slot as they do in the template. With several slots or `detachMasters`, and where the type of the
+/// run lets it, items of masters first become items of the pages (`detachMasterItems`), so that each slot has its own.
 [[nodiscard]] errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, bool replicateSections,
-                                      errorWord priorError);
+                                      bool detachMasters, errorWord priorError);
 
 /// Deletes the pages of slots without data. Slot 0, slots with a merge error and flagged pages stay.
 [[nodiscard]] errorWord pruneUnusedPages(UIDRef document, errorWord priorError);

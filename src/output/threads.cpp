@@ -18,6 +18,12 @@ void walkPages(UIDRef document, IFrameCallback& callback) {
                  nullptr, true);
 }
 
+errorWord removeMark(UIDRef frame) {
+    const std::uint16_t store = walkState().engineMode;
+    const bool done = itemDataSet(frame, ItemDataPlace::pageItem, itemDataThreadCopies, nullptr, 0, store) != 0;
+    return done ? 0 : errFailed;
+}
+
 /// Takes away the mark of each item that has one, whatever it says.
 class MarkRemoval final : public ZavoFrameCallback {
  public:
@@ -88,13 +94,14 @@ errorWord rebuildThreads(UIDRef document, errorWord priorError) {
     bool isWhole = false;  // no position of the thread was missing so far
     for (std::size_t i = 0; i < frames.size() && error == 0; ++i) {
         const auto& frame = frames[i];
+        error = removeMark({document.database, frame.frame});
         const bool begins = i == 0 || frames[i - 1].slot != frame.slot || frames[i - 1].thread != frame.thread;
         if (begins) {
             isWhole = frame.position == 0;
             continue;
         }
         isWhole = isWhole && frame.position == frames[i - 1].position + 1;
-        if (isWhole) error = document.database->linkFrames(frames[i - 1].frame, frame.frame);
+        if (isWhole && error == 0) error = document.database->linkFrames(frames[i - 1].frame, frame.frame);
     }
     return error;
 }

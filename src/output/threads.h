@@ -1,5 +1,6 @@
 // Threads of text frames across the copies of a template. A copied spread loses the thread to frames on other spreads,
-// so before the expansion each frame is marked with its place, and behind it the frames of each slot are joined again.
+// so before the expansion each frame is marked with its place, and behind it the frames of each slot are joined again;
+// then the marks have served.
 
 #pragma once
 
@@ -39,7 +40,8 @@ class ZavoThreadedTextFramesCallback final : public ZavoFrameCallback {
 /// before are taken away. `outThreadCount` is the number of threads.
 [[nodiscard]] errorWord markThreads(UIDRef document, std::int32_t& outThreadCount, errorWord priorError);
 
-/// Joins the marked frames of each slot as their marks say, from position 0 to the first that is missing.
+/// Joins the marked frames of each slot as their marks say, from position 0 to the first that is missing, and takes the
+/// marks away.
 [[nodiscard]] errorWord rebuildThreads(UIDRef document, errorWord priorError);
 
 }  // namespace tarnova

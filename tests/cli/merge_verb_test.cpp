@@ -166,6 +166,38 @@ TEST_F(MergeVerbTest, RecordsAndStepChooseWhatIsMerged) {
     EXPECT_EQ(mergePdf("--step 3"), (std::vector<std::string>{"r1 r2.", "r4 r5."}));
 }
 
+/// A link on a master is merged on every page of every record: left and right pages, with the page's own sequence.
+TEST_F(MergeVerbTest, LinksOnMastersTakeTheRecordOfTheirPage) {
+    const std::string frame = R"("items": [{"bounds": [10, 10, 80, 30], "text": )";
+    const std::string head = R"({"tarnovaLayout": 1, "facing": true, "pageSize": [100, 100],
+        "layers": [{"name": "Back"}, {"name": "Front", "locked": true}],
+        "masters": [{"name": "Base", "pages": [{"items": [{"bounds": [10, 60, 80, 30], "layer": "Front", "text": "b {{B}}"}]}]},
+                    {"name": "M", "pages": [{"master": "Base", )" +
+                             frame + R"("left {{A}}"}]},
+                                            {"master": "Base", )" +
+                             frame + R"("right {{2:A}}"}]}]}],)";
+    write("data.csv", "A,B\na1,b1\na2,b2\na3,b3\na4,b4\n");
+    write("layout.tvd", head + R"("pages": [{"master": "M"}, {"master": "M"}, {"master": "M"}]})");
+    const std::vector<std::string> wanted = {"right a2 b b1", "left a1 b b1", "right a2 b b1",
+                                             "right a4 b b3", "left a3 b b3", "right a4 b b3"};
+    EXPECT_EQ(mergePdf(), wanted);
+    ASSERT_EQ(run("merge layout.tvd --data data.csv -o built.tvd").status, 0);
+    ASSERT_EQ(run("render built.tvd -o built.pdf").status, 0);
+    EXPECT_EQ(pageTexts("built.pdf"), wanted);
+    EXPECT_EQ(mergePdf("--records 3-"), std::vector<std::string>(wanted.begin() + 3, wanted.end())) << "a single slot";
+
+    // So many pages that each chunk of the run holds one slot.
+    std::string pages = "{\"master\": \"M\"}";
+    for (int i = 1; i < 70; ++i)
+        pages += ", {\"master\": \"M\"}";
+    write("layout.tvd", head + "\"pages\": [" + pages + "]}");
+    const std::vector<std::string> merged = mergePdf();
+    ASSERT_EQ(merged.size(), 140U);
+    EXPECT_EQ(merged[69], "left a1 b b1");
+    EXPECT_EQ(merged[70], "right a4 b b3");
+    EXPECT_EQ(merged[139], "left a3 b b3");
+}
+
 TEST_F(MergeVerbTest, TheBuiltDocumentRendersLikeTheDirectPdf) {
     writeLayout("Hello {{A}} of {{B}}!");
     write("data.csv", "A,B\nAnn,Bern\nBob,Rome\nCy,Oslo\n");

@@ -186,6 +186,7 @@ class FakeDocument final : public Document {
     [[nodiscard]] errorWord addPages(std::int32_t) override { return 1; }
     [[nodiscard]] errorWord removePages(const std::vector<UID>&) override { return 1; }
     errorWord linkFrames(UID, UID) override { return errFailed; }
+    UID masterOfPage(UID) const override { return kInvalidUID; }
     errorWord applyMaster(const std::vector<UID>&, UID) override { return errFailed; }
     errorWord overrideMasterItems(const std::vector<UID>&) override { return errFailed; }
     UID overriddenItem(UID) const override { return kInvalidUID; }

@@ -39,7 +39,7 @@ class ThreadsTest : public testing::Test {
     errorWord build(std::int32_t slots) {
         const errorWord error = resetBuildTables(document->ref(), 0);
         session().slotTarget = slots;
-        return buildDocument(document->ref(), false, false, true, error);
+        return buildDocument(document->ref(), false, false, true, false, error);
     }
     /// The mark as thread and position; -1 without one.
     std::pair<std::int32_t, std::int32_t> markOf(UID frame, std::uint16_t store = 0) {
@@ -72,6 +72,7 @@ TEST_F(ThreadsTest, RunOnInEverySlot) {
             << slot;
         EXPECT_EQ(document->textRead(story, 0, 9), U"text\r");
         EXPECT_EQ(document->textRead(other, 0, 9), U"text\r");
+        EXPECT_EQ(markOf(frameOn(first, 0)), std::pair(-1, -1)) << "a mark has served";
     }
     EXPECT_EQ(document->stories().size(), 8u) << "no story is left without frames";
 }
@@ -105,6 +106,8 @@ TEST_F(ThreadsTest, AThreadEndsWhereAPositionIsMissing) {
     ASSERT_EQ(build(2), 0);
     const UID start = document->textOfFrame(frameOn(3, 0));
     ASSERT_EQ(document->framesOfStory(start).size(), 3u);
+    std::int32_t count = 0;
+    ASSERT_EQ(markThreads(document->ref(), count, 0), 0);
     // Taken apart again, without the frame in the middle.
     ASSERT_EQ(document->deleteItem(frameOn(4, 0)), 0);
     ASSERT_EQ(document->deleteItem(frameOn(5, 1)), 0);
@@ -146,7 +149,7 @@ TEST_F(ThreadsTest, SectionsStartInEveryCopy) {
         appPrefs().replicateSections = preference;
         session().slotTarget = 2;
         const errorWord error = resetBuildTables(copy->ref(), 0);
-        ASSERT_EQ(buildDocument(copy->ref(), false, false, asked, error), 0) << name;
+        ASSERT_EQ(buildDocument(copy->ref(), false, false, asked, false, error), 0) << name;
         EXPECT_EQ(copy->sections().size(), 2u) << name;
     }
 }

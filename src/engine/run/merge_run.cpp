@@ -11,6 +11,7 @@
 #include "merge/tag_value.h"
 #include "output/build_document.h"
 #include "output/build_tables.h"
+#include "output/master_items.h"
 
 namespace tarnova {
 namespace {
@@ -84,9 +85,20 @@ WalkScope scopeOfRun(std::int32_t slotsOfRun) {
 /// Builds and merges slots in the document; the tables tell about them afterwards.
 errorWord buildAndMerge(UIDRef document, WalkScope scope, bool showProgress) {
     errorWord error = resetBuildTables(document, 0);
-    error = buildDocument(document, false, showProgress, true, error);
+    error = buildDocument(document, false, showProgress, true, false, error);
     if (error == 0) error = mergePass(document, scope);
     return error;
+}
+
+/// What the chunks are copies of: the document itself as it is, or with its masters' items as items of the pages. That
+/// is done once, so that the items are the same in all chunks.
+std::unique_ptr<Document> templateOfRun(Document& document, errorWord& error) {
+    std::unique_ptr<Document> copy = document.documentCopy();
+    if (session().slotTarget <= 1 || !runDetachesMasters()) return copy;
+    error = copy->BeginCommandSequence("", false);
+    error = detachMasterItems(copy->ref(), error);
+    copy->EndCommandSequence();
+    return copy;
 }
 
 void moveRunProgress(int& shownPercent) {
@@ -136,17 +148,18 @@ errorWord mergeToBuiltDocument(UIDRef document, errorWord priorError) {
 errorWord mergeToOutput(UIDRef documentTemplate, PageOutput& output, errorWord priorError) {
     if (priorError != 0) return priorError;
     auto& run = session();
-    Document& original = *documentTemplate.database;
-    composeTemplate(original);
-    const std::int32_t slotsOfChunk = std::max(chunkPages / std::max(original.pageCount(), 1), 1);
+    errorWord error = 0;
+    composeTemplate(*documentTemplate.database);
+    const std::unique_ptr<Document> original = templateOfRun(*documentTemplate.database, error);
+    const std::int32_t slotsOfChunk = std::max(chunkPages / std::max(original->pageCount(), 1), 1);
     const WalkScope scope = scopeOfRun(run.slotTarget);
-    const std::int32_t slotsOfRun = run.slotTarget, pagesOfSlot = original.pageCount();
+    const std::int32_t slotsOfRun = run.slotTarget, pagesOfSlot = original->pageCount();
     std::int32_t slotsLeft = slotsOfRun;
     int shownPercent = 0;
     const PMString title = PMString::ofKey("kZavoBuildingDocumentMessageStringKey");
-    errorWord error = statusDialog(title, 0, appPrefs().showProgress != 0, false, 0);
+    error = statusDialog(title, 0, appPrefs().showProgress != 0, false, error);
     while (error == 0 && slotsLeft > 0 && run.cancelRun == 0) {
-        const std::unique_ptr<Document> chunk = original.documentCopy();
+        const std::unique_ptr<Document> chunk = original->documentCopy();
         error = chunk->BeginCommandSequence("", false);
         run.slotTarget = std::min(slotsLeft, slotsOfChunk);
         chunk->setPlaceInOutput(pagesOfSlot * (slotsOfRun - slotsLeft), pagesOfSlot * (slotsLeft - run.slotTarget));
@@ -164,6 +177,7 @@ errorWord mergeToOutput(UIDRef documentTemplate, PageOutput& output, errorWord p
 void finishMergeRun() {
     auto& run = session();
     dataSourceCloseAll();
+    run.masterNotes.clear();
     run.runDocument = kInvalidUIDRef;
     run.mergeOn = 0;
     run.runStage = runStageIdle;

@@ -24,6 +24,7 @@ namespace tarnova {
 
 struct dataSourceRec;
 class IZavoKelvaneModule;
+class DocumentHost;
 
 inline constexpr errorWord errModeNotAttached = errorOfCode(-6023);
 
@@ -127,6 +128,14 @@ struct runListsRec {
     std::uint32_t badTagCount = 0;
 };
 
+/// A master spread of the document under build. `isVariable`: it, or a master related to it by what they are based on,
+/// has an item that a record may change.
+struct masterNoteRec {
+    PMString name;
+    UIDRef master;
+    bool isVariable = false;
+};
+
 /// Used entries of the page map and its parts, taken and put back together with the tables.
 struct buildCountsRec {
     std::int32_t slotCount = 0;
@@ -158,6 +167,7 @@ struct buildStateRec : buildCountsRec {
     std::uint8_t sourceWindowShown = 0;
     std::uint8_t workingCopyMade = 0;
     std::uint8_t docWasReopened = 0;
+    std::vector<masterNoteRec> masterNotes;  // of a run of several slots; emptied at the run's end
 };
 
 /// How a run is steered. Cleared at its end unless told otherwise.
@@ -231,6 +241,11 @@ struct sessionRec : toolkitStateRec,
     std::uint8_t dataFolderInApp = 0;  // it lies below the application's folder
     /// The document in front of the user, or nothing; null without a host.
     UIDRef (*frontDocument)() = nullptr;
+    /// Reads the kinds of the rule attributes of a page from the rules module; false when that fails. Null without the
+    /// module.
+    bool (*readPageRuleKinds)(UIDRef page, std::vector<std::int32_t>& outKinds) = nullptr;
+    /// The application around the documents; null in a program without one. Not the session's own.
+    DocumentHost* documentHost = nullptr;
     /// Tells the shell that the mode is another one: titles, rule module, preview; null without a shell.
     void (*modeChanged)(std::uint16_t mode) = nullptr;
 };

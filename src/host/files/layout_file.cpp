@@ -135,6 +135,12 @@ std::string writeLayout(const DocumentModel& document) {
 }
 
 bool saveLayout(DocumentModel& document, const std::string& path, layoutError& error) {
+    if (!saveLayoutCopy(document, path, error)) return false;
+    setLocationOf(document, path);
+    return true;
+}
+
+bool saveLayoutCopy(const DocumentModel& document, const std::string& path, layoutError& error) {
     error = {};
     if (document.nextUid() > fileUidLimit) {
         error.message = "The document has used up the UIDs that a layout file can hold.";
@@ -154,7 +160,6 @@ bool saveLayout(DocumentModel& document, const std::string& path, layoutError& e
         error.message = "The layout \"" + path + "\" can't be written: " + reason + ".";
         return false;
     }
-    setLocationOf(document, path);
     return true;
 }
 

@@ -24,6 +24,8 @@ struct layoutError {
 /// Writes the document whole, and tells it its location. The bytes go to a new file in the same folder, which takes the
 /// place of the old one when it is safe on the disk; on failure the old one stays as it was and nothing else is left.
 [[nodiscard]] bool saveLayout(DocumentModel& document, const std::string& path, layoutError& error);
+/// The same, but the document's own location stays, and so does what it knows of changes that aren't saved.
+[[nodiscard]] bool saveLayoutCopy(const DocumentModel& document, const std::string& path, layoutError& error);
 /// The bytes of the file: the same for the same document. Reading and writing them again gives them back.
 [[nodiscard]] std::string writeLayout(const DocumentModel& document);
 

@@ -250,7 +250,6 @@ std::unique_ptr<DocumentModel> DocumentBuilder::finish() {
     for (const sectionRec& section : sections)
         static_cast<void>(document->createSection(section));
     document->EndCommandSequence();
-    document->changed = true;
     return std::move(document);
 }
 

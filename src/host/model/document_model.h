@@ -129,7 +129,11 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual std::uint64_t templateStamp() const = 0;
 
     /// Records where the document lies now and that it is saved as it is; the layout file's writer and reader call it.
+    /// Undo and redo back to this state make the document a saved one again.
     virtual void setLocation(std::string folder, std::string name) = 0;
+    /// Takes over all that another document of `makeDocument` is, which is spent then; only who composes stays. Refused
+    /// inside a sequence.
+    [[nodiscard]] virtual errorWord replaceBy(DocumentModel& other) = 0;
 
     // What only the layout file needs.
     [[nodiscard]] virtual UID nextUid() const = 0;

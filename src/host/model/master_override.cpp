@@ -1,7 +1,10 @@
 #include "host/model/master_override.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
+
+#include "host/model/limits.h"
 
 namespace tarnova {
 
@@ -33,8 +36,10 @@ MasterOverride::Batch& MasterOverride::batchFor(UID spread, std::size_t level, U
 errorWord MasterOverride::make() {
     std::vector<UID> items;
     for (const Batch& batch : batches) {
-        for (const Planned& planned : batch.items)
+        for (const Planned& planned : batch.items) {
+            if (!staysInReach(planned)) return errFailed;
             document.collectItems(planned.original, items);
+        }
     }
     if (!document.uidsLeft(2 * items.size())) return errRunMemory;
     // Each batch goes behind what is there, so that those of the bases come last.
@@ -42,6 +47,11 @@ errorWord MasterOverride::make() {
     for (const Batch& batch : batches)
         makeBatch(batch);
     return 0;
+}
+
+bool MasterOverride::staysInReach(const Planned& planned) const {
+    const PMMatrix& at = document.item(planned.original)->toParent;
+    return std::max(std::abs(at.tx + planned.move.x), std::abs(at.ty + planned.move.y)) <= coordinateLimit;
 }
 
 void MasterOverride::makeBatch(const Batch& batch) {

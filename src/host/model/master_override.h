@@ -17,7 +17,8 @@ class MasterOverride {
     explicit MasterOverride(ModelDocument& itsDocument) : document(itsDocument) {}
     /// Plans the items of the masters of a page. Before `make`.
     void add(const Page& page);
-    /// Gives 0, or an error when the document has no UIDs left; then nothing was changed.
+    /// Gives 0, or an error when the document has no UIDs left or an item would lie too far out; then nothing was
+    /// changed.
     [[nodiscard]] errorWord make();
 
  private:
@@ -39,6 +40,7 @@ class MasterOverride {
     using StampKey = std::pair<UID, std::array<double, 2>>;
 
     Batch& batchFor(UID spread, std::size_t level, UID masterPage);
+    [[nodiscard]] bool staysInReach(const Planned& planned) const;
     void makeBatch(const Batch& batch);
     void settle(UID copy, const PageItem& original, PMPoint move);
 

@@ -16,7 +16,7 @@ ModelDocument::Command::~Command() {
 errorWord ModelDocument::BeginCommandSequence(std::string_view name, bool undoable) {
     if (sequenceDepth++ == 0) {
         recording = true;
-        openStep = UndoStep{std::string(name), {}, {}};
+        openStep = UndoStep{std::string(name), {}, {}, state, state};
     }
     if (!undoable && recording) {
         recording = false;
@@ -32,6 +32,7 @@ void ModelDocument::EndCommandSequence() {
     if (!recording) return;
     recording = false;
     undone.clear();
+    openStep.stateBehind = state;
     steps.push_back(std::exchange(openStep, UndoStep{}));
     if (steps.size() > undoStepCapacity) steps.pop_front();
 }
@@ -44,6 +45,7 @@ bool ModelDocument::undoNamedStep(std::string_view name) {
 std::optional<std::string> ModelDocument::undo() {
     if (sequenceDepth > 0 || steps.empty()) return std::nullopt;
     exchange(steps.back());
+    state = steps.back().stateBefore;
     undone.push_back(std::move(steps.back()));
     steps.pop_back();
     return undone.back().name;
@@ -52,6 +54,7 @@ std::optional<std::string> ModelDocument::undo() {
 std::optional<std::string> ModelDocument::redo() {
     if (sequenceDepth > 0 || undone.empty()) return std::nullopt;
     exchange(undone.back());
+    state = undone.back().stateBehind;
     steps.push_back(std::move(undone.back()));
     undone.pop_back();
     return steps.back().name;
@@ -88,8 +91,8 @@ void ModelDocument::destroy(UID uid) {
 
 /// Puts what the step holds in place of what is there, and keeps that instead: a step undone is one to do again.
 void ModelDocument::exchange(UndoStep& step) {
-    for (auto& [uid, state] : step.objects) {
-        ObjectState other = std::exchange(state, takeState(uid));
+    for (auto& [uid, kept] : step.objects) {
+        ObjectState other = std::exchange(kept, takeState(uid));
         std::visit(
             [this, key = uid](auto& object) {
                 using Object = std::decay_t<decltype(object)>;
@@ -100,7 +103,7 @@ void ModelDocument::exchange(UndoStep& step) {
             other);
     }
     if (step.lists) std::swap(lists, *step.lists);
-    for (const auto& [uid, state] : step.objects) {
+    for (const auto& [uid, kept] : step.objects) {
         if (const Spread* changedSpread = spread(uid)) forgetPlaces(*changedSpread);
     }
     renumberPages();

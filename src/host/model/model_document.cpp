@@ -48,7 +48,6 @@ std::unique_ptr<Document> ModelDocument::documentCopy() const {
     copy->facing = facing;
     copy->folder = folder;
     copy->fileName = fileName;
-    copy->changed = true;
     copy->revision = revision;
     copy->pagesInFront = pagesInFront;
     copy->pagesBehind = pagesBehind;
@@ -62,7 +61,15 @@ void ModelDocument::markTemplate() {
 void ModelDocument::setLocation(std::string newFolder, std::string newName) {
     folder = std::move(newFolder);
     fileName = std::move(newName);
-    changed = false;
+    savedState = state;
+}
+
+errorWord ModelDocument::replaceBy(DocumentModel& other) {
+    if (sequenceDepth > 0) return errFailed;
+    std::shared_ptr<Composer> kept = std::move(composer);
+    *this = std::move(static_cast<ModelDocument&>(other));
+    composer = std::move(kept);
+    return 0;
 }
 
 const CharFormat* ModelDocument::resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const {

@@ -61,6 +61,7 @@ class ModelDocument final : public DocumentModel {
     errorWord duplicateSpread(UID spread) override;
     errorWord addPages(std::int32_t count) override;
     errorWord removePages(const std::vector<UID>& pages) override;
+    UID masterOfPage(UID page) const override;
     errorWord applyMaster(const std::vector<UID>& pages, UID master) override;
     errorWord overrideMasterItems(const std::vector<UID>& pages) override;
     UID overriddenItem(UID item) const override;
@@ -164,7 +165,7 @@ class ModelDocument final : public DocumentModel {
     // DocumentStorage
     std::string documentFolder() const override { return folder; }
     std::string documentName() const override { return fileName; }
-    bool documentIsSaved() const override { return !fileName.empty() && !changed; }
+    bool documentIsSaved() const override { return !fileName.empty() && savedState == state; }
     std::unique_ptr<Document> documentCopy() const override;
     void markTemplate() override;
 
@@ -199,11 +200,13 @@ class ModelDocument final : public DocumentModel {
     void setComposer(std::shared_ptr<Composer> newComposer) override { composer = std::move(newComposer); }
     std::uint64_t templateStamp() const override { return templateStampValue; }
     void setLocation(std::string newFolder, std::string newName) override;
+    errorWord replaceBy(DocumentModel& other) override;
     UID nextUid() const override { return uidCounter; }
     std::uint32_t nextTagId() const override { return tagIdCounter; }
     AttributePool& attributePool() const override { return formats->attributes; }
 
  private:
+    ModelDocument& operator=(ModelDocument&&) = default;
     friend class DocumentBuilder;
     friend class MasterOverride;
     friend class SpreadCopy;
@@ -224,6 +227,7 @@ class ModelDocument final : public DocumentModel {
         std::string name;
         std::unordered_map<UID, ObjectState> objects;
         std::optional<Lists> lists;
+        std::uint64_t stateBefore = 0, stateBehind = 0;
     };
 
     /// A change outside of a sequence is a step of its own.
@@ -243,10 +247,7 @@ class ModelDocument final : public DocumentModel {
     [[nodiscard]] static ObjectState stateOf(const ObjectSlot& slot);
     void keep(UID uid);
     void keepLists();
-    void noteChange() {
-        changed = true;
-        ++revision;
-    }
+    void noteChange() { state = ++revision; }
     template <typename Object>
     Object* changeable(UID uid);
     template <typename Object>
@@ -350,11 +351,14 @@ class ModelDocument final : public DocumentModel {
     bool facing = false;
     std::string folder;
     std::string fileName;
-    bool changed = false;
     pdfPlacePrefsRec pdfPreferences;
-    std::uint64_t revision = 1;  // goes up with every change
+    std::uint64_t revision = 1;     // goes up with every change
     std::int32_t pagesInFront = 0;  // of the output that the document is a part of
     std::int32_t pagesBehind = 0;
+
+    // Every change makes a new state, called by the revision then; undo and redo come back to old ones.
+    std::uint64_t state = 0;
+    std::optional<std::uint64_t> savedState;
 
     /// Found when first asked for; a copied or added page changes nothing about it.
     mutable std::optional<std::unordered_set<UID>> mastersInUse;

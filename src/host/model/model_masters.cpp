@@ -108,6 +108,11 @@ PMPoint ModelDocument::pageOrigin(UID uid, const PageItem& which) const {
     return {};
 }
 
+UID ModelDocument::masterOfPage(UID uid) const {
+    const Page* found = page(uid);
+    return found == nullptr || spread(found->master) == nullptr ? kInvalidUID : found->master;
+}
+
 errorWord ModelDocument::applyMaster(const std::vector<UID>& to, UID master) {
     const Spread* found = spread(master);
     if (master != kInvalidUID && (found == nullptr || !found->isMaster)) return errFailed;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "engine/toolkit/text_encoding.h"
+#include "host/model/limits.h"
 #include "host/model/model_document.h"
 #include "host/model/page_numbers.h"
 #include "host/model/spread_copy.h"
@@ -184,8 +185,9 @@ errorWord ModelDocument::duplicateSpread(UID uid) {
 
 errorWord ModelDocument::addPages(std::int32_t count) {
     if (count < 0 || !uidsLeft(static_cast<std::size_t>(count) * (lists.layers.size() + 1))) return errFailed;
-    Command command(*this, "Add Pages");
     const PMRect first = pages.empty() ? PMRect{0, 0, defaultPageSize.x, defaultPageSize.y} : page(pages[0])->bounds;
+    if (std::max(first.width(), first.height()) > coordinateLimit) return errFailed;
+    Command command(*this, "Add Pages");
     const PMRect right{0, 0, first.width(), first.height()}, left{-first.width(), 0, 0, first.height()};
     for (std::int32_t i = 0; i < count; ++i) {
         if (facing && lastSpreadWantsRightPage()) {

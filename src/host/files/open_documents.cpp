@@ -1,0 +1,160 @@
+#include "host/files/open_documents.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "document/error_utils.h"
+#include "host/files/layout_file.h"
+
+namespace tarnova {
+
+namespace {
+
+/// The path of the document's own file; empty when it was never saved.
+std::string fileOf(const DocumentModel& document) {
+    if (document.documentName().empty()) return {};
+    return (std::filesystem::path(document.documentFolder()) / document.documentName()).string();
+}
+
+/// Whether two paths lead to one file, which may not be there yet.
+bool isSameFile(const std::string& one, const std::string& other) {
+    std::error_code code;
+    if (one.empty() || other.empty()) return false;
+    if (std::filesystem::equivalent(one, other, code)) return true;
+    return std::filesystem::absolute(one, code).lexically_normal() ==
+           std::filesystem::absolute(other, code).lexically_normal();
+}
+
+std::string reasonOf(const layoutError& error) {
+    return error.line == 0 ? error.message : "Line " + std::to_string(error.line) + ": " + error.message;
+}
+
+}  // namespace
+
+DocumentModel& OpenDocuments::add(std::unique_ptr<DocumentModel> document, bool withWindow) {
+    document->setComposer(composer);
+    DocumentModel& added = *document;
+    const auto behind = withWindow ? documents.end() : documents.begin();
+    documents.insert(behind, OpenDocument{std::move(document), withWindow});
+    return added;
+}
+
+DocumentModel* OpenDocuments::find(UIDRef document) const {
+    const Place place = placeOf(document);
+    return place == documents.end() ? nullptr : place->document.get();
+}
+
+OpenDocuments::Place OpenDocuments::placeOf(UIDRef document) const {
+    return std::find_if(documents.begin(), documents.end(),
+                        [&](const OpenDocument& open) { return open.document.get() == document.database; });
+}
+
+DocumentModel* OpenDocuments::openFrom(const std::string& path) const {
+    const auto found = std::find_if(documents.begin(), documents.end(),
+                                    [&](const OpenDocument& open) { return isSameFile(fileOf(*open.document), path); });
+    return found == documents.end() ? nullptr : found->document.get();
+}
+
+void OpenDocuments::showInFront(Place place) {
+    const auto at = documents.begin() + (place - documents.begin());
+    at->hasWindow = true;
+    std::rotate(at, at + 1, documents.end());
+}
+
+std::unique_ptr<DocumentModel> OpenDocuments::read(const std::string& path) {
+    layoutError error;
+    std::unique_ptr<DocumentModel> document = openLayout(path, error);
+    if (document == nullptr) fail(reasonOf(error));
+    return document;
+}
+
+errorWord OpenDocuments::fail(std::string reason) {
+    failure = std::move(reason);
+    ErrorUtils::PMSetGlobalErrorCode(kFailure);
+    return errFailed;
+}
+
+errorWord OpenDocuments::failNotOpen() {
+    return fail("The document isn't open any more.");
+}
+
+UIDRef OpenDocuments::frontDocument() const {
+    if (documents.empty() || !documents.back().hasWindow) return kInvalidUIDRef;
+    return documents.back().document->ref();
+}
+
+errorWord OpenDocuments::documentOpen(const std::string& path, bool withWindow, UIDRef& outDocument) {
+    outDocument = kInvalidUIDRef;
+    DocumentModel* document = openFrom(path);
+    if (document == nullptr) {
+        std::unique_ptr<DocumentModel> opened = read(path);
+        if (opened == nullptr) return errFailed;
+        document = &add(std::move(opened), withWindow);
+    }
+    outDocument = document->ref();
+    if (withWindow) showInFront(placeOf(outDocument));
+    return 0;
+}
+
+errorWord OpenDocuments::documentSave(UIDRef document) {
+    DocumentModel* const found = find(document);
+    if (found == nullptr) return failNotOpen();
+    const std::string path = fileOf(*found);
+    if (path.empty()) return fail("The document was never saved; give it a file first.");
+    layoutError error;
+    return saveLayout(*found, path, error) ? 0 : fail(reasonOf(error));
+}
+
+errorWord OpenDocuments::documentSaveAs(UIDRef document, const std::string& path) {
+    DocumentModel* const found = find(document);
+    if (found == nullptr) return failNotOpen();
+    const DocumentModel* const other = openFrom(path);
+    if (other != nullptr && other != found) {
+        return fail("\"" + path + "\" is the file of another open document; close that one first.");
+    }
+    layoutError error;
+    return saveLayout(*found, path, error) ? 0 : fail(reasonOf(error));
+}
+
+errorWord OpenDocuments::documentSaveCopy(UIDRef document, const std::string& path) {
+    const DocumentModel* const found = find(document);
+    if (found == nullptr) return failNotOpen();
+    if (openFrom(path) != nullptr) {
+        return fail("\"" + path + "\" is the file of an open document; a copy needs a file of its own.");
+    }
+    layoutError error;
+    return saveLayoutCopy(*found, path, error) ? 0 : fail(reasonOf(error));
+}
+
+errorWord OpenDocuments::documentRevert(UIDRef document) {
+    DocumentModel* const found = find(document);
+    if (found == nullptr) return failNotOpen();
+    const std::string path = fileOf(*found);
+    if (path.empty()) return fail("The document was never saved; there is nothing to go back to.");
+    const std::unique_ptr<DocumentModel> saved = read(path);
+    if (saved == nullptr) return errFailed;
+    return found->replaceBy(*saved) == 0 ? 0
+                                         : fail("The document can't go back to its file in the middle of a change.");
+}
+
+errorWord OpenDocuments::documentClose(UIDRef document) {
+    const Place place = placeOf(document);
+    if (place == documents.end()) return failNotOpen();
+    documents.erase(place);
+    return 0;
+}
+
+bool OpenDocuments::documentHasWindow(UIDRef document) const {
+    const Place place = placeOf(document);
+    return place != documents.end() && place->hasWindow;
+}
+
+errorWord OpenDocuments::documentShowWindow(UIDRef document) {
+    const Place place = placeOf(document);
+    if (place == documents.end()) return failNotOpen();
+    if (!place->hasWindow) showInFront(place);
+    return 0;
+}
+
+}  // namespace tarnova

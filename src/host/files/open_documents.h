@@ -1,0 +1,58 @@
+// The open documents of a program, each with its layout file: opening, saving, reverting, closing, and which is in
+// front.
+
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "document/document_host.h"
+#include "host/model/document_model.h"
+
+namespace tarnova {
+
+struct layoutError;
+
+class OpenDocuments final : public DocumentHost {
+ public:
+    /// Documents are given this composer when they are opened; it may be null.
+    explicit OpenDocuments(std::shared_ptr<Composer> itsComposer) : composer(std::move(itsComposer)) {}
+
+    /// Takes a new document over, in front of the others when it gets a window.
+    DocumentModel& add(std::unique_ptr<DocumentModel> document, bool withWindow);
+    /// The document that a reference names; null when it isn't open here.
+    [[nodiscard]] DocumentModel* find(UIDRef document) const;
+    [[nodiscard]] std::size_t count() const { return documents.size(); }
+
+    UIDRef frontDocument() const override;
+    errorWord documentOpen(const std::string& path, bool withWindow, UIDRef& outDocument) override;
+    errorWord documentSave(UIDRef document) override;
+    errorWord documentSaveAs(UIDRef document, const std::string& path) override;
+    errorWord documentSaveCopy(UIDRef document, const std::string& path) override;
+    errorWord documentRevert(UIDRef document) override;
+    errorWord documentClose(UIDRef document) override;
+    bool documentHasWindow(UIDRef document) const override;
+    errorWord documentShowWindow(UIDRef document) override;
+    const std::string& lastFailure() const override { return failure; }
+
+ private:
+    struct OpenDocument {
+        std::unique_ptr<DocumentModel> document;
+        bool hasWindow;
+    };
+    using Place = std::vector<OpenDocument>::const_iterator;
+
+    [[nodiscard]] Place placeOf(UIDRef document) const;
+    [[nodiscard]] DocumentModel* openFrom(const std::string& path) const;
+    void showInFront(Place place);
+    [[nodiscard]] std::unique_ptr<DocumentModel> read(const std::string& path);
+    errorWord fail(std::string reason);
+    errorWord failNotOpen();
+
+    std::shared_ptr<Composer> composer;
+    std::vector<OpenDocument> documents;  // the front one last
+    std::string failure;
+};
+
+}  // namespace tarnova
