@@ -178,15 +178,15 @@ class TextWriter {
         : out(itsOut), text(itsText), document(itsDocument), plain(document.attributePool().plainRun()) {}
 
     void write() {
-        if (text.threads.size() == 1) {
-            writeThread(0);
+        if (text.threadCount() == 1) {
+            writeThread();
             return;
         }
         out.beginObject();
         out.key("threads");
         out.beginArray();
-        for (std::size_t i = 0; i < text.threads.size(); ++i)
-            writeThread(i);
+        for (std::int32_t i = 0; i < text.threadCount(); ++i)
+            writeThread();
         out.end();
         out.end();
     }
@@ -200,10 +200,11 @@ class TextWriter {
     };
 
     /// One plain paragraph stands as its text alone.
-    void writeThread(std::size_t index) {
-        const std::int32_t limit = start + text.threads[index].length;
-        const ParagraphRun& first = text.paragraphs[paragraphIndex];
-        if (first.length == text.threads[index].length && isPlain(first)) {
+    void writeThread() {
+        const textSpanRec thread = threadAt(text, start);
+        const std::int32_t limit = thread.start + thread.length;
+        const StoryParagraph first = reader.paragraphAt(start);
+        if (first.endsThread && isPlain(first)) {
             writeParagraph();
             return;
         }
@@ -213,15 +214,14 @@ class TextWriter {
         out.end();
     }
 
-    [[nodiscard]] std::vector<Run> runsOf(std::int32_t from, std::int32_t limit) const {
+    [[nodiscard]] std::vector<Run> runsOf(std::int32_t from, std::int32_t limit) {
         std::vector<Run> runs;
         while (from < limit) {
-            const RunCursor at = runAt(text, from);
-            const std::int32_t runLimit = std::min(limit, at.start + text.runs[at.index].length);
-            const std::int32_t special = specialFrom(from, runLimit);
+            const RunSpan run = reader.runAt(from);
+            const std::int32_t special = specialFrom(from, std::min(limit, run.limit));
             const bool isSpecial = special == from;
             const std::int32_t length = isSpecial ? 1 : special - from;
-            runs.push_back({from, length, text.runs[at.index].attributes, isSpecial});
+            runs.push_back({from, length, run.attributes, isSpecial});
             from += length;
         }
         return runs;
@@ -229,26 +229,21 @@ class TextWriter {
 
     /// Position of the next character that is written as a word, or the limit.
     [[nodiscard]] std::int32_t specialFrom(std::int32_t from, std::int32_t limit) const {
-        if (text.pageCharacters == 0) return limit;
-        const auto begin = text.text.begin();
-        return static_cast<std::int32_t>(std::find_if(begin + from, begin + limit, isPageCharacter) - begin);
+        if (text.pageCharacters() == 0) return limit;
+        const std::u32string characters = charactersOf(text, from, limit);
+        return from + static_cast<std::int32_t>(
+                          std::find_if(characters.begin(), characters.end(), isPageCharacter) - characters.begin());
     }
 
-    [[nodiscard]] const RunAttributes* attributesAt(std::int32_t position) const {
-        return text.runs[runAt(text, position).index].attributes;
-    }
-
-    [[nodiscard]] bool isPlain(const ParagraphRun& paragraph) const {
-        const RunCursor at = runAt(text, start);
-        return paragraph.attributes == document.attributePool().paragraph({}) &&
-               text.runs[at.index].attributes == plain &&
-               at.start + text.runs[at.index].length >= start + paragraph.length &&
-               specialFrom(start, start + paragraph.length) == start + paragraph.length;
+    [[nodiscard]] bool isPlain(const StoryParagraph& paragraph) {
+        const RunSpan run = reader.runAt(paragraph.start);
+        return paragraph.attributes == document.attributePool().paragraph({}) && run.attributes == plain &&
+               run.limit >= paragraph.limit() && specialFrom(paragraph.start, paragraph.limit()) == paragraph.limit();
     }
 
     void writeParagraph() {
-        const ParagraphRun& paragraph = text.paragraphs[paragraphIndex++];
-        const std::int32_t last = start + paragraph.length - 1;
+        const StoryParagraph paragraph = reader.paragraphAt(start);
+        const std::int32_t last = paragraph.limit() - 1;
         const std::int32_t from = start;
         if (isPlain(paragraph)) {
             writeCharacters(from, last - from);
@@ -265,10 +260,11 @@ class TextWriter {
         writeRuns(runs);
         const RunAttributes* usual =
             returnOf(document.attributePool(), runs.empty() ? nullptr : runs.back().attributes);
-        if (attributesAt(last) != usual) {
+        const RunAttributes* its = reader.runAt(last).attributes;
+        if (its != usual) {
             out.key("return");
             out.beginObject();
-            writeAttributes(*attributesAt(last));
+            writeAttributes(*its);
             out.end();
         }
         out.end();
@@ -295,7 +291,7 @@ class TextWriter {
         }
         out.beginObject();
         if (run.isSpecial) {
-            const char32_t character = text.text[static_cast<std::size_t>(run.start)];
+            const char32_t character = charactersOf(text, run.start, run.start + 1).front();
             out.member("special", specialWords[character - firstPageCharacter]);
         } else {
             out.key("text");
@@ -319,17 +315,15 @@ class TextWriter {
     }
 
     void writeCharacters(std::int32_t from, std::int32_t length) {
-        const std::u32string_view characters(text.text);
-        out.string(escapeInlineText(
-            utf32ToUtf8(characters.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(length)))));
+        out.string(escapeInlineText(utf32ToUtf8(charactersOf(text, from, from + length))));
     }
 
     JsonWriter& out;
     const StoryText& text;
     const DocumentModel& document;
     const RunAttributes* plain;
+    StoryReader reader{text};
     std::int32_t start = 0;
-    std::size_t paragraphIndex = 0;
 };
 
 }  // namespace

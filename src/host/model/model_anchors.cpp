@@ -48,7 +48,7 @@ std::optional<std::pair<UID, std::int32_t>> ModelDocument::inlinePosition(UID ui
     const PageItem* found = item(uid);
     if (found == nullptr || found->spread != kInvalidUID) return std::nullopt;
     const PageItem& anchored = outermost(*found);
-    for (const ownedItemRec& owned : story(anchored.parent)->content->owned) {
+    for (const ownedItemRec& owned : allOwned(*story(anchored.parent)->content)) {
         if (owned.item == anchored.uid) return std::pair(anchored.parent, owned.position);
     }
     return std::nullopt;
@@ -100,10 +100,10 @@ pageOfItemRec ModelDocument::pageOfAnchored(const PageItem& which) const {
 
 void ModelDocument::anchoredInFrame(const PageItem& frame, std::vector<AnchoredItem>& out) const {
     const Story& text = *story(frame.story);
-    if (text.content->owned.empty()) return;
+    if (!text.content->hasOwned()) return;
     const StoryLayout* layout = layoutOf(text.uid, text.length());
     if (layout == nullptr) return;
-    for (const ownedItemRec& owned : text.content->owned) {
+    for (const ownedItemRec& owned : allOwned(*text.content)) {
         const PageItem& anchored = *item(owned.item);
         const std::optional<AnchorPoint> point = layout->anchorAt(owned.position);
         if (anchored.nonPrinting || !point) continue;
@@ -119,7 +119,7 @@ std::size_t ModelDocument::anchorDepthOf(UID uid) const {
     for (UID child : found.children)
         deepest = std::max(deepest, anchorDepthOf(child));
     if (!isTextFrame(uid)) return deepest;
-    for (const ownedItemRec& owned : story(found.story)->content->owned)
+    for (const ownedItemRec& owned : allOwned(*story(found.story)->content))
         deepest = std::max(deepest, 1 + anchorDepthOf(owned.item));
     return deepest;
 }

@@ -4,6 +4,7 @@
 
 #include "host/model/item_shape.h"
 #include "host/model/model_document.h"
+#include "host/model/story_reader.h"
 
 namespace tarnova {
 
@@ -218,7 +219,7 @@ void ModelDocument::collectItems(UID uid, std::vector<UID>& out) const {
     for (UID text : {found->story, found->pathStory}) {
         const Story* held = found->itemClass == ItemClass::splineItem ? story(text) : nullptr;
         if (held == nullptr || held->frames.front() != uid) continue;
-        for (const ownedItemRec& owned : held->content->owned)
+        for (const ownedItemRec& owned : allOwned(*held->content))
             collectItems(owned.item, out);
     }
 }
@@ -241,7 +242,7 @@ void ModelDocument::detachFrame(UID storyUid, UID frame) {
     if (from->frames.size() == 1) {
         const std::shared_ptr<StoryText> content = from->content;
         destroy(storyUid);
-        for (const ownedItemRec& owned : content->owned)
+        for (const ownedItemRec& owned : allOwned(*content))
             destroyTree(owned.item);
         return;
     }

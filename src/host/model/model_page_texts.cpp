@@ -47,7 +47,7 @@ PageTexts ModelDocument::pageTextsOn(UID uid) const {
 
 StoryPageTexts ModelDocument::pageTextsOf(const Story& from) const {
     StoryPageTexts out;
-    if (from.content->pageCharacters == 0) return out;
+    if (from.content->pageCharacters() == 0) return out;
     std::vector<UID> on;
     for (UID frame : from.frames) {
         on.push_back(pageOfItem(frame).page);

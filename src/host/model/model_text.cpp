@@ -69,7 +69,7 @@ std::u32string ModelDocument::textRead(UID uid, std::int32_t start, std::int32_t
     const std::int64_t limit = std::min<std::int64_t>(std::int64_t{start} + length, found->length());
     start = std::max(start, 0);
     if (limit <= start) return {};
-    return found->content->text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(limit - start));
+    return charactersOf(*found->content, start, static_cast<std::int32_t>(limit));
 }
 
 namespace {
@@ -124,9 +124,8 @@ errorWord ModelDocument::textDelete(UID uid, std::int32_t start, std::int32_t co
 attributeRunRec ModelDocument::attributeRunAt(UID uid, std::int32_t position) const {
     const Story* found = story(uid);
     if (found == nullptr || position < 0 || position >= found->length()) return {};
-    const RunCursor at = runAt(*found->content, position);
-    const AttributeRun& run = found->content->runs[at.index];
-    return {run.attributes, at.start + run.length - position};
+    const RunSpan run = runAt(*found->content, position);
+    return {run.attributes, run.limit - position};
 }
 
 errorWord ModelDocument::attributeApply(UID uid, std::int32_t start, std::int32_t count,
@@ -190,23 +189,20 @@ std::vector<ownedItemRec> ModelDocument::ownedItems(UID uid, std::int32_t start,
     const Story* found = story(uid);
     std::vector<ownedItemRec> out;
     if (found == nullptr) return out;
-    const std::int64_t limit = std::int64_t{start} + count;
-    for (const ownedItemRec& owned : found->content->owned) {
-        if (owned.position >= start && owned.position < limit) out.push_back(owned);
-    }
+    ownedIn(*found->content, start, std::int64_t{start} + count, out);
     return out;
 }
 
 bool ModelDocument::hasOwnedItem(UID uid, std::int32_t start, std::int32_t count) const {
     const Story* found = story(uid);
-    return found != nullptr && !found->content->owned.empty() && !ownedItems(uid, start, count).empty();
+    return found != nullptr && found->content->hasOwned() && !ownedItems(uid, start, count).empty();
 }
 
 textSpanRec ModelDocument::paragraphAt(UID uid, std::int32_t position) const {
     const Story* found = story(uid);
     if (found == nullptr || position < 0 || position >= found->length()) return {};
-    const RunCursor at = paragraphRunAt(*found->content, position);
-    return {at.start, found->content->paragraphs[at.index].length};
+    const StoryParagraph paragraph = tarnova::paragraphAt(*found->content, position);
+    return {paragraph.start, paragraph.limit() - paragraph.start};
 }
 
 const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const {
@@ -214,7 +210,7 @@ const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const 
     if (found == nullptr) return nullptr;
     const std::int32_t needed = std::min(through, found->length() - 1);
     const bool isComposed = found->layout != nullptr && found->layout->composedThrough() > needed;
-    if (isComposed && (found->content->pageCharacters == 0 || showsItsPages(*found))) return found->layout.get();
+    if (isComposed && (found->content->pageCharacters() == 0 || showsItsPages(*found))) return found->layout.get();
     if (composer == nullptr) return nullptr;
     found->layout = composer->compose(*this, *found, needed, pageTextsOf(*found));
     found->pageTextsRevision = revision;

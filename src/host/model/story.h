@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "document/document.h"
 #include "host/model/format.h"
 #include "host/model/page_characters.h"
+#include "host/model/story_chunks.h"
 
 namespace tarnova {
 
@@ -32,11 +32,6 @@ class RunAttributes : public AttributeBossList {
     virtual ~RunAttributes() = default;
 };
 
-struct AttributeRun {
-    std::int32_t length = 0;
-    const RunAttributes* attributes = nullptr;
-};
-
 /// A paragraph's format: the style and what the paragraph says of its own, interned like runs.
 struct ParagraphAttributes {
     std::int32_t style = 0;  // index into the document's paragraph styles
@@ -44,34 +39,17 @@ struct ParagraphAttributes {
     CharOverrides charOverrides;  // of the whole paragraph, below its runs
 };
 
-struct ParagraphRun {
-    std::int32_t length = 0;  // characters, its return included
-    const ParagraphAttributes* attributes = nullptr;
-};
-
-/// A thread of the story: the main text first, then cells and the like. Its last character is the closing mark.
-struct StoryThread {
-    std::int32_t length = 0;
-};
-
-/// The last run or paragraph that was looked up. Look-ups mostly go forward, so the next one begins here.
-struct RunCursor {
-    std::size_t index = 0;
-    std::int32_t start = 0;  // of the run with that index
-};
-
-/// The content of a story at one moment. Never changed while more than one story holds it. How it may be changed stands
-/// in `story_text.h`.
+/// The content of a story at one moment: all threads, the main text first. Never changed while more than one story holds
+/// it. How it may be changed stands in `story_text.h`, how it is read in `story_reader.h`.
 struct StoryText {
-    std::u32string text;                   // all threads; returns are U+000D
-    std::vector<AttributeRun> runs;        // lengths add up to the text's
-    std::vector<ParagraphRun> paragraphs;  // likewise, one for each paragraph
-    std::vector<StoryThread> threads;      // likewise
-    std::vector<ownedItemRec> owned;       // anchored items by position (anchor character U+FFFC)
-    std::int32_t pageCharacters = 0;       // how many of the text are some (page_characters.h)
+    StoryTree tree;
 
-    mutable RunCursor runCursor;
-    mutable RunCursor paragraphCursor;
+    [[nodiscard]] std::int32_t length() const { return tree->sums.characters; }
+    [[nodiscard]] std::int32_t paragraphCount() const { return tree->sums.paragraphs; }
+    [[nodiscard]] std::int32_t threadCount() const { return tree->sums.threads; }
+    [[nodiscard]] bool hasOwned() const { return tree->sums.owned > 0; }
+    /// How many of the characters are some (page_characters.h).
+    [[nodiscard]] std::int32_t pageCharacters() const { return tree->sums.pageCharacters; }
 };
 
 /// Where the character of an anchored item was set: the coordinates are the inner ones of the frame.
@@ -139,7 +117,7 @@ class Story {
     /// The document's revision for which the texts of page characters in `layout` were found to hold.
     mutable std::uint64_t pageTextsRevision = 0;
 
-    [[nodiscard]] std::int32_t length() const { return static_cast<std::int32_t>(content->text.size()); }
+    [[nodiscard]] std::int32_t length() const { return content->length(); }
 };
 
 }  // namespace tarnova

@@ -34,7 +34,7 @@ UID TreeCopy::copy(const PageItem& original, UID parent, UID spread) {
 void TreeCopy::finish() {
     for (std::size_t i = 0; i < stories.size(); ++i) {
         finishStory(stories[i]);
-        if (!stories[i].copy->content->owned.empty()) copyAnchored(stories[i].copy);
+        if (stories[i].copy->content->hasOwned()) copyAnchored(stories[i].copy);
     }
 }
 
@@ -68,14 +68,14 @@ void TreeCopy::finishStory(StoryPair& pair) {
     pair.copy->layout.reset();
     if (hasFirst) return;
     const StoryText& text = *pair.original->content;
-    pair.copy->content = emptyStoryText(text.paragraphs.front().attributes, text.runs.front().attributes);
+    pair.copy->content = emptyStoryText(paragraphAt(text, 0).attributes, runAt(text, 0).attributes);
 }
 
 /// Anchored items are named by UID in the content, so a copy with anchors has a content of its own.
 void TreeCopy::copyAnchored(Story* story) {
     auto content = std::make_shared<StoryText>(*story->content);
-    for (ownedItemRec& owned : content->owned)
-        owned.item = copy(*document.item(owned.item), story->uid, kInvalidUID);
+    for (const ownedItemRec& owned : allOwned(*story->content))
+        noteAnchor(*content, owned.position, copy(*document.item(owned.item), story->uid, kInvalidUID));
     story->content = std::move(content);
 }
 

@@ -66,7 +66,7 @@ class ListBuilder {
 
     /// Text of a master with page characters is composed for each page that shows it.
     [[nodiscard]] const StoryLayout* layoutFor(const Story& story) {
-        const bool isShared = fromMaster && story.content->pageCharacters > 0;
+        const bool isShared = fromMaster && story.content->pageCharacters() > 0;
         if (!isShared) return document.layoutOf(story.uid, story.length());
         return list.ownTexts.emplace_back(document.layoutOnPage(story.uid, page.uid)).get();
     }
@@ -89,7 +89,7 @@ class ListBuilder {
         entry.itemStamp = item.stamp;
         entry.storyStamp = story.stamp;
         const bool isUnchanged = item.stamp < templateStamp && story.stamp < templateStamp;
-        entry.repeats = isUnchanged && story.content->pageCharacters == 0;
+        entry.repeats = isUnchanged && story.content->pageCharacters() == 0;
     }
 
     const DocumentModel& document;

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include "host/model/page_characters.h"
+
 namespace tarnova {
 
 namespace {
@@ -43,7 +45,9 @@ void ClusterReader::begin(const ComposedStory& composedStory, const ComposedLine
                           const StoryText& characters) {
     composed = &composedStory;
     line = &itsLine;
-    story = &characters;
+    const LeafPlace place = leafAt(*characters.tree, itsLine.start);
+    text = place.leaf->chunk.text;
+    textStart = static_cast<std::uint32_t>(place.start);
     startsAreRead = false;
 }
 
@@ -54,9 +58,9 @@ char32_t ClusterReader::single(const GlyphRun& run, std::uint32_t index) const {
     const bool forward = hasNext && glyph[1].position == position + 1 && (index == 0 || glyph[-1].position != position);
     const bool backward =
         index > 0 && glyph[-1].position == position + 1 && (!hasNext || glyph[1].position != position);
-    if ((!forward && !backward) || position >= story->text.size()) return 0;
-    if (isPageCharacter(story->text[position])) return 0;
-    return searchedCharacter(story->text[position], *run.format);
+    if ((!forward && !backward) || position - textStart >= text.size()) return 0;
+    const char32_t character = text[position - textStart];
+    return isPageCharacter(character) ? 0 : searchedCharacter(character, *run.format);
 }
 
 const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) {
@@ -69,10 +73,10 @@ const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) 
     cluster.text.clear();
     const std::uint32_t limit = limitOf(position);
     for (std::uint32_t character = position; character < limit; ++character) {
-        if (isPageCharacter(story->text[character])) {
+        if (isPageCharacter(text[character - textStart])) {
             appendShown(character, *run.format);
         } else {
-            appendSearched(cluster.text, story->text[character], *run.format);
+            appendSearched(cluster.text, text[character - textStart], *run.format);
         }
     }
     return cluster;
@@ -81,7 +85,7 @@ const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) 
 /// A page character is searched for as what it shows.
 void ClusterReader::appendShown(std::uint32_t position, const CharFormat& format) {
     const auto shown = std::lower_bound(composed->shown.begin(), composed->shown.end(), position,
-                                        [](const ShownText& text, std::uint32_t at) { return text.position < at; });
+                                        [](const ShownText& its, std::uint32_t at) { return its.position < at; });
     if (shown == composed->shown.end() || shown->position != position) return;
     for (const char32_t character : shown->text)
         appendSearched(cluster.text, character, format);
@@ -92,8 +96,8 @@ std::uint32_t ClusterReader::limitOf(std::uint32_t position) {
     if (!startsAreRead) readStarts();
     const auto next = std::upper_bound(starts.begin(), starts.end(), position);
     std::uint32_t limit = next != starts.end() ? *next : static_cast<std::uint32_t>(std::max(line->limit, 0));
-    limit = std::min(limit, static_cast<std::uint32_t>(story->text.size()));
-    while (limit > position + 1 && leavesNoGlyph(story->text[limit - 1]))
+    limit = std::min(limit, textStart + static_cast<std::uint32_t>(text.size()));
+    while (limit > position + 1 && leavesNoGlyph(text[limit - 1 - textStart]))
         --limit;
     return limit;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/text/composed_story.h"
@@ -36,7 +37,8 @@ class ClusterReader {
 
     const ComposedStory* composed = nullptr;
     const ComposedLine* line = nullptr;
-    const StoryText* story = nullptr;
+    std::u32string_view text;     // of the chunk that holds the line
+    std::uint32_t textStart = 0;  // in the story
     bool startsAreRead = false;
     std::vector<std::uint32_t> starts;  // of all clusters of the line, ascending
     GlyphCluster cluster;

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "host/model/document_model.h"
+#include "host/model/story_reader.h"
 #include "host/text/composed_story.h"
 #include "host/text/path_flow.h"
 #include "host/text/story_flow.h"
@@ -12,26 +13,19 @@ namespace tarnova {
 
 namespace {
 
-std::int32_t mainThreadLength(const StoryText& content) {
-    const auto length = static_cast<std::int32_t>(content.text.size());
-    return content.threads.empty() ? length : std::min(length, content.threads.front().length);
-}
-
-/// Resolves the formats of the main thread, paragraph by paragraph and run by run.
+/// Takes text and resolved formats of a story, paragraph by paragraph and run by run.
 class SpanGatherer {
  public:
     SpanGatherer(const DocumentModel& document, const StoryText& content, ComposeInput& input)
-        : document_(document), content_(content), input_(input) {}
+        : document_(document), reader_(content), input_(input) {}
 
-    void run() {
-        auto left = static_cast<std::int32_t>(input_.text.size());
-        for (const ParagraphRun& paragraph : content_.paragraphs) {
-            if (left <= 0) return;
+    void run(std::int32_t limit) {
+        for (std::int32_t at = 0; at < limit;) {
+            const StoryParagraph paragraph = reader_.paragraphAt(at);
             enter(*paragraph.attributes);
-            const std::int32_t length = std::min(paragraph.length, left);
-            input_.paragraphs.push_back({length, paragraphFormat_});
-            takeRuns(length);
-            left -= length;
+            input_.paragraphs.push_back({paragraph.limit() - at, paragraphFormat_});
+            takeRuns(paragraph);
+            at = paragraph.limit();
         }
     }
 
@@ -43,21 +37,16 @@ class SpanGatherer {
         run_ = nullptr;
     }
 
-    void takeRuns(std::int32_t length) {
-        while (length > 0 && runIndex_ < content_.runs.size()) {
-            const AttributeRun& run = content_.runs[runIndex_];
-            const std::int32_t taken = std::min(length, run.length - runOffset_);
-            add(*run.attributes, taken);
-            length -= taken;
-            runOffset_ += taken;
-            if (runOffset_ < run.length) continue;
-            ++runIndex_;
-            runOffset_ = 0;
+    void takeRuns(const StoryParagraph& paragraph) {
+        for (std::int32_t at = paragraph.start; at < paragraph.limit();) {
+            const RunSpan run = reader_.runInChunkAt(at);
+            const std::int32_t limit = std::min(run.limit, paragraph.limit());
+            add(*run.attributes, limit - at);
+            at = limit;
         }
     }
 
     void add(const RunAttributes& run, std::int32_t length) {
-        if (length <= 0) return;
         if (&run != run_) format_ = document_.resolveChar(*paragraph_, run);
         run_ = &run;
         std::vector<FormatSpan>& spans = input_.formats;
@@ -69,14 +58,12 @@ class SpanGatherer {
     }
 
     const DocumentModel& document_;
-    const StoryText& content_;
+    StoryReader reader_;
     ComposeInput& input_;
     const ParagraphAttributes* paragraph_ = nullptr;  // that the formats below are resolved for
     const ParaFormat* paragraphFormat_ = nullptr;
     const RunAttributes* run_ = nullptr;
     const CharFormat* format_ = nullptr;
-    std::size_t runIndex_ = 0;
-    std::int32_t runOffset_ = 0;
 };
 
 void addColumns(const PageItem& frame, std::int32_t frameIndex, ComposeInput& input) {
@@ -136,9 +123,12 @@ class ThreadComposer final : public Composer {
                                                const StoryPageTexts& pageTexts) override {
         static thread_local ComposeInput input;
         input.clear();
+        static thread_local std::u32string characters;
         const StoryText& content = *story.content;
-        input.text = std::u32string_view(content.text).substr(0, static_cast<std::size_t>(mainThreadLength(content)));
-        SpanGatherer(document, content, input).run();
+        const std::int32_t length = threadNumber(content, 0).length;
+        characters = charactersOf(content, 0, length);
+        input.text = characters;
+        SpanGatherer(document, content, input).run(length);
         for (std::size_t i = 0; i < story.frames.size(); ++i) {
             const PageItem* frame = document.item(story.frames[i]);
             if (frame == nullptr || frame->shape == nullptr) continue;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/files/layout_file.h"
+#include "host/model/story_reader.h"
 #include "tests/host/files/layout_kit.h"
 
 namespace tarnova {
@@ -10,7 +11,7 @@ namespace {
 
 const ParaFormat& paragraphOf(const DocumentModel& document) {
     const Story& story = *document.story(document.stories().at(0));
-    return *document.resolvePara(*story.content->paragraphs.at(0).attributes);
+    return *document.resolvePara(*paragraphAt(*story.content, 0).attributes);
 }
 
 /// A layout whose one paragraph has these members.
@@ -102,7 +103,7 @@ TEST(FormatMembers, RulesOfCharactersAreReadAndKept) {
         paragraphWith(R"("underlineOffset": -2, "underlineWeight": "1mm", "strikeOffset": 3.5, "strikeWeight": 0)"));
     const Story& story = *document->story(document->stories().at(0));
     const CharFormat& format =
-        *document->resolveChar(*story.content->paragraphs.at(0).attributes, *story.content->runs.at(0).attributes);
+        *document->resolveChar(*paragraphAt(*story.content, 0).attributes, *runAt(*story.content, 0).attributes);
     EXPECT_EQ(format.underlineOffset, -2);
     EXPECT_NEAR(*format.underlineWeight, 72 / 25.4, 1e-9);
     EXPECT_EQ(format.strikeOffset, 3.5);

@@ -183,16 +183,16 @@ TEST(TextMembers, ParagraphsRunsAndReturns) {
     const auto document = opened(frameWith(R"(["one\ntwo", {"size": 8, "text": ["a", {"text": "b\nc", "italic": true}],
         "return": {"underline": true}}, ""])"));
     const StoryText& text = *document->story(document->stories()[0])->content;
-    EXPECT_EQ(utf32ToUtf8(text.text), "one\rtwo\rab\rc\r\r");
-    ASSERT_EQ(text.paragraphs.size(), 5u);
-    EXPECT_EQ(text.paragraphs[2].attributes, text.paragraphs[3].attributes);
-    EXPECT_EQ(text.paragraphs[3].attributes->charOverrides.pointSize, 8);
-    std::string lengths;
-    for (const AttributeRun& run : text.runs)
-        lengths += std::to_string(run.length) + " ";
-    EXPECT_EQ(lengths, "9 3 1 1 ");
-    EXPECT_EQ(text.runs[1].attributes->overrides.fontStyle, "Italic");
-    EXPECT_EQ(text.runs[2].attributes->overrides.underline, true);
+    EXPECT_EQ(utf32ToUtf8(charactersOf(text, 0, text.length())), "one\rtwo\rab\rc\r\r");
+    ASSERT_EQ(text.paragraphCount(), 5);
+    EXPECT_EQ(paragraphAt(text, 8).attributes, paragraphAt(text, 11).attributes);
+    EXPECT_EQ(paragraphAt(text, 11).attributes->charOverrides.pointSize, 8);
+    std::string limits;
+    for (std::int32_t at = 0; at < text.length(); at = runAt(text, at).limit)
+        limits += std::to_string(runAt(text, at).limit) + " ";
+    EXPECT_EQ(limits, "9 12 13 14 ");
+    EXPECT_EQ(runAt(text, 9).attributes->overrides.fontStyle, "Italic");
+    EXPECT_EQ(runAt(text, 12).attributes->overrides.underline, true);
     EXPECT_TRUE(storyIsConsistent(text));
     expectStable(*document);
 }

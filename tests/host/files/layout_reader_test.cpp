@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/files/base64.h"
+#include "host/model/story_reader.h"
 #include "tests/host/files/layout_kit.h"
 
 namespace tarnova {
@@ -139,7 +140,7 @@ TEST(LayoutReader, StylesMayStandInAnyOrder) {
         {"name": "Basic Paragraph", "font": "Times"}],
         "pages": [{"items": [{"bounds": [0, 0, 9, 9], "text": [{"style": "Head", "text": "x"}]}]}]})");
     const StoryText& text = *document->story(document->stories()[0])->content;
-    const CharFormat* format = document->resolveChar(*text.paragraphs[0].attributes, *text.runs[0].attributes);
+    const CharFormat* format = document->resolveChar(*paragraphAt(text, 0).attributes, *runAt(text, 0).attributes);
     EXPECT_EQ(format->family, "Times");
     EXPECT_EQ(format->pointSize, 9);
     EXPECT_EQ(format->fontStyle, "Bold");

@@ -151,7 +151,7 @@ TEST(PageCharacters, AreCountedInEveryChange) {
     };
     for (const testRow& row : rows) {
         replaceCharacters(*text, row.start, row.count, row.characters);
-        EXPECT_EQ(text->pageCharacters, row.left) << &row - rows;
+        EXPECT_EQ(text->pageCharacters(), row.left) << &row - rows;
         EXPECT_TRUE(storyIsConsistent(*text)) << &row - rows;
     }
 }

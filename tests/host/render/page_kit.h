@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "host/model/item_shape.h"
+#include "host/model/story_text.h"
 #include "host/render/display_list.h"
 #include "host/render/pdf_writer.h"
 #include "host/text/font.h"
@@ -121,8 +122,13 @@ class PageKit {
     /// One line at a baseline, shaped by HarfBuzz alone; `direction` as in hb.h.
     DisplayItem& line(std::u32string_view text, double x, double baseline, const CharFormat& format = {},
                       const PMMatrix& toPage = {}, hb_direction_t direction = HB_DIRECTION_LTR) {
-        StoryText& story = stories.emplace_back();
-        story.text = std::u32string(text) + U'\r';
+        static const RunAttributes run;
+        static const ParagraphAttributes paragraph;
+        StoryTextBuilder builder;
+        builder.append(text, &run);
+        builder.endParagraph(&paragraph, &run);
+        builder.endThread();
+        StoryText& story = stories.emplace_back(*builder.finish());
         ComposedStory& composed = layouts.emplace_back();
         shapeLine(story, composed, formats.emplace_back(format), {x, baseline}, direction);
         DisplayItem& item = list.items.emplace_back();
@@ -160,8 +166,9 @@ class PageKit {
         run.x = static_cast<float>(origin.x);
         run.y = static_cast<float>(origin.y);
         const std::unique_ptr<hb_buffer_t, decltype(&hb_buffer_destroy)> buffer(hb_buffer_create(), hb_buffer_destroy);
-        const auto length = static_cast<int>(story.text.size()) - 1;
-        const std::vector<std::uint32_t> codes(story.text.begin(), story.text.end());
+        const int length = story.length() - 1;
+        const std::u32string text = charactersOf(story, 0, length);
+        const std::vector<std::uint32_t> codes(text.begin(), text.end());
         hb_buffer_add_utf32(buffer.get(), codes.data(), length, 0, length);
         hb_buffer_set_direction(buffer.get(), direction);
         hb_buffer_guess_segment_properties(buffer.get());

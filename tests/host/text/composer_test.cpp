@@ -96,11 +96,15 @@ TEST_F(ComposerTest, RunsAndParagraphsGetTheirResolvedFormats) {
     RunDescription bold;
     bold.overrides.fontStyle = "Bold";
     // Two paragraphs; the bold run begins in the first and ends in the second.
-    auto content = std::make_shared<StoryText>();
-    content->text = U"ab cd\ref gh\r";
-    content->runs = {{3, pool.plainRun()}, {5, pool.run(bold)}, {4, pool.plainRun()}};
-    content->paragraphs = {{6, pool.paragraph(centered)}, {6, pool.paragraph(large)}};
-    content->threads = {{12}};
+    StoryTextBuilder text;
+    text.append(U"ab ", pool.plainRun());
+    text.append(U"cd", pool.run(bold));
+    text.endParagraph(pool.paragraph(centered), pool.run(bold));
+    text.append(U"ef", pool.run(bold));
+    text.append(U" gh", pool.plainRun());
+    text.endParagraph(pool.paragraph(large), pool.plainRun());
+    text.endThread();
+    const std::shared_ptr<StoryText> content = text.finish();
     ASSERT_TRUE(storyIsConsistent(*content));
     const UID frame = builder.addTextFrame(page, {0, 0, 200, 100}, U"");
     builder.addStory({frame}, content);
