@@ -112,6 +112,7 @@ FieldRows itemRows(DocumentModel& layout) {
         row.push_back({"bounds", layout.boundsInSpread(uid)});
         if (!item.name.empty()) row.push_back({"name", item.name});
         addUid(row, "story", item.story);
+        addUid(row, "pathStory", item.pathStory);
     }
     return rows;
 }

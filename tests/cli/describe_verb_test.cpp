@@ -53,6 +53,18 @@ TEST_F(DescribeVerb, TellsPagesItemsAndStoriesByTheirUids) {
     EXPECT_STREQ(all["tags"][0]["link"].GetString(), "name");
 }
 
+TEST_F(DescribeVerb, TellsTheStoryOnAPath) {
+    write("path.tvd", R"({"tarnovaLayout": 1, "pages": [{"items": [
+{"kind": "line", "bounds": [0, 50, 90, 0], "pathText": {"text": "along a line that is too short for it"}}]}]})");
+    const rapidjson::Document all = answer("path.tvd");
+    const auto& item = all["items"][0];
+    const auto& story = all["stories"][0];
+    EXPECT_FALSE(item.HasMember("story"));
+    EXPECT_EQ(item["pathStory"].GetUint(), story["uid"].GetUint());
+    EXPECT_EQ(story["frames"][0].GetUint(), item["uid"].GetUint());
+    EXPECT_TRUE(story["overset"].GetBool());
+}
+
 TEST_F(DescribeVerb, TellsOnlyThePartThatIsWanted) {
     const rapidjson::Document stories = answer("two.tvd --what stories");
     EXPECT_EQ(stories.MemberCount(), 1U);

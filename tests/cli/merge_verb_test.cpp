@@ -323,5 +323,30 @@ TEST_F(MergeVerbTest, EveryVerbHasHelpWithAnExample) {
     EXPECT_EQ(run("").status, 2);
 }
 
+/// Pages count through the run, however it is cut into pieces, and a section begins anew with each record.
+TEST_F(MergeVerbTest, PageNumbersGoThroughTheRun) {
+    std::string data = "Name\n";
+    for (int i = 1; i <= 70; ++i)
+        data += "N" + std::to_string(i) + "\n";
+    write("data.csv", data);
+    const std::string layout = R"({"tarnovaLayout": 1,
+"masters": [{"name": "M", "pages": [{"items": [{"bounds": [50, 300, 300, 20],
+  "text": [{"text": [{"special": "pageNumber"}, "/", {"special": "pageCount"}, "/", {"special": "sectionPageCount"}]}]}]}]}],
+"pages": [{"master": "M", "items": [{"bounds": [50, 50, 300, 20], "text": "{{Name}}"}]}, {"master": "M"}])";
+    write("layout.tvd", layout + "}");
+    std::vector<std::string> pages = mergePdf();
+    ASSERT_EQ(pages.size(), 140u);
+    EXPECT_EQ(pages[0], "N1 1/140/140");
+    EXPECT_EQ(pages[1], "2/140/140");
+    EXPECT_EQ(pages[138], "N70 139/140/140");
+    write("layout.tvd", layout + R"(, "sections": [{"page": 1, "startNumber": 1}]})");
+    pages = mergePdf();
+    ASSERT_EQ(pages.size(), 140u);
+    for (const std::size_t i : {0u, 1u, 62u, 64u, 138u, 139u}) {
+        const std::string name = i % 2 == 0 ? "N" + std::to_string(i / 2 + 1) + " " : "";
+        EXPECT_EQ(pages[i], name + std::to_string(i % 2 + 1) + "/140/2") << i;
+    }
+}
+
 }  // namespace
 }  // namespace tarnova

@@ -116,7 +116,7 @@ TEST(LayoutReader, FaultsNameTheirLine) {
          "not both"},
         {"data is no base64", pageWith("{\"bounds\": [0, 0, 1, 1], \"data\": {\"kelvane\": \"A\"}}"), 1, "base64"},
         {"unknown paragraph style", frameWith("[{\"style\":\n\"x\"}]"), 2, "no paragraph style \"x\""},
-        {"run without text", frameWith("[{\"text\": [\n{\"size\": 3}]}]"), 2, "needs \"text\""},
+        {"run without text", frameWith("[{\"text\": [\n{\"size\": 3}]}]"), 2, "either \"text\" or \"special\""},
         {"link without end", frameWith("\n\"a {{Name\""), 2, "\"}}\""},
         {"link on a link", frameWith(R"([{"text": [{"text": "{{A}}", "tag": {"link": "B"}}]}])"), 1, "second link"},
         {"empty tag", frameWith(R"([{"text": [{"text": "a", "tag": {}}]}])"), 1, "needs \"link\""},
