@@ -223,6 +223,7 @@ void writeBaselineGrid(JsonWriter& out, const BaselineGrid& grid) {
 
 void readShapeKind(ShapeTarget& target, const JsonValue& value) {
     note(target, value);
+    target.hasKind = true;
     target.shape.kind = wordAs<pathInfoRec::Kind>(value, kindWords);
 }
 
@@ -315,17 +316,24 @@ std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValu
     }
     shape.content = target.content.value_or(usual);
     shape.bounds = target.inner ? *target.inner : boundsOfPath(*target.path);
-    shape.path = target.path ? std::move(*target.path) : pathOf(shape.kind, shape.bounds);
+    shape.path = pathOf(shape.kind, shape.bounds);
+    if (target.path && !same(*target.path, shape.path)) {
+        shape.path = std::move(*target.path);
+        if (!target.hasKind) shape.kind = pathInfoRec::Kind::polygon;
+    }
     return std::make_shared<const ItemShape>(std::move(shape));
 }
 
 void writeShape(JsonWriter& out, const ItemShape& shape, ShapeForm form, const DocumentModel& document) {
     const ItemShape usual;
-    if (shape.kind != usual.kind) out.member("kind", kindWords[static_cast<std::size_t>(shape.kind)]);
+    const bool hasOwnPath = !same(shape.path, pathOf(shape.kind, shape.bounds));
+    if (hasOwnPath || shape.kind != usual.kind) {
+        out.member("kind", kindWords[static_cast<std::size_t>(shape.kind)]);
+    }
     if (form.inner) {
         out.numbers("inner", {shape.bounds.left, shape.bounds.top, shape.bounds.right, shape.bounds.bottom});
     }
-    if (!same(shape.path, pathOf(shape.kind, shape.bounds))) out.member("path", pathText(shape.path));
+    if (hasOwnPath) out.member("path", pathText(shape.path));
     if (shape.fill != usual.fill) writePaint(out, "fill", shape.fill, document);
     writeStroke(out, shape.stroke, document);
     if (shape.content != form.usual) {

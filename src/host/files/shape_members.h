@@ -30,6 +30,7 @@ struct ShapeTarget {
 
     const LayoutNames& names;
     ItemShape shape;
+    bool hasKind = false;
     std::optional<ContentKind> content;
     std::optional<std::vector<SubPath>> path;
     std::optional<PMRect> inner;

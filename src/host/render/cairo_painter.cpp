@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/render/stroke_dash.h"
 #include "host/render/text_rules.h"
 #include "host/text/font.h"
 
@@ -81,7 +82,7 @@ void CairoPainter::paintShape(const DisplayItem& item) {
         tracePath(path);
     if (setPaint(item.shape->fill)) cairo_fill_preserve(cairo);
     if (item.shape->stroke.weight > 0 && setPaint(item.shape->stroke.paint)) {
-        setStroke(item.shape->stroke);
+        setStroke(*item.shape);
         cairo_stroke_preserve(cairo);
     }
     cairo_new_path(cairo);
@@ -100,20 +101,17 @@ void CairoPainter::tracePath(const SubPath& path) {
     if (path.closed) cairo_close_path(cairo);
 }
 
-void CairoPainter::setStroke(const Stroke& stroke) {
+void CairoPainter::setStroke(const ItemShape& shape) {
+    const Stroke& stroke = shape.stroke;
     static constexpr cairo_line_join_t joins[] = {CAIRO_LINE_JOIN_MITER, CAIRO_LINE_JOIN_ROUND, CAIRO_LINE_JOIN_BEVEL};
     static constexpr cairo_line_cap_t caps[] = {CAIRO_LINE_CAP_BUTT, CAIRO_LINE_CAP_ROUND, CAIRO_LINE_CAP_SQUARE};
     cairo_set_line_width(cairo, stroke.weight);
     cairo_set_line_join(cairo, joins[static_cast<int>(stroke.join)]);
     cairo_set_line_cap(cairo, caps[static_cast<int>(stroke.cap)]);
     cairo_set_miter_limit(cairo, std::max(stroke.miterLimit, 1.0));
-    std::vector<double> dash;
-    double total = 0;
-    for (const double length : stroke.dash) {
-        dash.push_back(std::max(length, 0.0));
-        total += dash.back();
-    }
-    if (total > 0) cairo_set_dash(cairo, dash.data(), static_cast<int>(dash.size()), 0);
+    if (stroke.dash.empty()) return;
+    const std::vector<double> dash = drawnDash(shape);
+    cairo_set_dash(cairo, dash.data(), static_cast<int>(dash.size()), 0);
 }
 
 bool CairoPainter::setPaint(const Paint& paint) {

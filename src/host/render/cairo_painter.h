@@ -23,7 +23,7 @@ class CairoPainter {
     void paintRun(const ComposedStory& text, const GlyphRun& run);
     void fillRun(const ComposedStory& text, const GlyphRun& run);
     void tracePath(const SubPath& path);
-    void setStroke(const Stroke& stroke);
+    void setStroke(const ItemShape& shape);
     /// False when the paint is "None".
     bool setPaint(const Paint& paint);
 

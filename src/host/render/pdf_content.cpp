@@ -1,8 +1,10 @@
 #include "host/render/pdf_content.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "host/render/pdf_text_show.h"
+#include "host/render/stroke_dash.h"
 #include "host/render/text_rules.h"
 
 namespace tarnova {
@@ -41,6 +43,22 @@ bool noteCluster(const PlacedGlyph* glyphs, const GlyphCluster& cluster, PdfFont
         noted &= font.standsFor(glyphs[i].glyph, cluster.text[inOrder ? i : cluster.glyphCount - 1 - i]);
     }
     return noted;
+}
+
+bool onlyLines(const SubPath& path) {
+    return std::all_of(path.segments.begin(), path.segments.end(),
+                       [](const PathSegment& segment) { return segment.kind == PathSegment::Kind::line; });
+}
+
+/// A rectangle may have been given another path.
+bool isRectangle(const ItemShape& shape) {
+    if (shape.kind != pathInfoRec::Kind::rectangle) return false;
+    if (shape.path.empty()) return true;
+    const SubPath& path = shape.path.front();
+    const PMRect& b = shape.bounds;
+    return shape.path.size() == 1 && path.closed && path.segments.size() == 3 && path.start == PMPoint{b.left, b.top} &&
+           path.segments[0].to == PMPoint{b.right, b.top} && path.segments[1].to == PMPoint{b.right, b.bottom} &&
+           path.segments[2].to == PMPoint{b.left, b.bottom} && onlyLines(path);
 }
 
 }  // namespace
@@ -93,7 +111,7 @@ void PdfContent::drawShape(const DisplayItem& item) {
     if (filled) setFill(fill);
     if (stroked) {
         setStrokeColor(strokeColor);
-        setStroke(shape.stroke);
+        setStroke(shape);
     }
     putPath(shape);
     out.put(filled && stroked ? "B\n" : filled ? "f\n" : "S\n");
@@ -134,7 +152,7 @@ void PdfContent::putPoint(PMPoint point) {
 }
 
 void PdfContent::putPath(const ItemShape& shape) {
-    if (shape.kind == pathInfoRec::Kind::rectangle) {
+    if (isRectangle(shape)) {
         putRectangle(shape.bounds);
         return;
     }
@@ -196,7 +214,8 @@ void PdfContent::setStrokeColor(const PaintColor& paint) {
     putColor(color, "K\n", "RG\n");
 }
 
-void PdfContent::setStroke(const Stroke& stroke) {
+void PdfContent::setStroke(const ItemShape& shape) {
+    const Stroke& stroke = shape.stroke;
     const auto set = [this](auto& known, auto value, auto put) {
         if (known == value) return;
         known = value;
@@ -220,17 +239,19 @@ void PdfContent::setStroke(const Stroke& stroke) {
     set(state.cap, static_cast<int>(stroke.cap), putChoice(" J\n"));
     set(state.join, static_cast<int>(stroke.join), putChoice(" j\n"));
     if (mitered) set(state.miterLimit, thousandths(std::max(stroke.miterLimit, 1.0)), putLength("M\n"));
-    setDash(stroke);
+    setDash(shape);
 }
 
 /// A pattern without any length is refused by readers; it is drawn solid.
-void PdfContent::setDash(const Stroke& stroke) {
+void PdfContent::setDash(const ItemShape& shape) {
     Dash dash;
     Units total = 0;
-    for (const double length : stroke.dash) {
-        dash.lengths.push_back(std::max<Units>(thousandths(length), 0));
-        total += dash.lengths.back();
+    if (!shape.stroke.dash.empty()) {
+        for (const double length : drawnDash(shape))
+            dash.lengths.push_back(thousandths(length));
     }
+    for (const Units length : dash.lengths)
+        total += length;
     if (total == 0) dash.lengths.clear();
     if (state.dash == dash) return;
     out.put('[');

@@ -84,9 +84,9 @@ class PdfContent {
     void setFont(const GlyphRun& run, const PdfFont& font);
 
     void setFill(const PaintColor& color);
-    void setStroke(const Stroke& stroke);
+    void setStroke(const ItemShape& shape);
     void setStrokeColor(const PaintColor& color);
-    void setDash(const Stroke& stroke);
+    void setDash(const ItemShape& shape);
     void putColor(const Color& color, std::string_view cmykOperator, std::string_view rgbOperator);
 
     /// A path's points go to the page directly when the matrix only shifts; else the matrix goes into the state.
