@@ -93,6 +93,14 @@ bool hasStyleName(const FontFileEntry& entry, const std::string& lowerName) {
                        [&](const std::string& style) { return lowerAscii(style) == lowerName; });
 }
 
+/// An element of fontconfig's XML.
+std::string element(const std::string& name, const std::string& content) {
+    std::string out = "<" + name + ">";
+    for (const char c : content)
+        out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : std::string(1, c);
+    return out + "</" + name + ">";
+}
+
 constexpr const char* baseFolders[] = {
     "/usr/share/fonts/opentype/urw-base35",
     "/usr/share/fonts/truetype/liberation2",
@@ -124,14 +132,18 @@ std::string_view familyBehindAlias(std::string_view family) {
     return family;
 }
 
-FontCatalog::FontCatalog(const std::vector<const char*>& folders) {
+FontCatalog::FontCatalog(const std::vector<const char*>& folders, const std::vector<std::string>& cacheFolders) {
     std::string text = "<?xml version=\"1.0\"?><fontconfig>";
     std::error_code missing;
     for (const char* folder : folders) {
-        if (std::filesystem::is_directory(folder, missing)) text += std::string("<dir>") + folder + "</dir>";
+        if (std::filesystem::is_directory(folder, missing)) text += element("dir", folder);
     }
     // The caches hold what the files say and nothing of anybody's preferences; without them each start reads each file.
-    text += "<cachedir>/var/cache/fontconfig</cachedir><cachedir prefix=\"xdg\">fontconfig</cachedir></fontconfig>";
+    const FontCacheFolder ownCache(cacheFolders);
+    for (const std::string& folder : cacheFolders)
+        text += element("cachedir", folder);
+    if (!ownCache.path().empty()) text += element("cachedir", ownCache.path());
+    text += "</fontconfig>";
     configuration.reset(FcConfigCreate());
     FcConfigParseAndLoadFromMemory(configuration.get(), reinterpret_cast<const FcChar8*>(text.c_str()), FcTrue);
     FcConfigBuildFonts(configuration.get());

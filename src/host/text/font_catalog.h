@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/text/font_cache_folder.h"
+
 namespace tarnova {
 
 /// One face of a font file, as far as choosing needs it.
@@ -40,8 +42,10 @@ struct StyleWish {
 /// The font files of some folders, in an order that depends on their paths alone.
 class FontCatalog {
  public:
-    /// Reads the folders; those that don't exist are left out.
-    explicit FontCatalog(const std::vector<const char*>& folders);
+    /// Reads the folders; those that don't exist are left out. What the files hold is kept from start to start in the
+    /// first of the cache folders that can be written.
+    explicit FontCatalog(const std::vector<const char*>& folders,
+                         const std::vector<std::string>& cacheFolders = usualFontCacheFolders());
 
     /// The face of a family that comes nearest to the style, or null when the family isn't here.
     [[nodiscard]] const FontFileEntry* match(std::string_view family, const StyleWish& style) const;
