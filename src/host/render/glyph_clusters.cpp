@@ -12,9 +12,11 @@ namespace tarnova {
 
 namespace {
 
+constexpr char32_t softHyphen = 0xAD;
+
 /// What has no glyph of its own behind a word: spaces, returns, and characters that only steer line breaks.
 bool leavesNoGlyph(char32_t c) {
-    return c <= U' ' || c == 0xA0 || c == 0xAD || (c >= 0x2000 && c <= 0x200B) || c == 0x2028;
+    return c <= U' ' || c == 0xA0 || c == softHyphen || (c >= 0x2000 && c <= 0x200B) || c == 0x2028;
 }
 
 /// A character as it is searched for: in capitals when the run sets it so, spaces of any width as a space.
@@ -71,6 +73,10 @@ const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) 
         ++next;
     cluster.glyphCount = next - index;
     cluster.text.clear();
+    if (position >= static_cast<std::uint32_t>(std::max(line->limit, 0))) {
+        cluster.text.push_back(softHyphen);  // a hyphen that is drawn at the line's end and isn't in the story
+        return cluster;
+    }
     const std::uint32_t limit = limitOf(position);
     for (std::uint32_t character = position; character < limit; ++character) {
         if (isPageCharacter(text[character - textStart])) {

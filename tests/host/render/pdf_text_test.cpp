@@ -53,6 +53,20 @@ CharFormat formatOf(const char* family, double size = 12) {
     return format;
 }
 
+TEST_F(PdfText, ADrawnHyphenIsASoftOne) {
+    const auto addBroken = [this](std::u32string_view text, double baseline) {
+        kit.line(text, 20, baseline);
+        kit.lastLine().lines[0].limit = static_cast<std::int32_t>(text.size()) - 1;  // the hyphen isn't in the story
+    };
+    addBroken(U"Zeilen-", 50);
+    write();
+    EXPECT_EQ(extracted(), "Zeilen\u00AD");
+    kit.line(U"Nord-Ost", 20, 70);
+    addBroken(U"West-", 90);
+    write();
+    EXPECT_EQ(extracted(), "Zeilen\u00AD\nNord-Ost\nWest\u00AD");
+}
+
 TEST_F(PdfText, IsFoundAgainInEveryScript) {
     struct TestRow {
         const char* name;
