@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "cli/job_setup.h"
+#include "cli/pdf_choice.h"
 #include "cli/verb.h"
 #include "definitions/definition_state.h"
 #include "definitions/record_def_set.h"
@@ -18,7 +19,6 @@
 #include "engine/toolkit/messages.h"
 #include "host/files/layout_file.h"
 #include "host/render/page_path.h"
-#include "host/render/pdf_writer.h"
 #include "host/render/png_output.h"
 #include "tags/link_names.h"
 
@@ -35,6 +35,7 @@ struct mergeOptionsRec {
     double dpi = pngDefaultDpi;
     bool noHeader = false;
     bool json = false;
+    pdfChoiceRec pdf;
     dataChoiceRec data;
 };
 
@@ -95,10 +96,10 @@ bool allLinksAreDefined(DocumentModel& layout, const mergeOptionsRec& options) {
 
 class PdfOutput final : public PageOutput {
  public:
-    [[nodiscard]] bool open(const std::string& path, const std::string& title) {
-        PdfOptions options;
-        options.title = title;
-        return writer.open(path, options);
+    [[nodiscard]] bool open(const mergeOptionsRec& options, const DocumentModel& layout) {
+        PdfOptions pdf = pdfOptionsOf(options.pdf, layout);
+        pdf.pagesOfCopy = layout.pageCount();
+        return writer.open(options.outputPath, pdf);
     }
     [[nodiscard]] errorWord takePages(Document& built) override {
         auto& document = dynamic_cast<DocumentModel&>(built);
@@ -140,9 +141,9 @@ struct mergeResultRec {
     std::string error;  // of the output; the engine's own errors travel as an error word
 };
 
-errorWord mergeToPdf(DocumentModel& layout, const std::string& path, mergeResultRec& result) {
+errorWord mergeToPdf(DocumentModel& layout, const mergeOptionsRec& options, mergeResultRec& result) {
     PdfOutput output;
-    errorWord error = output.open(path, layout.title()) ? errorWord{0} : errFailed;
+    errorWord error = output.open(options, layout) ? errorWord{0} : errFailed;
     error = mergeToOutput(layout.ref(), output, error);
     // A cancelled run leaves no file: without `finish` the writer takes its temporary one away.
     if (error == 0 && session().cancelRun == 0 && !output.writer.finish()) error = errFailed;
@@ -173,7 +174,7 @@ errorWord mergeToLayout(DocumentModel& layout, const std::string& path, mergeRes
 errorWord mergeToFile(DocumentModel& layout, const mergeOptionsRec& options, mergeResultRec& result) {
     switch (outputKindOf(options.outputPath)) {
         case OutputKind::pdf:
-            return mergeToPdf(layout, options.outputPath, result);
+            return mergeToPdf(layout, options, result);
         case OutputKind::png:
             return mergeToPng(layout, options, result);
         default:
@@ -218,6 +219,7 @@ void runMerge(const mergeOptionsRec& options, verbContext& context) {
                         fmt::format("{}: the output's name must end in .pdf, .png or .tvd", options.outputPath),
                         exitUsage);
     }
+    if (!pdfChoiceFits(options.pdf, options.outputPath, context)) return;
     if (!parseRecords(options.records)) {
         return failVerb(context,
                         fmt::format("--records {}: give a record or a range, as 5, 10-20 or 10-", options.records),
@@ -262,6 +264,7 @@ void addMergeVerb(CLI::App& app, verbContext& context) {
     verb->add_option("--dpi", options->dpi, "Resolution of .png pages")
         ->check(CLI::Range(pngMinimumDpi, pngMaximumDpi))
         ->capture_default_str();
+    addPdfFlags(*verb, options->pdf);
     verb->add_flag("--no-header", options->noHeader, "The first line is a record and no header (with --ddf)");
     verb->add_option("-o,--output", options->outputPath, "What to make: .pdf, .png (a file a page) or .tvd")
         ->required();

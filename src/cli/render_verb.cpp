@@ -5,14 +5,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <numeric>
 
 #include "cli/job_setup.h"
+#include "cli/pdf_choice.h"
 #include "cli/verb.h"
 #include "host/render/page_path.h"
 #include "host/render/page_range.h"
-#include "host/render/pdf_writer.h"
 #include "host/render/png_output.h"
 #include "host/render/postscript_output.h"
 #include "host/render/svg_output.h"
@@ -25,13 +24,8 @@ struct renderOptionsRec {
     std::string outputPath;
     std::string pages;
     double dpi = pngDefaultDpi;
-    double bleed = 0;  // points
-    bool bookmarks = false;
+    pdfChoiceRec pdf;
 };
-
-/// Points in each unit that a layout knows too.
-const std::map<std::string, double> lengthUnits = {
-    {"pt", 1}, {"mm", 72 / 25.4}, {"cm", 72 / 2.54}, {"in", 72}, {"pc", 12}};
 
 /// Indexes of pages, from 0.
 using PageList = std::vector<std::int32_t>;
@@ -78,11 +72,8 @@ bool addPages(renderJobRec& job, Writer& writer, bool isOpen) {
 }
 
 bool renderPdf(renderJobRec& job) {
-    PdfOptions pdf;
-    pdf.title = job.layout.title();
-    pdf.bookmarks = job.options.bookmarks;
+    PdfOptions pdf = pdfOptionsOf(job.options.pdf, job.layout);
     pdf.pageLabels = true;
-    pdf.bleed = job.options.bleed;
     PdfWriter writer;
     return addPages(job, writer, writer.open(job.options.outputPath, pdf));
 }
@@ -137,10 +128,7 @@ void runRender(const renderOptionsRec& options, verbContext& context) {
             context, fmt::format("{}: the output's name must end in .pdf, .ps, .png, .svg or .eps", options.outputPath),
             exitUsage);
     }
-    if (kind->render != renderPdf && (options.bleed > 0 || options.bookmarks)) {
-        return failVerb(context, fmt::format("{}: --bleed and --bookmarks are for .pdf", options.outputPath),
-                        exitUsage);
-    }
+    if (!pdfChoiceFits(options.pdf, options.outputPath, context)) return;
     const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
     if (!layout) {
         context.exitStatus = exitFailed;
@@ -171,11 +159,7 @@ void addRenderVerb(CLI::App& app, verbContext& context) {
     verb->add_option("--dpi", options->dpi, "Resolution of .png pages")
         ->check(CLI::Range(pngMinimumDpi, pngMaximumDpi))
         ->capture_default_str();
-    verb->add_option("--bleed", options->bleed,
-                     "Paper beyond each edge of the page, for .pdf: 3mm, 0.125in or points (0)")
-        ->transform(CLI::AsNumberWithUnit(lengthUnits))
-        ->check(CLI::Range(0.0, pdfMaximumBleed));
-    verb->add_flag("--bookmarks", options->bookmarks, "A bookmark for each page, by its printed name, for .pdf");
+    addPdfFlags(*verb, options->pdf);
     verb->footer("Example: tarnova render letter.tvd -o letter.pdf --pages 1-3");
     verb->callback([options, &context] { runRender(*options, context); });
 }

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "engine/toolkit/text_encoding.h"
+#include "host/model/link_target.h"
 
 namespace tarnova {
 
@@ -69,6 +70,13 @@ void readParaWord(FormatTarget& target, const JsonValue& value) {
 template <auto member, std::int32_t lowest, std::int32_t highest>
 void readParaCount(FormatTarget& target, const JsonValue& value) {
     target.paras.*member = static_cast<std::int32_t>(integerOf(value, lowest, highest));
+}
+
+void readLink(FormatTarget& target, const JsonValue& value) {
+    const std::string_view link = stringOf(value);
+    std::string problem;
+    if (!link.empty() && !readLinkTarget(link, problem)) faultAt(value, whatIs(value) + " " + problem + ".");
+    target.chars.link = link;
 }
 
 template <std::size_t store>
@@ -145,6 +153,7 @@ const FormatMembers charMembers = {
     {"strikeWeight", readCharWeight<&CharOverrides::strikeWeight>},
     {"caps", [](FormatTarget& t, const JsonValue& v) { t.chars.caps = wordAs<CharFormat::Caps>(v, capsWords); }},
     {"language", readCharName<&CharOverrides::language>},
+    {"link", readLink},
 };
 
 const FormatMembers paraMembers = {
@@ -342,6 +351,7 @@ void writeChars(JsonWriter& out, const CharOverrides& chars, const DocumentModel
     writeIf(out, "strikeWeight", chars.strikeWeight);
     writeWordIf(out, "caps", chars.caps, capsWords);
     writeIf(out, "language", chars.language);
+    writeIf(out, "link", chars.link);
 }
 
 void writeParas(JsonWriter& out, const ParaOverrides& paras) {

@@ -13,7 +13,7 @@ std::size_t hashOf(const CharOverrides& o) {
     Hasher h;
     h.add(o.family).add(o.fontStyle).add(o.language).add(o.pointSize).add(o.leading).add(o.tracking).add(o.kerning);
     h.add(o.baselineShift).add(o.horizontalScale).add(o.verticalScale).add(o.color).add(o.pairKerning);
-    return h.add(o.ligatures).add(o.underline).add(o.strikeThrough).add(o.position).add(o.caps).value();
+    return h.add(o.ligatures).add(o.underline).add(o.strikeThrough).add(o.position).add(o.caps).add(o.link).value();
 }
 
 std::size_t hashOf(const RunDescription& d) {

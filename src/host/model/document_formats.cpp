@@ -19,6 +19,7 @@ void apply(const CharOverrides& from, CharFormat& to) {
     apply(from.family, to.family);
     apply(from.fontStyle, to.fontStyle);
     apply(from.language, to.language);
+    apply(from.link, to.link);
     apply(from.pointSize, to.pointSize);
     apply(from.leading, to.leading);
     apply(from.tracking, to.tracking);
@@ -74,7 +75,7 @@ std::size_t hashOf(const CharFormat& f) {
     h.add(f.family).add(f.fontStyle).add(f.pointSize).add(f.leading).add(f.color).add(f.tracking).add(f.kerning);
     h.add(f.baselineShift).add(f.horizontalScale).add(f.verticalScale).add(f.position).add(f.underline);
     h.add(f.underlineOffset).add(f.underlineWeight).add(f.strikeOffset).add(f.strikeWeight);
-    return h.add(f.strikeThrough).add(f.caps).add(f.language).add(f.pairKerning).add(f.ligatures).value();
+    return h.add(f.strikeThrough).add(f.caps).add(f.language).add(f.pairKerning).add(f.ligatures).add(f.link).value();
 }
 
 std::size_t hashOf(const ParaFormat& f) {

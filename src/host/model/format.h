@@ -49,6 +49,7 @@ struct CharFormat {
     std::optional<double> underlineOffset{}, underlineWeight{}, strikeOffset{}, strikeWeight{};
     enum class Caps : std::uint8_t { normal, allCaps, smallCaps } caps = Caps::normal;
     std::string language = "en-US";  // BCP 47
+    std::string link;                // where the text leads (link_target.h); empty: nowhere
     friend bool operator==(const CharFormat&, const CharFormat&) = default;
 };
 
@@ -110,7 +111,7 @@ struct ParaFormat {
 
 /// What a style or a run says of its own; what is absent comes from below (paragraph style, its base, the default).
 struct CharOverrides {
-    std::optional<std::string> family, fontStyle, language;
+    std::optional<std::string> family, fontStyle, language, link;
     std::optional<double> pointSize, leading, tracking, kerning, baselineShift, horizontalScale, verticalScale;
     std::optional<double> underlineOffset, underlineWeight, strikeOffset, strikeWeight;
     std::optional<Paint> color;

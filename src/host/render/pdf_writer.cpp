@@ -4,9 +4,11 @@
 
 #include <span>
 
+#include "host/render/page_links.h"
 #include "host/render/pdf_content.h"
 #include "host/render/pdf_fonts.h"
 #include "host/render/pdf_forms.h"
+#include "host/render/pdf_links.h"
 #include "host/render/pdf_metadata.h"
 #include "host/render/pdf_objects.h"
 #include "host/render/pdf_outline.h"
@@ -44,15 +46,18 @@ class PdfWriter::File {
     [[nodiscard]] bool addPage(const DocumentModel& document, UID page) {
         if (closed()) return false;
         if (!buildDisplayList(document, page, list)) return fail(whyNoDisplayList(document, page));
-        if (!drawPage(list)) return false;
-        if (options.bookmarks) outline.addPage(*objects, lastPage, document.pageName(page));
+        if (!drawPage(list, document.pageIndex(page) + 1)) return false;
+        if (options.bookmarks) {
+            const bool isCopy = options.pagesOfCopy != 0;
+            outline.addPage(*objects, lastPage, isCopy ? std::to_string(pages) : document.pageName(page));
+        }
         if (options.pageLabels) labels.addPage(*objects, pageLabelOf(document, page));
         return true;
     }
 
     [[nodiscard]] bool addPage(const DisplayList& page) {
         if (closed()) return false;
-        if (!drawPage(page)) return false;
+        if (!drawPage(page, static_cast<std::int32_t>(pages) + 1)) return false;
         if (options.bookmarks) outline.addPage(*objects, lastPage, std::to_string(pages));
         if (options.pageLabels) labels.addPage(*objects, {"", 'D', static_cast<std::int32_t>(pages)});
         return true;
@@ -61,6 +66,7 @@ class PdfWriter::File {
     [[nodiscard]] bool finish() {
         if (closed()) return false;
         if (pages == 0) return fail("it would have no pages");
+        links.endGroup(*objects);
         if (!nodePages.empty()) writeNode();
         writeRoot();
         if (!writeResources()) return false;
@@ -93,11 +99,11 @@ class PdfWriter::File {
     }
 
     /// Draws the sheet that the page is cut from: itself, or with the bleed around it.
-    [[nodiscard]] bool drawPage(const DisplayList& page) {
+    [[nodiscard]] bool drawPage(const DisplayList& page, std::int32_t pageNumber) {
         if (!(page.page.width() > 0 && page.page.height() > 0)) return fail("a page has no area");
         if (options.bleed == 0) {
             if (&page != &list) list.overset = page.overset;
-            return drawSheet(page);
+            return drawSheet(page, pageNumber);
         }
         if (&page != &list) list = page;
         const double bleed = options.bleed;
@@ -106,10 +112,10 @@ class PdfWriter::File {
             item.toPage.tx += bleed;
             item.toPage.ty += bleed;
         }
-        return drawSheet(list);
+        return drawSheet(list, pageNumber);
     }
 
-    [[nodiscard]] bool drawSheet(const DisplayList& page) {
+    [[nodiscard]] bool drawSheet(const DisplayList& page, std::int32_t pageNumber) {
         oversetCount += static_cast<std::int64_t>(page.overset.size());
         makeForms(page);
         content.begin(page, false);
@@ -125,7 +131,8 @@ class PdfWriter::File {
         }
         const std::uint32_t stream = objects->reserve();
         objects->writeStream(stream, "", content.end());
-        writePage(page.page, stream);
+        writePage(page, stream);
+        noteForLinks(pageNumber);
         return !output.failed();
     }
 
@@ -171,7 +178,22 @@ class PdfWriter::File {
         body.put(']');
     }
 
-    void writePage(const PMRect& sheet, std::uint32_t stream) {
+    /// The page has the number that links know it by; it may be the last of their group.
+    void noteForLinks(std::int32_t pageNumber) {
+        if (options.pagesOfCopy == 0) {
+            links.addPage(pageNumber, lastPage);
+            return;
+        }
+        const auto inCopy = static_cast<std::int32_t>((pages - 1) % options.pagesOfCopy);
+        links.addPage(inCopy + 1, lastPage);
+        if (inCopy + 1 == options.pagesOfCopy) links.endGroup(*objects);
+    }
+
+    void writePage(const DisplayList& page, std::uint32_t stream) {
+        const PMRect& sheet = page.page;
+        const std::vector<PageLink> pageLinks = linksOf(page);
+        const std::uint32_t annotations =
+            pageLinks.empty() ? 0 : links.write(*objects, pageLinks, sheet.height());
         if (nodePages.empty()) {
             nodes.push_back(objects->reserve());
             nodePages.reserve(pagesInNode);
@@ -186,6 +208,10 @@ class PdfWriter::File {
         }
         body.put("/Contents ");
         putReference(body, stream);
+        if (annotations != 0) {
+            body.put("/Annots ");
+            putReference(body, annotations);
+        }
         body.put(">>");
         lastPage = objects->reserve();
         objects->write(lastPage, body.view());
@@ -273,6 +299,7 @@ class PdfWriter::File {
     PdfFormTable forms;
     PdfContent content{fonts};
     PdfOutline outline;
+    PdfLinks links;
     PdfPageLabels labels;
     std::string notOpen;
     ByteBuffer body;

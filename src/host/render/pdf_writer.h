@@ -23,11 +23,15 @@ struct PdfOptions {
     std::string creator = "Tarnova";  // the program that made the pages
     int compressionLevel = 1;         // 0 (none) to 12
     bool objectStreams = true;        // clear: a classic cross-reference table, readable by the oldest programs
-    bool bookmarks = false;           // an entry a page, by the page's printed name
+    bool bookmarks = false;           // an entry a page, by the page's printed name; copies count through the file
 
     /// Viewers name the pages as the sections of their document do. For pages of one document: where it comes in
     /// pieces, each piece would begin to count anew.
     bool pageLabels = false;
+
+    /// Pages of a copy of the template, where the file's pages are copies: a link to page 2 then leads to the second page of its
+    /// own copy. 0: to the second page of the document.
+    std::int32_t pagesOfCopy = 0;
 
     /// Points that the paper is larger on each side, 0 to `pdfMaximumBleed`. What is drawn beyond the page's edge shows
     /// there, to be cut off: MediaBox, CropBox and BleedBox hold it, TrimBox is the page. On a spread of several pages

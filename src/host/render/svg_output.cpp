@@ -1,10 +1,12 @@
 #include "host/render/svg_output.h"
 
 #include <cairo-svg.h>
+#include <fmt/format.h>
 
 #include "host/render/cairo_painter.h"
 #include "host/render/cairo_target.h"
 #include "host/render/output_file.h"
+#include "host/render/page_links.h"
 
 namespace tarnova {
 
@@ -39,6 +41,29 @@ void dropSurfaceName(std::string& svg) {
     svg.erase(name, svg.find('>', name) - name);
 }
 
+/// A URI as an attribute's value; the other characters that XML minds are percent-encoded in it.
+std::string attributeValue(const std::string& uri) {
+    std::string out;
+    for (const char c : uri)
+        out += c == '&' ? std::string("&amp;") : std::string(1, c);
+    return out;
+}
+
+/// Links to the web as areas above the drawing that show nothing. Links to pages have no page here to lead to.
+void addLinks(std::string& svg, const DisplayList& page) {
+    std::string areas;
+    for (const PageLink& link : linksOf(page)) {
+        if (link.target.uri.empty()) continue;
+        areas += fmt::format(R"(<a xlink:href="{}"><polygon fill="none" pointer-events="all" points=")",
+                             attributeValue(link.target.uri));
+        for (const PMPoint& corner : link.corners)
+            areas += fmt::format("{:.3f},{:.3f} ", corner.x, corner.y);
+        areas.back() = '"';
+        areas += "/></a>\n";
+    }
+    if (const std::size_t end = svg.rfind("</svg>"); end != std::string::npos) svg.insert(end, areas);
+}
+
 }  // namespace
 
 bool writePageSvg(const DisplayList& page, const std::string& path, std::string& error) {
@@ -50,6 +75,7 @@ bool writePageSvg(const DisplayList& page, const std::string& path, std::string&
         return false;
     }
     dropSurfaceName(svg);
+    addLinks(svg, page);
     OutputFile file;
     bool written = file.open(path);
     if (written) {

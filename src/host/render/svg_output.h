@@ -1,6 +1,7 @@
 // Pages as SVG 1.1 pictures: the shapes and the outlines of the glyphs, from the same display list as the other
 // outputs. Lengths are points, colours RGB as in the PNG; the ground stays transparent. Text is outlines, so the file
-// shows the same everywhere and holds no characters. Coordinates are rounded to 1/256 point.
+// shows the same everywhere and holds no characters. Text with links to the web has areas that lead there. Coordinates
+// are rounded to 1/256 point.
 
 #pragma once
 

@@ -91,6 +91,7 @@ class ComposedStory final : public StoryLayout {
     std::int32_t composedLimit = 0;
     std::int32_t shownLimit = 0;  // characters from here on are overset
     bool overset = false;
+    bool hasLinks = false;  // some run's format has a link
     std::string fault;  // for people: why nothing could be composed, as a font that can't be read; else empty
 
     [[nodiscard]] std::int32_t composedThrough() const override { return composedLimit; }

@@ -299,6 +299,7 @@ class LinePlacer {
         GlyphRun run;
         run.font = &style.font();
         run.format = style.format;
+        story_.hasLinks |= !style.format->link.empty();
         run.size = style.size;
         run.horizontalScale = style.horizontalScale;
         run.x = x;

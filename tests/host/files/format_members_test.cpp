@@ -62,6 +62,34 @@ TEST(FormatMembers, ParagraphFormatsAreReadAndKept) {
     }
 }
 
+const CharFormat& firstRunOf(const DocumentModel& document) {
+    const StoryText& text = *document.story(document.stories().at(0))->content;
+    return *document.resolveChar(*paragraphAt(text, 0).attributes, *runAt(text, 0).attributes);
+}
+
+TEST(FormatMembers, LinksOfText) {
+    const std::string styled = R"({"tarnovaLayout": 1,
+        "characterStyles": [{"name": "Site", "link": "https://tarnova.example/"}],
+        "pages": [{"items": [{"bounds": [0, 0, 99, 99], "text": [{"text": [{"style": "Site", "text": "a"RUN}]}]}]}]})";
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "https://tarnova.example/"},
+        {R"(, "link": "#page=12")", "#page=12"},
+        {R"(, "link": "mailto:ada@tarnova.example?subject=\u00e9")", "mailto:ada@tarnova.example?subject=\u00e9"},
+        {R"(, "link": "")", ""},
+    };
+    for (const auto& [run, link] : rows) {
+        std::string layout = styled;
+        layout.replace(layout.find("RUN"), 3, run);
+        const auto document = opened(layout);
+        EXPECT_EQ(firstRunOf(*document).link, link) << run;
+        expectStable(*document);
+        EXPECT_EQ(firstRunOf(*opened(writeLayout(*document))).link, link) << run;
+    }
+    layoutError error;
+    EXPECT_EQ(readLayout(frameWith("[{\"text\": \"a\",\n\"link\": \"javascript:alert(1)\"}]"), error), nullptr);
+    EXPECT_NE(error.message.find("\"link\" must begin with \"http:\""), std::string::npos) << error.message;
+}
+
 TEST(FormatMembers, ParagraphFormatsOutsideTheirLimits) {
     const char* const rows[] = {
         R"("hyphenate": 1)",
