@@ -69,6 +69,7 @@ class ChunkCutter {
             length += added;
         }
         out.text = whole.text.substr(start, length);
+        if (whole.pageCharacters > 0) out.pageCharacters = countPageCharacters(out.text);
         takeRuns(out, static_cast<std::int32_t>(length));
         takeOwned(out, start + length);
         start += length;
@@ -117,6 +118,10 @@ LeafPlace leafAt(const StoryNode& tree, std::int32_t position) {
     return {static_cast<const StoryLeaf*>(node), start};
 }
 
+std::int32_t countPageCharacters(std::u32string_view characters) {
+    return static_cast<std::int32_t>(std::count_if(characters.begin(), characters.end(), isPageCharacter));
+}
+
 StorySums sumsOf(const StoryChunk& chunk) {
     StorySums sums;
     sums.characters = static_cast<std::int32_t>(chunk.text.size());
@@ -124,8 +129,7 @@ StorySums sumsOf(const StoryChunk& chunk) {
     sums.threads = static_cast<std::int32_t>(std::count_if(chunk.paragraphs.begin(), chunk.paragraphs.end(),
                                                            [](const ParagraphRun& run) { return run.endsThread; }));
     sums.owned = static_cast<std::int32_t>(chunk.owned.size());
-    sums.pageCharacters =
-        static_cast<std::int32_t>(std::count_if(chunk.text.begin(), chunk.text.end(), isPageCharacter));
+    sums.pageCharacters = chunk.pageCharacters;
     if (chunk.runs.size() == 1) sums.soleRun = chunk.runs.front().attributes;
     return sums;
 }
@@ -147,6 +151,7 @@ StoryTree treeOf(StoryChunk&& chunk) {
 void appendChunk(StoryChunk& chunk, const StoryChunk& added) {
     const auto length = static_cast<std::int32_t>(chunk.text.size());
     chunk.text += added.text;
+    chunk.pageCharacters += added.pageCharacters;
     for (const AttributeRun& run : added.runs)
         addRun(chunk.runs, run);
     chunk.paragraphs.insert(chunk.paragraphs.end(), added.paragraphs.begin(), added.paragraphs.end());

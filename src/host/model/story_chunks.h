@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -38,7 +39,10 @@ struct StoryChunk {
     std::vector<AttributeRun> runs;
     std::vector<ParagraphRun> paragraphs;
     std::vector<ownedItemRec> owned;  // anchored items by position, from the chunk's start (anchor character U+FFFC)
+    std::int32_t pageCharacters = 0;  // how many of the text are some (page_characters.h)
 };
+
+[[nodiscard]] std::int32_t countPageCharacters(std::u32string_view characters);
 
 /// What a node says of all text below it.
 struct StorySums {

@@ -63,7 +63,7 @@ bool chunkIsConsistent(const StoryChunk& chunk) {
     const std::size_t length = chunk.text.size();
     return length > 0 && (length <= chunkLimit || chunk.paragraphs.size() == 1) && addsUp(chunk.runs, length) &&
            addsUp(chunk.paragraphs, length) && runsAreCanonical(chunk) && paragraphsMatchReturns(chunk) &&
-           anchorsStandInOrder(chunk);
+           anchorsStandInOrder(chunk) && chunk.pageCharacters == countPageCharacters(chunk.text);
 }
 
 bool equal(const StorySums& a, const StorySums& b) {
@@ -256,6 +256,7 @@ std::shared_ptr<StoryText> emptyStoryText(const ParagraphAttributes* paragraph, 
 void StoryTextBuilder::append(std::u32string_view characters, const RunAttributes* run) {
     if (characters.empty()) return;
     chunk.text += characters;
+    chunk.pageCharacters += countPageCharacters(characters);
     const auto length = static_cast<std::int32_t>(characters.size());
     if (chunk.runs.empty() || chunk.runs.back().attributes != run) {
         chunk.runs.push_back({length, run});
@@ -316,6 +317,8 @@ void replaceCharacters(StoryText& story, std::int32_t start, std::int32_t count,
     replaceInRuns(chunk, at, count, added, findRun(chunk.runs, source - edit.start));
     paragraphs.apply(chunk, characters);
     if (!chunk.owned.empty()) replaceInOwned(chunk, at, count, added - count);
+    const std::u32string_view replaced(chunk.text.data() + at, static_cast<std::size_t>(count));
+    chunk.pageCharacters += countPageCharacters(characters) - countPageCharacters(replaced);
     chunk.text.replace(static_cast<std::size_t>(at), static_cast<std::size_t>(count), characters);
     edit.finish();
 }
