@@ -1,7 +1,7 @@
 #include "host/files/layout_reader.h"
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 
 namespace tarnova {
 
@@ -61,22 +61,32 @@ constexpr Member<LayerTarget> layerMembers[] = {
     {"printable", [](LayerTarget& t, const JsonValue& v) { t.layer.printable = boolOf(v); }},
 };
 
-/// A circle of styles based on each other is cut open by a fault at one of them.
+[[noreturn]] void faultTooDeep(const JsonValue& value, const char* what) {
+    faultAt(value, std::string(what) + " are based on each other more than " + std::to_string(basedOnDepthLimit) +
+                       " deep; base some of them on another.");
+}
+
+/// Refuses circles and long chains. `basedOn` are the members by which styles are based on others, by index.
 template <typename Style>
-void refuseCircles(const std::vector<Style>& styles, const JsonValue& list) {
-    std::vector<char> isGood(styles.size(), 0);
+void checkBases(const std::vector<Style>& styles, const std::vector<const JsonValue*>& basedOn) {
+    constexpr std::size_t unknown = 0;
+    std::vector<std::size_t> depth(styles.size(), unknown);  // of known ones from 1
     for (std::size_t i = 0; i < styles.size(); ++i) {
         std::vector<std::size_t> chain;
-        auto at = static_cast<std::int32_t>(i);
-        while (at >= 0 && isGood[static_cast<std::size_t>(at)] == 0) {
-            if (chain.size() == styles.size()) {
-                faultAt(list, "The style \"" + styles[i].name + "\" is based on itself by way of others.");
+        std::size_t at = i;
+        while (depth[at] == unknown) {
+            chain.push_back(at);
+            if (styles[at].basedOn < 0) break;
+            if (chain.size() > styles.size()) {
+                faultAt(*basedOn[i], "The style \"" + styles[i].name + "\" is based on itself by way of others.");
             }
-            chain.push_back(static_cast<std::size_t>(at));
-            at = styles[static_cast<std::size_t>(at)].basedOn;
+            at = static_cast<std::size_t>(styles[at].basedOn);
         }
-        for (std::size_t index : chain)
-            isGood[index] = 1;
+        std::size_t below = depth[at];
+        for (auto style = chain.rbegin(); style != chain.rend(); ++style) {
+            depth[*style] = ++below;
+            if (below > basedOnDepthLimit + 1) faultTooDeep(*basedOn[*style], "Styles");
+        }
     }
 }
 
@@ -148,6 +158,7 @@ std::unique_ptr<DocumentModel> LayoutReader::read() {
 void LayoutReader::reserveIdentities() {
     double uid = 0, tagId = 0;
     tree.forEach([&](const JsonValue& value) {
+        uids.allowObject();
         if (!value.is(JsonValue::Type::number)) return;
         if (isUidMember(value)) uid = std::max(uid, integerOf(value, 1, fileUidLimit - 1) + 1.0);
         if (isTagId(value)) tagId = std::max(tagId, std::min(value.number + 1, 4294967295.0));
@@ -221,25 +232,30 @@ void LayoutReader::readStyles() {
     nameStyles(elementsOf(parts.characterStyles), names.characterStyles, characterStyles, false);
     nameStyles(elementsOf(parts.paragraphStyles), names.paragraphStyles, paragraphStyles, true);
 
+    std::vector<const JsonValue*> characterBases(characterStyles.size()), paragraphBases(paragraphStyles.size());
     for (const JsonValue& value : elementsOf(parts.characterStyles)) {
         FormatTarget target(names);
         readFormat(value, "a character style", characterStyleMembers(), target);
-        CharacterStyle& style =
-            characterStyles[static_cast<std::size_t>(namedIndex(names.characterStyles, *target.name, "style"))];
+        const auto index = static_cast<std::size_t>(namedIndex(names.characterStyles, *target.name, "style"));
+        CharacterStyle& style = characterStyles[index];
         style.format = std::move(target.chars);
-        if (target.basedOn != nullptr) style.basedOn = namedIndex(names.characterStyles, *target.basedOn, "style");
+        if (target.basedOn == nullptr) continue;
+        style.basedOn = namedIndex(names.characterStyles, *target.basedOn, "style");
+        characterBases[index] = target.basedOn;
     }
     for (const JsonValue& value : elementsOf(parts.paragraphStyles)) {
         FormatTarget target(names);
         readFormat(value, "a paragraph style", paragraphStyleMembers(), target);
-        ParagraphStyle& style =
-            paragraphStyles[static_cast<std::size_t>(namedIndex(names.paragraphStyles, *target.name, "style"))];
+        const auto index = static_cast<std::size_t>(namedIndex(names.paragraphStyles, *target.name, "style"));
+        ParagraphStyle& style = paragraphStyles[index];
         style.charFormat = std::move(target.chars);
         style.paraFormat = std::move(target.paras);
-        if (target.basedOn != nullptr) style.basedOn = namedIndex(names.paragraphStyles, *target.basedOn, "style");
+        if (target.basedOn == nullptr) continue;
+        style.basedOn = namedIndex(names.paragraphStyles, *target.basedOn, "style");
+        paragraphBases[index] = target.basedOn;
     }
-    refuseCircles(characterStyles, tree.root());
-    refuseCircles(paragraphStyles, tree.root());
+    checkBases(characterStyles, characterBases);
+    checkBases(paragraphStyles, paragraphBases);
     for (CharacterStyle& style : characterStyles)
         builder.addCharacterStyle(std::move(style));
     for (ParagraphStyle& style : paragraphStyles)
@@ -288,21 +304,34 @@ void LayoutReader::readMasters() {
         readSpread(value, target, spread, facing ? elementsOf(target.pages).count / 2 : 0);
         ++index;
     }
-    refuseMasterCircles();
+    checkMasterBases();
 }
 
-/// Takes away masters whose bases are all taken away, until none is left that could be.
-void LayoutReader::refuseMasterCircles() {
-    std::map<UID, std::vector<UID>> basesByMaster;
-    for (const auto& [master, base] : masterBases)
-        basesByMaster[master].push_back(base);
-    const auto isDone = [&](const auto& entry) {
-        return std::none_of(entry.second.begin(), entry.second.end(),
-                            [&](UID base) { return basesByMaster.count(base) != 0; });
-    };
-    while (std::erase_if(basesByMaster, isDone) != 0) {
+/// From masters without bases up: each comes when all its bases have come. What never comes stands in a circle, or on
+/// one.
+void LayoutReader::checkMasterBases() {
+    std::unordered_map<UID, std::size_t> openBases, depth;
+    std::unordered_map<UID, std::vector<const MasterBase*>> derived;
+    for (const MasterBase& edge : masterBases) {
+        ++openBases[edge.master];
+        derived[edge.base].push_back(&edge);
     }
-    if (!basesByMaster.empty()) {
+    std::vector<UID> ready;
+    for (const auto& [base, edges] : derived) {
+        if (openBases.count(base) == 0) ready.push_back(base);
+    }
+    std::size_t passed = 0;
+    while (!ready.empty()) {
+        const UID base = ready.back();
+        ready.pop_back();
+        for (const MasterBase* edge : derived[base]) {
+            ++passed;
+            depth[edge->master] = std::max(depth[edge->master], depth[base] + 1);
+            if (depth[edge->master] > basedOnDepthLimit) faultTooDeep(*edge->value, "Masters");
+            if (--openBases[edge->master] == 0) ready.push_back(edge->master);
+        }
+    }
+    if (passed < masterBases.size()) {
         faultAt(*parts.masters, "Masters are based on each other in a circle; take one of these bases away.");
     }
 }
@@ -412,7 +441,7 @@ void LayoutReader::addPage(const PageTarget& target, UID spread, const PMRect& b
     if (!builder.isMasterSpread(spread)) {
         pageUids.push_back(page);
     } else if (master != kInvalidUID) {
-        masterBases.emplace_back(spread, master);
+        masterBases.push_back({spread, master, target.master});
     }
     items.readItems(target.items, spread, {bounds.left, bounds.top});
 }

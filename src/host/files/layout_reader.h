@@ -18,6 +18,8 @@ namespace tarnova {
 inline constexpr int layoutVersion = 1;
 inline constexpr std::string_view layoutVersionMember = "tarnovaLayout";
 inline constexpr std::size_t pagesOfSpreadLimit = 64;
+/// How many styles or masters may be based on each other, one on the next.
+inline constexpr std::size_t basedOnDepthLimit = 100;
 /// Names of the numbering styles, in the order of their numbers.
 inline constexpr const char* numberingStyleWords[] = {"arabic", "upperRoman", "lowerRoman", "upperLetters",
                                                       "lowerLetters"};
@@ -63,7 +65,7 @@ class LayoutReader {
     void readStyles();
     void readLayers();
     void readMasters();
-    void refuseMasterCircles();
+    void checkMasterBases();
     void readSpreads();
     void readSpread(const JsonValue& value, const SpreadTarget& target, UID spread, std::size_t leftCount);
     void readBoundPages();
@@ -83,8 +85,14 @@ class LayoutReader {
     ItemReader items{builder, uids, names, layerIndex};
     PMPoint pageSize;
     bool facing = false;
-    std::vector<std::pair<UID, UID>> masterBases;  // masters, and what one of their pages is based on
-    std::vector<UID> pageUids;                     // of the document, in order
+    /// A master that is based on another by way of one of its pages.
+    struct MasterBase {
+        UID master = kInvalidUID;
+        UID base = kInvalidUID;
+        const JsonValue* value = nullptr;
+    };
+    std::vector<MasterBase> masterBases;
+    std::vector<UID> pageUids;  // of the document, in order
 };
 
 }  // namespace tarnova

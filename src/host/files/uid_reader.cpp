@@ -19,7 +19,10 @@ std::vector<UID> UidReader::uidsOf(const JsonValue* value) {
 }
 
 void UidReader::countObjects(const JsonValue& value, std::size_t count) {
-    if (count > fileObjectLimit - objectCount) faultAt(value, "The layout has more objects than can be read.");
+    if (count > objectLimit - objectCount) {
+        faultAt(value, "The layout makes " + std::to_string(objectLimit) +
+                           " objects up to here, too many for what it says; give it fewer layers or columns.");
+    }
     objectCount += count;
 }
 

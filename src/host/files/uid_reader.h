@@ -13,8 +13,9 @@ namespace tarnova {
 
 /// UIDs in a file stay this far below the limit of the model, so that there is room for what the reader adds.
 inline constexpr UID fileUidLimit = 1u << 27;
-/// Objects that one file may make.
-inline constexpr std::size_t fileObjectLimit = std::size_t{1} << 26;
+/// Objects that one file may make besides one for each value in it. A file that says all of its objects, as those do
+/// that we write, stays below; a short one can't fill the memory by way of what it leaves out.
+inline constexpr std::size_t fileObjectsBeside = std::size_t{1} << 18;
 
 class UidReader {
  public:
@@ -24,6 +25,8 @@ class UidReader {
     [[nodiscard]] UID uidOf(const JsonValue* value);
     /// The UIDs of an array; none for null.
     [[nodiscard]] std::vector<UID> uidsOf(const JsonValue* value);
+    /// Counts a value of the file. Before the first object.
+    void allowObject() { ++objectLimit; }
     /// Throws LayoutFault when the file makes too many objects.
     void countObjects(const JsonValue& value, std::size_t count);
 
@@ -31,6 +34,7 @@ class UidReader {
     DocumentBuilder& builder;
     std::unordered_set<UID> taken;
     std::size_t objectCount = 0;
+    std::size_t objectLimit = fileObjectsBeside;
 };
 
 }  // namespace tarnova

@@ -14,16 +14,16 @@ namespace {
 
 /// Puts a named entry in the place of the one with its name, or at the end; gives its index.
 template <typename Named>
-std::int32_t putNamed(std::vector<Named>& list, Named entry) {
-    const auto found =
-        std::find_if(list.begin(), list.end(), [&entry](const Named& other) { return other.name == entry.name; });
-    const auto index = static_cast<std::int32_t>(found - list.begin());
-    if (found == list.end()) {
+std::int32_t putNamed(std::vector<Named>& list, std::unordered_map<std::string, std::size_t>& places, Named entry) {
+    while (places.size() < list.size())
+        places.emplace(list[places.size()].name, places.size());
+    const auto [place, isNew] = places.try_emplace(entry.name, list.size());
+    if (isNew) {
         list.push_back(std::move(entry));
     } else {
-        *found = std::move(entry);
+        list[place->second] = std::move(entry);
     }
-    return index;
+    return static_cast<std::int32_t>(place->second);
 }
 
 }  // namespace
@@ -73,15 +73,15 @@ AttributePool& DocumentBuilder::attributePool() {
 }
 
 std::int32_t DocumentBuilder::addSwatch(Swatch swatch) {
-    return putNamed(document->formats->swatches, std::move(swatch));
+    return putNamed(document->formats->swatches, swatchPlaces, std::move(swatch));
 }
 
 std::int32_t DocumentBuilder::addCharacterStyle(CharacterStyle style) {
-    return putNamed(document->formats->characterStyles, std::move(style));
+    return putNamed(document->formats->characterStyles, characterStylePlaces, std::move(style));
 }
 
 std::int32_t DocumentBuilder::addParagraphStyle(ParagraphStyle style) {
-    return putNamed(document->formats->paragraphStyles, std::move(style));
+    return putNamed(document->formats->paragraphStyles, paragraphStylePlaces, std::move(style));
 }
 
 void DocumentBuilder::setLayers(const std::vector<Layer>& layers) {

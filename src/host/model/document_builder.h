@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "host/model/document_model.h"
@@ -98,6 +99,7 @@ class DocumentBuilder {
 
     std::unique_ptr<ModelDocument> document;
     std::vector<sectionRec> sections;
+    std::unordered_map<std::string, std::size_t> swatchPlaces, characterStylePlaces, paragraphStylePlaces;  // by name
 };
 
 }  // namespace tarnova

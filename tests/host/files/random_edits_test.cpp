@@ -24,7 +24,8 @@ constexpr const char* startingLayout = R"({"tarnovaLayout": 1, "pageSize": [100,
                    {"items": [{"name": "two", "layer": "Front", "bounds": [5, 5, 40, 40], "flowsFrom": "one"},
                               {"bounds": [5, 50, 40, 40], "text": "x", "columns": 3}]}],
          "items": [{"bounds": [500, 5, 40, 40], "text": "pasteboard"}]},
-        {"pages": [{"master": "A", "items": [{"bounds": [5, 5, 40, 40], "flowsFrom": "two"}, {"bounds": [5, 50, 9, 9], "tag": {"link": "L"}}]}]}],
+        {"pages": [{"master": "A", "items": [{"bounds": [5, 5, 40, 40], "flowsFrom": "two"}, {"bounds": [5, 50, 9, 9], "tag": {"link": "L"},
+             "picture": {"file": "a.tif", "inner": [0, 0, 9, 9], "clip": {"type": "detectedEdges"}}}]}]}],
     "sections": [{"page": 2, "prefix": "A-", "includePrefix": true}, {"page": 3, "style": "lowerRoman", "startNumber": 7}]})";
 
 constexpr const char* facingLayout = R"({"tarnovaLayout": 1, "facing": true, "pageSize": [100, 100],
@@ -172,7 +173,9 @@ class RandomEdits {
             &RandomEdits::deleteItem,  &RandomEdits::setDataBlock, &RandomEdits::lockItem,
             &RandomEdits::addPages,    &RandomEdits::removePages,  &RandomEdits::copySpread,
             &RandomEdits::addSection,  &RandomEdits::applyMaster,  &RandomEdits::overrideMasters,
-            &RandomEdits::linkFrames,  &RandomEdits::lockLayer,    &RandomEdits::detachMasters};
+            &RandomEdits::linkFrames,  &RandomEdits::lockLayer,    &RandomEdits::detachMasters,
+            &RandomEdits::groupItems,  &RandomEdits::ungroup,      &RandomEdits::moveItem,
+            &RandomEdits::copyItem,    &RandomEdits::setContent};
         while (!oneOf(operations)(*this)) {
         }
     }
@@ -243,6 +246,28 @@ class RandomEdits {
         const bool isThere = document->isTextFrame(before) && document->isTextFrame(behind) &&
                              document->textOfFrame(before) == document->textOfFrame(behind);
         return !isThere && document->linkFrames(before, behind) == 0;  // one that is there stays, and that is no step
+    }
+    bool groupItems() {
+        UID made = kInvalidUID;
+        return document->groupItems({anyItem(), anyItem()}, made) == 0;
+    }
+    bool ungroup() {
+        std::vector<UID> members;
+        return document->ungroup(anyItem(), members) == 0;
+    }
+    bool moveItem() {
+        const UID item = anyItem();
+        return (below(2) == 0 ? document->moveBy(item, below(90) + 1, below(9))
+                              : document->rotateBy(item, below(90) + 1)) == 0;
+    }
+    bool copyItem() {
+        UID made = kInvalidUID;
+        return below(2) == 0 && document->duplicateItem(anyItem(), made) == 0;
+    }
+    bool setContent() {
+        const UID item = anyItem();
+        const auto kind = static_cast<ContentKind>(below(3));
+        return document->contentKind(item) != kind && document->setContentKind(item, kind) == 0;
     }
     bool applyMaster() {
         if (document->pageCount() == 0) return false;

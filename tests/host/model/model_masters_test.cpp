@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "host/model/attribute_pool.h"
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
@@ -158,6 +160,26 @@ TEST_F(MastersTest, MarksOnMastersCanBeCleared) {
     EXPECT_EQ(document->overriddenItem(bBox), kInvalidUID);
     EXPECT_EQ(document->overriddenItem(own), bBox) << "on pages the marks stay";
     EXPECT_EQ(drawnOn(page), (std::vector<UID>{aBox, own}));
+}
+
+TEST_F(MastersTest, MarksStayThroughGroups) {
+    ASSERT_EQ(document->overrideMasterItems(pages), 0);
+    const auto masterIsDrawn = [this] {
+        const std::vector<UID> drawn = drawnOn(pages[1]);
+        return std::find(drawn.begin(), drawn.end(), frontGroup) != drawn.end();
+    };
+    std::vector<UID> members;
+    ASSERT_EQ(document->ungroup(childOn(2, 0), members), 0);
+    ASSERT_EQ(members.size(), 1U);
+    EXPECT_EQ(document->overriddenItem(members[0]), frontGroup) << "a member stands in the group's place now";
+    EXPECT_FALSE(masterIsDrawn());
+    UID copy = kInvalidUID, group = kInvalidUID;
+    ASSERT_EQ(document->duplicateItem(members[0], copy), 0);
+    EXPECT_EQ(document->overriddenItem(copy), kInvalidUID);
+    ASSERT_EQ(document->groupItems({members[0], ownBox}, group), 0);
+    EXPECT_FALSE(masterIsDrawn());
+    ASSERT_EQ(document->deleteItem(members[0]), 0);
+    EXPECT_TRUE(masterIsDrawn()) << "nothing stands in its place any more";
 }
 
 }  // namespace
