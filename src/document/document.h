@@ -258,8 +258,8 @@ class DocumentText {
     /// For an anchored item, or one in an anchored group: the story and position of the anchor.
     [[nodiscard]] virtual std::optional<std::pair<UID, std::int32_t>> inlinePosition(UID item) const = 0;
     /// Takes a frame or group off its layer and anchors it in a text, in the line, by a character in front of the one
-    /// at the position. Refused for members of groups, for an item that shows this text itself or a part of a text
-    /// that goes on elsewhere, and where anchored items would be nested too deep.
+    /// at the position. Refused for members of groups, for text on a path, for an item that shows this text itself or
+    /// a part of a text that goes on elsewhere, and where anchored items would be nested too deep.
     [[nodiscard]] virtual errorWord anchorItem(UID item, UID story, std::int32_t position) = 0;
     /// Puts an anchored item on the layer of the frame that shows it, where it stands; its character is deleted.
     [[nodiscard]] virtual errorWord releaseItem(UID item) = 0;

@@ -278,7 +278,8 @@ const FormatMembers& paragraphMembers() {
 const FormatMembers& runMembers() {
     static const FormatMembers members =
         joined({{"text", keep<FormatTarget, &FormatTarget::text>},
-                {"special", keep<FormatTarget, &FormatTarget::special>}},
+                {"special", keep<FormatTarget, &FormatTarget::special>},
+                {"item", keep<FormatTarget, &FormatTarget::item>}},
                {&returnMembers()});
     return members;
 }

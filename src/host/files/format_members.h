@@ -49,6 +49,7 @@ struct FormatTarget {
     const JsonValue* text = nullptr;
     const JsonValue* special = nullptr;
     const JsonValue* returnFormat = nullptr;
+    const JsonValue* item = nullptr;
     const JsonValue* tags[2] = {nullptr, nullptr};
 };
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/files/flow_members.h"
 #include "host/files/path_text_members.h"
 #include "host/files/picture_members.h"
 #include "host/files/tag_members.h"
-#include "host/files/text_members.h"
 
 namespace tarnova {
 
@@ -32,6 +32,8 @@ struct ItemReader::ItemTarget {
     const JsonValue* group = nullptr;
     const JsonValue* overrides = nullptr;
     const JsonValue* picture = nullptr;
+    const JsonValue* anchor = nullptr;
+    ItemFlow flow;
     const JsonValue* tags[2] = {};  // by store
     PlacedGraphic graphic;          // of a picture
     std::size_t shapeKey = 0;
@@ -41,9 +43,10 @@ struct ItemReader::ItemTarget {
 
 namespace {
 
-/// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, and within
-/// it the notes of a link on a run in a text with threads on its path. What was read can so be written, and that be read again.
-static_assert(4 + 2 * groupDepthLimit + 1 + 9 <= jsonDepthLimit);
+/// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, then for each
+/// text in a text six down to an item in it, its groups and frame, and at last the notes of a link on a run in a text
+/// with threads on a path. What was read can so be written, and that be read again.
+static_assert(4 + 2 * groupDepthLimit + 1 + anchorDepthLimit * (6 + 2 * groupDepthLimit + 1) + 9 <= jsonDepthLimit);
 
 template <std::size_t store>
 void readBlock(DataBlocks& target, const JsonValue& value) {
@@ -79,6 +82,7 @@ void ItemReader::readShared(const JsonValue* shapeList, const JsonValue* textLis
         {"firstBaseline", readShapeFirstBaseline},
         {"leastFirstBaseline", readShapeLeastFirstBaseline},
         {"baselineGrid", readShapeBaselineGrid},
+        {"ignoreWrap", readShapeIgnoreWrap},
     };
     for (const JsonValue& value : elementsOf(shapeList)) {
         ShapeTarget target(names);
@@ -86,13 +90,16 @@ void ItemReader::readShared(const JsonValue* shapeList, const JsonValue* textLis
         shapes.push_back(finishShape(target, value, ContentKind::unassigned));
     }
     TextReader reader(builder, names);
-    for (const JsonValue& value : elementsOf(textList))
+    for (const JsonValue& value : elementsOf(textList)) {
         texts.push_back(reader.read(value));
+        if (reader.anchored().empty()) continue;
+        faultAt(*reader.anchored().front().item, "A text that frames share can't hold an item; give each its own text.");
+    }
 }
 
 void ItemReader::readItems(const JsonValue* list, UID spread, PMPoint origin) {
     for (const JsonValue& value : elementsOf(list))
-        readItem(value, spread, kInvalidUID, origin);
+        readItem(value, {Place::Kind::layer, spread, origin});
 }
 
 /// What frames, groups and pictures have in common.
@@ -139,6 +146,9 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::itemMembers() {
             {"firstBaseline", [](T& t, const JsonValue& v) { readShapeFirstBaseline(t.look, v); }},
             {"leastFirstBaseline", [](T& t, const JsonValue& v) { readShapeLeastFirstBaseline(t.look, v); }},
             {"baselineGrid", [](T& t, const JsonValue& v) { readShapeBaselineGrid(t.look, v); }},
+            {"ignoreWrap", [](T& t, const JsonValue& v) { readShapeIgnoreWrap(t.look, v); }},
+            {"wrap", [](T& t, const JsonValue& v) { t.flow.wrap = readWrap(v); }},
+            {"anchor", keep<T, &T::anchor>},
             {"text", keep<T, &T::text>},
             {"sharedText", keep<T, &T::sharedText>},
             {"flowsFrom", keep<T, &T::flowsFrom>},
@@ -167,37 +177,58 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::pictureMembers() 
     return rows;
 }
 
-/// A top item has no `group`: it goes to the node of its layer.
-void ItemReader::readItem(const JsonValue& value, UID spread, UID group, PMPoint origin) {
+UID ItemReader::readItem(const JsonValue& value, const Place& place) {
     ItemTarget target(names, value);
     readMembers<ItemTarget>(value, "an item", itemMembers(), target);
     uids.countObjects(value, 1);
     const UID uid = target.item.uid = uids.uidOf(target.uid);
     const std::string name = target.item.name;
-    UID parent = group;
-    if (group == kInvalidUID) {
-        const std::size_t index = target.layer == nullptr ? 1 : namedIndex(layers, *target.layer, "layer");
-        parent = builder.layerNode(spread, index);
-    } else if (target.layer != nullptr) {
-        faultAt(*target.layer, "A member of a group lies on the layer of its group; leave \"layer\" away.");
-    }
+    const UID parent = parentOf(target, place);
     takeLinks(target);
+    takeFlow(target, place);
     takeBounds(target);
-    target.item.toParent.tx += origin.x;
-    target.item.toParent.ty += origin.y;
+    target.item.toParent.tx += place.origin.x;
+    target.item.toParent.ty += place.origin.y;
     if (!withinCoordinates(target.item.toParent)) {
         faultAt(value, "The item lies more than 10,000,000 points away from where its spread begins.");
     }
     if (target.group == nullptr) {
-        readFrame(target, parent, group != kInvalidUID);
+        readFrame(target, parent, place.kind == Place::Kind::layer);
     } else {
-        readGroup(target, spread, parent);
+        readGroup(target, parent);
     }
     if (!name.empty() && builder.isMasterItem(uid)) masterItemsByName[name].push_back(uid);
     if (target.overrides != nullptr) overriding.emplace_back(uid, target.overrides);
+    return uid;
 }
 
-void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
+/// The node, group or story that the item goes to. What stands in a group or text can't choose a layer or override.
+UID ItemReader::parentOf(const ItemTarget& target, const Place& place) const {
+    if (place.kind == Place::Kind::layer) {
+        const std::size_t index = target.layer == nullptr ? 1 : namedIndex(layers, *target.layer, "layer");
+        return builder.layerNode(place.holder, index);
+    }
+    const bool inGroup = place.kind == Place::Kind::group;
+    if (target.layer != nullptr) {
+        faultAt(*target.layer, inGroup ? "A member of a group lies on the layer of its group; leave \"layer\" away."
+                                       : "An item in a text lies on the layer of its frame; leave \"layer\" away.");
+    }
+    if (target.overrides != nullptr) {
+        faultAt(*target.overrides, inGroup ? "A member of a group overrides nothing; its group may."
+                                           : "An item in a text overrides nothing; the frame of the text may.");
+    }
+    return place.holder;
+}
+
+void ItemReader::takeFlow(ItemTarget& target, const Place& place) {
+    if (target.anchor != nullptr) {
+        if (place.kind != Place::Kind::text) faultAt(*target.anchor, "\"anchor\" is for items in a text.");
+        target.flow.anchor = readAnchor(*target.anchor);
+    }
+    if (target.flow != ItemFlow{}) target.item.flow = std::make_shared<const ItemFlow>(target.flow);
+}
+
+void ItemReader::readGroup(ItemTarget& target, UID parent) {
     const bool hasContent = target.hasText() || target.pathText != nullptr || target.picture != nullptr;
     if (target.look.firstMember != nullptr || target.shape != nullptr || target.bounds != nullptr || hasContent) {
         faultAt(target.value, "A group has no look, bounds, text or picture of its own; its members have.");
@@ -211,7 +242,7 @@ void ItemReader::readGroup(ItemTarget& target, UID spread, UID parent) {
     target.item.itemClass = ItemClass::group;
     const UID uid = builder.addItem(parent, std::move(target.item));
     for (const JsonValue& member : *target.group)
-        readItem(member, spread, uid, {});
+        readItem(member, {Place::Kind::group, uid, {}});
     --groupDepth;
 }
 
@@ -275,12 +306,12 @@ void ItemReader::takeShape(ItemTarget& target) const {
     }
 }
 
-void ItemReader::readFrame(ItemTarget& target, UID parent, bool inGroup) {
+void ItemReader::readFrame(ItemTarget& target, UID parent, bool onLayer) {
     takeShape(target);
     const std::shared_ptr<const ItemShape> shape = target.item.shape;
     const std::string name = target.item.name;
     const StampKey key{target.shapeKey, keyOf(target.item.toParent)};
-    const bool mayRepeat = target.shapeKey != 0 && !inGroup && target.picture == nullptr;
+    const bool mayRepeat = target.shapeKey != 0 && onLayer && target.picture == nullptr;
     const auto known = mayRepeat ? itemStamps.find(key) : itemStamps.end();
     if (known != itemStamps.end()) target.item.stamp = known->second;
     const UID uid = builder.addItem(parent, std::move(target.item));
@@ -343,7 +374,10 @@ void ItemReader::makePathStory(const JsonValue& value, UID frame, const ItemShap
     if (shape.path.empty()) faultAt(value, "A text on a path needs a frame that has a path.");
     const PathTextTarget target = readPathText(value);
     uids.countObjects(value, 1);
-    builder.addPathStory(frame, target.options, textOf(target.text, target.sharedText), uids.uidOf(target.storyUid));
+    TextReader reader(builder, names);
+    const std::shared_ptr<StoryText> text = textOf(target.text, target.sharedText, reader);
+    if (!reader.anchored().empty()) faultAt(*reader.anchored().front().item, "A text on a path can't hold an item.");
+    builder.addPathStory(frame, target.options, text, uids.uidOf(target.storyUid));
 }
 
 void ItemReader::placeOverrides() {
@@ -365,34 +399,47 @@ UID ItemReader::overriddenBy(const JsonValue& value) const {
     return found->second.front();
 }
 
-/// Index of the frame that "flowsFrom" names.
-std::size_t ItemReader::frameInFrontOf(const Frame& frame) const {
+/// Index of the frame that "flowsFrom" names, among those from `first` on.
+std::size_t ItemReader::frameInFrontOf(const Frame& frame, std::size_t first) const {
     const JsonValue& value = *frame.flowsFrom;
+    std::vector<std::size_t> named;
     if (value.is(JsonValue::Type::number)) {
         const auto found = frameByUid.find(static_cast<UID>(integerOf(value, 1, fileUidLimit - 1)));
-        if (found == frameByUid.end()) faultAt(value, "The layout has no text frame with this UID.");
-        return found->second;
+        if (found != frameByUid.end()) named.push_back(found->second);
+    } else if (const auto found = framesByName.find(nameOf(value)); found != framesByName.end()) {
+        named = found->second;
     }
-    const auto found = framesByName.find(nameOf(value));
-    if (found == framesByName.end()) {
-        faultAt(value, "The layout has no text frame named \"" + std::string(value.text.substr(0, 80)) + "\".");
+    std::erase_if(named, [first](std::size_t index) { return index < first; });
+    if (named.empty()) {
+        const std::string which = value.is(JsonValue::Type::number)
+                                      ? "with this UID"
+                                      : "named \"" + std::string(value.text.substr(0, 80)) + "\"";
+        faultAt(value, first == 0 ? "The layout has no text frame " + which + "."
+                                  : "The item in the text has no text frame " + which + "; its frames flow from each "
+                                    "other only.");
     }
-    if (found->second.size() > 1) faultAt(value, "More than one text frame has this name; give them different ones.");
-    return found->second.front();
+    if (named.size() > 1) faultAt(value, "More than one text frame has this name; give them different ones.");
+    return named.front();
 }
 
 void ItemReader::makeStories() {
-    for (std::size_t i = 0; i < frames.size(); ++i) {
+    makeStoriesFrom(0);
+}
+
+/// The frames from `first` on are those of the pages, or those of one item in a text.
+void ItemReader::makeStoriesFrom(std::size_t first) {
+    const std::size_t limit = frames.size();
+    for (std::size_t i = first; i < limit; ++i) {
         if (frames[i].flowsFrom == nullptr) continue;
-        Frame& front = frames[frameInFrontOf(frames[i])];
+        Frame& front = frames[frameInFrontOf(frames[i], first)];
         if (front.next != 0) faultAt(*frames[i].flowsFrom, "Two frames flow from the same frame.");
         front.next = i + 1;
     }
-    for (std::size_t i = 0; i < frames.size(); ++i) {
+    for (std::size_t i = first; i < limit; ++i) {
         if (frames[i].flowsFrom == nullptr) makeStory(i);
     }
-    for (const Frame& frame : frames) {
-        if (!frame.isPlaced) faultAt(*frame.flowsFrom, "These frames flow from each other in a circle.");
+    for (std::size_t i = first; i < limit; ++i) {
+        if (!frames[i].isPlaced) faultAt(*frames[i].flowsFrom, "These frames flow from each other in a circle.");
     }
 }
 
@@ -406,10 +453,13 @@ void ItemReader::makeStory(std::size_t first) {
         columns.insert(columns.end(), frame.columns.begin(), frame.columns.end());
     }
     const Frame& frame = frames[first];
-    const std::shared_ptr<StoryText> text = textOf(frame);
+    TextReader reader(builder, names);
+    const std::shared_ptr<StoryText> text = textOf(frame.text, frame.shared, reader);
     const bool mayRepeat = frame.shared != nullptr && frame.shapeKey != 0 && members.size() == 1;
     if (!mayRepeat) {
-        builder.addStory(members, text, uids.uidOf(frame.storyUid), columns);
+        const UID story = builder.addStory(members, text, uids.uidOf(frame.storyUid), columns);
+        for (const AnchoredValue& anchored : reader.anchored())
+            readAnchored(anchored, story);
         return;
     }
     const std::pair key(static_cast<std::size_t>(frame.shared->number), frame.shapeKey);
@@ -419,17 +469,27 @@ void ItemReader::makeStory(std::size_t first) {
     storyStamps.emplace(key, builder.stampOf(story));
 }
 
-std::shared_ptr<StoryText> ItemReader::textOf(const Frame& frame) {
-    return textOf(frame.text, frame.shared);
+/// Reads an item that stands in a text, with the texts in it.
+void ItemReader::readAnchored(const AnchoredValue& anchored, UID story) {
+    if (anchorDepth == anchorDepthLimit) {
+        faultAt(*anchored.item, "Items stand in texts more than " + std::to_string(anchorDepthLimit) + " deep.");
+    }
+    ++anchorDepth;
+    const std::size_t outerGroups = std::exchange(groupDepth, 0);
+    const std::size_t firstFrame = frames.size();
+    builder.setAnchor(story, anchored.position, readItem(*anchored.item, {Place::Kind::text, story, {}}));
+    makeStoriesFrom(firstFrame);
+    groupDepth = outerGroups;
+    --anchorDepth;
 }
 
 /// The text that stands in the file or that it shares; an empty one when both are null.
-std::shared_ptr<StoryText> ItemReader::textOf(const JsonValue* own, const JsonValue* shared) {
+std::shared_ptr<StoryText> ItemReader::textOf(const JsonValue* own, const JsonValue* shared, TextReader& reader) {
     if (shared != nullptr) {
         if (texts.empty()) faultAt(*shared, "The layout has no \"texts\" to take one of.");
         return texts[static_cast<std::size_t>(integerOf(*shared, 0, static_cast<std::int64_t>(texts.size()) - 1))];
     }
-    if (own != nullptr) return TextReader(builder, names).read(*own);
+    if (own != nullptr) return reader.read(*own);
     AttributePool& pool = builder.attributePool();
     return emptyStoryText(pool.paragraph({}), pool.plainRun());
 }

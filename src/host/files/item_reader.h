@@ -13,6 +13,7 @@
 
 #include "host/files/format_members.h"
 #include "host/files/shape_members.h"
+#include "host/files/text_members.h"
 #include "host/files/uid_reader.h"
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
@@ -46,6 +47,13 @@ class ItemReader {
  private:
     struct ItemTarget;
 
+    /// Where an item stands, and where its coordinates begin there.
+    struct Place {
+        enum class Kind : std::uint8_t { layer, group, text } kind;
+        UID holder;  // the spread, the group or the story
+        PMPoint origin;
+    };
+
     /// A text frame whose story isn't made yet.
     struct Frame {
         UID uid = kInvalidUID;
@@ -66,26 +74,30 @@ class ItemReader {
     [[nodiscard]] static std::vector<Member<ItemTarget>> placedMembers();
     [[nodiscard]] static const std::vector<Member<ItemTarget>>& itemMembers();
     [[nodiscard]] static const std::vector<Member<ItemTarget>>& pictureMembers();
-    void readItem(const JsonValue& value, UID spread, UID group, PMPoint origin);
-    void readGroup(ItemTarget& target, UID spread, UID parent);
-    void readFrame(ItemTarget& target, UID parent, bool inGroup);
+    UID readItem(const JsonValue& value, const Place& place);
+    [[nodiscard]] UID parentOf(const ItemTarget& target, const Place& place) const;
+    void readGroup(ItemTarget& target, UID parent);
+    void readFrame(ItemTarget& target, UID parent, bool onLayer);
     void readPicture(const JsonValue& value, UID frame);
     static void takeLinks(ItemTarget& target);
+    static void takeFlow(ItemTarget& target, const Place& place);
     void takeBounds(ItemTarget& target) const;
     void takeShape(ItemTarget& target) const;
     void noteFrame(const ItemTarget& target, UID uid, std::int32_t columns, const std::string& name);
     [[nodiscard]] UID overriddenBy(const JsonValue& value) const;
-    [[nodiscard]] std::size_t frameInFrontOf(const Frame& frame) const;
+    [[nodiscard]] std::size_t frameInFrontOf(const Frame& frame, std::size_t first) const;
+    void makeStoriesFrom(std::size_t first);
     void makeStory(std::size_t first);
+    void readAnchored(const AnchoredValue& anchored, UID story);
     void makePathStory(const JsonValue& value, UID frame, const ItemShape& shape);
-    [[nodiscard]] std::shared_ptr<StoryText> textOf(const Frame& frame);
-    [[nodiscard]] std::shared_ptr<StoryText> textOf(const JsonValue* own, const JsonValue* shared);
+    [[nodiscard]] std::shared_ptr<StoryText> textOf(const JsonValue* own, const JsonValue* shared, TextReader& reader);
 
     DocumentBuilder& builder;
     UidReader& uids;
     const LayoutNames& names;
     const LayerIndex& layers;
-    std::size_t groupDepth = 0;  // of the groups around the item under reading
+    std::size_t groupDepth = 0;   // of the groups around the item under reading, to the page or text that they are in
+    std::size_t anchorDepth = 0;  // of the texts around it
     std::vector<std::shared_ptr<const ItemShape>> shapes;
     std::vector<std::shared_ptr<StoryText>> texts;
     std::vector<Frame> frames;

@@ -13,7 +13,7 @@
 
 namespace tarnova {
 
-inline constexpr std::size_t jsonDepthLimit = 64;
+inline constexpr std::size_t jsonDepthLimit = 256;
 inline constexpr std::size_t jsonBytesLimit = std::size_t{1} << 30;
 
 struct JsonValue {

@@ -10,7 +10,6 @@ void JsonWriter::begin(char open, char close, Shape shape) {
     separate();
     out += open;
     levels.push_back({close, shape});
-    deepest = std::max(deepest, levels.size());
 }
 
 void JsonWriter::end() {

@@ -37,8 +37,6 @@ class JsonWriter {
     void member(std::string_view name, bool value);
     void numbers(std::string_view name, const std::vector<double>& values);
 
-    /// The most objects and arrays that were open at once.
-    [[nodiscard]] std::size_t depth() const { return deepest; }
     /// What was written; the writer is spent. A line feed ends it.
     [[nodiscard]] std::string take();
 
@@ -56,7 +54,6 @@ class JsonWriter {
 
     std::string out;
     std::vector<Level> levels;
-    std::size_t deepest = 0;
     bool afterKey = false;
 };
 

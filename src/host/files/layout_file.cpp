@@ -148,10 +148,10 @@ bool saveLayoutCopy(const DocumentModel& document, const std::string& path, layo
     }
     LayoutWriter writer(document);
     const std::string bytes = writer.write();
-    if (bytes.size() > jsonBytesLimit || writer.depth() > jsonDepthLimit) {
+    if (bytes.size() > jsonBytesLimit || writer.isTooDeep()) {
         error.message = bytes.size() > jsonBytesLimit
                             ? "The document is too large for a layout file, which has at most 1 GiB."
-                            : "The document has groups that are nested too deep for a layout file.";
+                            : "The document has groups or items in texts that are nested too deep for a layout file.";
         return false;
     }
     std::string reason;

@@ -1,14 +1,18 @@
 #include "host/files/layout_writer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/files/base64.h"
+#include "host/files/flow_members.h"
 #include "host/files/layout_reader.h"
 #include "host/files/path_text_members.h"
 #include "host/files/picture_members.h"
 #include "host/files/shape_members.h"
 #include "host/files/tag_members.h"
 #include "host/files/text_members.h"
+#include "host/model/limits.h"
+#include "host/model/story_reader.h"
 
 namespace tarnova {
 
@@ -65,7 +69,11 @@ void LayoutWriter::countShared(UID uid) {
     if (item.shape != nullptr) shapes.count(item.shape.get());
     if (item.itemClass == ItemClass::splineItem && item.story != kInvalidUID) {
         const Story& story = *document.story(item.story);
-        if (story.frames.front() == uid) texts.count(story.content.get());
+        if (story.frames.front() == uid) {
+            texts.count(story.content.get());
+            for (const ownedItemRec& owned : allOwned(*story.content))
+                countShared(owned.item);
+        }
     }
     if (item.pathStory != kInvalidUID) texts.count(document.story(item.pathStory)->content.get());
     for (UID child : item.children)
@@ -172,7 +180,7 @@ void LayoutWriter::writeShared() {
     out.key("texts");
     out.beginArray(overLines);
     for (const StoryText* text : texts.order)
-        writeText(out, *text, document);
+        writeStoryText(*text);
     out.end();
 }
 
@@ -253,15 +261,28 @@ void LayoutWriter::writeItem(const PageItem& item, const std::string* layer) {
     }
     writeFlags(item);
     if (const UID overridden = document.overriddenItem(item.uid)) out.member("overrides", overridden);
+    if (item.flow != nullptr) writeFlow(out, *item.flow);
     writeItemData(item);
-    if (item.itemClass == ItemClass::group) {
-        out.key("group");
-        out.beginArray();
-        for (UID child : item.children)
-            writeItem(*document.item(child), nullptr);
-        out.end();
-    }
+    if (item.itemClass == ItemClass::group) writeGroup(item);
     out.end();
+}
+
+void LayoutWriter::writeGroup(const PageItem& item) {
+    tooDeep |= ++groupDepth > groupDepthLimit;
+    out.key("group");
+    out.beginArray();
+    for (UID child : item.children)
+        writeItem(*document.item(child), nullptr);
+    out.end();
+    --groupDepth;
+}
+
+void LayoutWriter::writeAnchored(UID uid) {
+    tooDeep |= ++anchorDepth > anchorDepthLimit;
+    const std::size_t outerGroups = std::exchange(groupDepth, 0);
+    writeItem(*document.item(uid), nullptr);
+    groupDepth = outerGroups;
+    --anchorDepth;
 }
 
 void LayoutWriter::writePlace(const PMMatrix& m) {
@@ -310,7 +331,7 @@ void LayoutWriter::writeContent(const StoryText& content) {
         return;
     }
     out.key("text");
-    writeText(out, content, document);
+    writeStoryText(content);
 }
 
 void LayoutWriter::writePicture(const PageItem& picture) {
@@ -345,6 +366,10 @@ void LayoutWriter::writeStory(const PageItem& frame) {
         out.integer(child);
     out.end();
     if (place == story.frames.begin()) writeContent(*story.content);
+}
+
+void LayoutWriter::writeStoryText(const StoryText& text) {
+    writeText(out, text, document, [this](UID uid) { writeAnchored(uid); });
 }
 
 void LayoutWriter::writeSections() {

@@ -16,8 +16,8 @@ class LayoutWriter {
  public:
     explicit LayoutWriter(const DocumentModel& itsDocument) : document(itsDocument) {}
     [[nodiscard]] std::string write();
-    /// How deep the values of what was written are nested.
-    [[nodiscard]] std::size_t depth() const { return out.depth(); }
+    /// What was written has groups in groups or texts in texts that no reader takes.
+    [[nodiscard]] bool isTooDeep() const { return tooDeep; }
 
  private:
     /// Contents that more than one object holds, in the order of their first use.
@@ -45,6 +45,8 @@ class LayoutWriter {
     void writePages(const Spread& spread);
     void writeItems(const Spread& spread);
     void writeItem(const PageItem& item, const std::string* layer);
+    void writeGroup(const PageItem& item);
+    void writeAnchored(UID item);
     void writeFrame(const PageItem& item);
     void writePicture(const PageItem& picture);
     void writeFlags(const PageItem& item);
@@ -52,6 +54,7 @@ class LayoutWriter {
     void writeStory(const PageItem& frame);
     void writePathText(const Story& story);
     void writeContent(const StoryText& content);
+    void writeStoryText(const StoryText& text);
     void writeData(const std::string* kelvane, const std::string* tallyra);
     void writeItemData(const PageItem& item);
 
@@ -59,6 +62,9 @@ class LayoutWriter {
     JsonWriter out;
     SharedList<ItemShape> shapes;
     SharedList<StoryText> texts;
+    std::size_t groupDepth = 0;  // of the groups around what is written, to the page or text that they are in
+    std::size_t anchorDepth = 0;
+    bool tooDeep = false;
 };
 
 }  // namespace tarnova

@@ -147,6 +147,7 @@ void writeTextOptions(JsonWriter& out, const TextFrameOptions& text) {
     }
     if (text.leastFirstBaseline != 0) out.member("leastFirstBaseline", text.leastFirstBaseline);
     if (text.grid) writeBaselineGrid(out, *text.grid);
+    if (text.ignoresWrap) out.member("ignoreWrap", true);
 }
 
 void note(ShapeTarget& target, const JsonValue& value) {
@@ -307,6 +308,11 @@ void readShapeLeastFirstBaseline(ShapeTarget& target, const JsonValue& value) {
 void readShapeBaselineGrid(ShapeTarget& target, const JsonValue& value) {
     note(target, value);
     target.shape.text.grid = readBaselineGrid(value);
+}
+
+void readShapeIgnoreWrap(ShapeTarget& target, const JsonValue& value) {
+    note(target, value);
+    target.shape.text.ignoresWrap = boolOf(value);
 }
 
 std::shared_ptr<const ItemShape> finishShape(ShapeTarget& target, const JsonValue& value, ContentKind usual) {

@@ -52,6 +52,7 @@ void readShapeParagraphSpaceLimit(ShapeTarget& target, const JsonValue& value);
 void readShapeFirstBaseline(ShapeTarget& target, const JsonValue& value);
 void readShapeLeastFirstBaseline(ShapeTarget& target, const JsonValue& value);
 void readShapeBaselineGrid(ShapeTarget& target, const JsonValue& value);
+void readShapeIgnoreWrap(ShapeTarget& target, const JsonValue& value);
 
 /// The shape of an item that `value` describes, in inner coordinates; `usual` is what it is for when it doesn't say.
 /// Throws LayoutFault when it has neither bounds nor path.

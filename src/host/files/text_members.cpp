@@ -33,6 +33,7 @@ const RunAttributes* returnOf(AttributePool& pool, const RunAttributes* run) {
 
 std::shared_ptr<StoryText> TextReader::read(const JsonValue& value) {
     text = StoryTextBuilder();
+    anchoredValues.clear();
     if (!value.is(JsonValue::Type::object)) {
         readThread(value);
         return text.finish();
@@ -95,13 +96,17 @@ void TextReader::readRun(const JsonValue& value, Paragraph& paragraph) {
     }
     FormatTarget target(names);
     readFormat(value, "a run", runMembers(), target);
-    if ((target.text == nullptr) == (target.special == nullptr)) {
-        faultAt(value, "A run needs either \"text\" or \"special\".");
+    const bool hasText = target.text != nullptr, isSpecial = target.special != nullptr, isItem = target.item != nullptr;
+    if (int(hasText) + int(isSpecial) + int(isItem) != 1) {
+        faultAt(value, "A run needs either \"text\", \"special\" or \"item\".");
     }
-    if (target.text != nullptr) {
-        appendInline(*target.text, describe(target), paragraph);
+    const RunDescription run = describe(target);
+    if (hasText) {
+        appendInline(*target.text, run, paragraph);
+    } else if (isSpecial) {
+        appendSpecial(*target.special, run, paragraph);
     } else {
-        appendSpecial(*target.special, describe(target), paragraph);
+        appendItem(*target.item, run, paragraph);
     }
 }
 
@@ -118,6 +123,13 @@ RunDescription TextReader::describe(const FormatTarget& target) {
         out.tags[store] = builder.attributePool().tag(stores[store], tag.content);
     }
     return out;
+}
+
+/// An anchor character for an item that is read later.
+void TextReader::appendItem(const JsonValue& item, const RunDescription& run, Paragraph& paragraph) {
+    paragraph.last = withoutTags(run);
+    anchoredValues.push_back({static_cast<std::int32_t>(text.length()), &item});
+    text.append({&anchorCharacter, 1}, builder.attributePool().run(run));
 }
 
 void TextReader::appendInline(const JsonValue& value, const RunDescription& run, Paragraph& paragraph) {
@@ -174,8 +186,13 @@ namespace {
 
 class TextWriter {
  public:
-    TextWriter(JsonWriter& itsOut, const StoryText& itsText, const DocumentModel& itsDocument)
-        : out(itsOut), text(itsText), document(itsDocument), plain(document.attributePool().plainRun()) {}
+    TextWriter(JsonWriter& itsOut, const StoryText& itsText, const DocumentModel& itsDocument,
+               const std::function<void(UID)>& itsWriteItem)
+        : out(itsOut),
+          text(itsText),
+          document(itsDocument),
+          writeItem(itsWriteItem),
+          plain(document.attributePool().plainRun()) {}
 
     void write() {
         if (text.threadCount() == 1) {
@@ -196,7 +213,7 @@ class TextWriter {
         std::int32_t start;
         std::int32_t length;
         const RunAttributes* attributes;
-        bool isSpecial;  // a single character that is written as a word
+        enum class Kind { text, special, item } kind;  // what isn't text is a single character
     };
 
     /// One plain paragraph stands as its text alone.
@@ -218,10 +235,12 @@ class TextWriter {
         std::vector<Run> runs;
         while (from < limit) {
             const RunSpan run = reader.runAt(from);
-            const std::int32_t special = specialFrom(from, std::min(limit, run.limit));
-            const bool isSpecial = special == from;
-            const std::int32_t length = isSpecial ? 1 : special - from;
-            runs.push_back({from, length, run.attributes, isSpecial});
+            const std::int32_t runLimit = std::min(limit, run.limit);
+            const std::int32_t other = otherFrom(from, runLimit);
+            Run::Kind kind = Run::Kind::text;
+            if (other == from) kind = itemAt(from) != kInvalidUID ? Run::Kind::item : Run::Kind::special;
+            const std::int32_t length = kind == Run::Kind::text ? other - from : 1;
+            runs.push_back({from, length, run.attributes, kind});
             from += length;
         }
         return runs;
@@ -235,10 +254,26 @@ class TextWriter {
                           std::find_if(characters.begin(), characters.end(), isPageCharacter) - characters.begin());
     }
 
+    /// The first item that is anchored in a range; a UID of 0 when there is none.
+    [[nodiscard]] ownedItemRec anchoredIn(std::int32_t from, std::int32_t limit) const {
+        if (!text.hasOwned()) return {};
+        std::vector<ownedItemRec> found;
+        ownedIn(text, from, limit, found);
+        return found.empty() ? ownedItemRec{} : found.front();
+    }
+
+    [[nodiscard]] UID itemAt(std::int32_t position) const { return anchoredIn(position, position + 1).item; }
+
+    /// Position of the next character that isn't written as text, or the limit.
+    [[nodiscard]] std::int32_t otherFrom(std::int32_t from, std::int32_t limit) const {
+        const ownedItemRec anchored = anchoredIn(from, limit);
+        return specialFrom(from, anchored.item == kInvalidUID ? limit : anchored.position);
+    }
+
     [[nodiscard]] bool isPlain(const StoryParagraph& paragraph) {
         const RunSpan run = reader.runAt(paragraph.start);
         return paragraph.attributes == document.attributePool().paragraph({}) && run.attributes == plain &&
-               run.limit >= paragraph.limit() && specialFrom(paragraph.start, paragraph.limit()) == paragraph.limit();
+               run.limit >= paragraph.limit() && otherFrom(paragraph.start, paragraph.limit()) == paragraph.limit();
     }
 
     void writeParagraph() {
@@ -274,7 +309,7 @@ class TextWriter {
     void writeRuns(const std::vector<Run>& runs) {
         if (runs.empty()) return;
         out.key("text");
-        if (runs.size() == 1 && runs[0].attributes == plain && !runs[0].isSpecial) {
+        if (runs.size() == 1 && runs[0].attributes == plain && runs[0].kind == Run::Kind::text) {
             writeCharacters(runs[0].start, runs[0].length);
             return;
         }
@@ -285,14 +320,17 @@ class TextWriter {
     }
 
     void writeRun(const Run& run) {
-        if (run.attributes == plain && !run.isSpecial) {
+        if (run.attributes == plain && run.kind == Run::Kind::text) {
             writeCharacters(run.start, run.length);
             return;
         }
         out.beginObject();
-        if (run.isSpecial) {
+        if (run.kind == Run::Kind::special) {
             const char32_t character = charactersOf(text, run.start, run.start + 1).front();
             out.member("special", specialWords[character - firstPageCharacter]);
+        } else if (run.kind == Run::Kind::item) {
+            out.key("item");
+            writeItem(itemAt(run.start));
         } else {
             out.key("text");
             writeCharacters(run.start, run.length);
@@ -321,6 +359,7 @@ class TextWriter {
     JsonWriter& out;
     const StoryText& text;
     const DocumentModel& document;
+    const std::function<void(UID)>& writeItem;
     const RunAttributes* plain;
     StoryReader reader{text};
     std::int32_t start = 0;
@@ -328,8 +367,9 @@ class TextWriter {
 
 }  // namespace
 
-void writeText(JsonWriter& out, const StoryText& text, const DocumentModel& document) {
-    TextWriter(out, text, document).write();
+void writeText(JsonWriter& out, const StoryText& text, const DocumentModel& document,
+               const std::function<void(UID)>& writeItem) {
+    TextWriter(out, text, document, writeItem).write();
 }
 
 }  // namespace tarnova

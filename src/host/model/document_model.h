@@ -90,8 +90,15 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual PMMatrix toSpread(const PageItem& item) const = 0;
     /// Bounds, without strokes, in the coordinates that `toParent` leads to.
     [[nodiscard]] virtual PMRect boundsInParent(const PageItem& item) const = 0;
-    /// The items anchored in the text that a frame shows, in text order; overset ones and what doesn't print left out.
-    virtual void anchoredInFrame(const PageItem& frame, std::vector<AnchoredItem>& out) const = 0;
+    /// The items anchored in the text that a frame shows, in text order, where the text's layout has them; what doesn't
+    /// print is left out.
+    virtual void anchoredInFrame(const PageItem& frame, const StoryLayout& layout,
+                                 std::vector<AnchoredItem>& out) const = 0;
+
+    /// What the text of a frame runs around: areas in its inner coordinates that touch it. Items of its spread act on
+    /// it, in front of it and behind it, and items of masters that its page shows. Text of an anchored frame and of one
+    /// that says so runs around nothing.
+    virtual void wrapsAround(const PageItem& frame, std::vector<WrapArea>& out) const = 0;
 
     /// The format of a run in a paragraph: default, paragraph style chain, paragraph overrides, character style chain,
     /// run overrides. The result is interned: equal formats have one address for the life of the document and its

@@ -98,14 +98,12 @@ pageOfItemRec ModelDocument::pageOfAnchored(const PageItem& which) const {
     return {index == PageItem::onPasteboard ? kInvalidUID : on.pages[static_cast<std::size_t>(index)], on.isMaster};
 }
 
-void ModelDocument::anchoredInFrame(const PageItem& frame, std::vector<AnchoredItem>& out) const {
+void ModelDocument::anchoredInFrame(const PageItem& frame, const StoryLayout& layout,
+                                    std::vector<AnchoredItem>& out) const {
     const Story& text = *story(frame.story);
-    if (!text.content->hasOwned()) return;
-    const StoryLayout* layout = layoutOf(text.uid, text.length());
-    if (layout == nullptr) return;
     for (const ownedItemRec& owned : allOwned(*text.content)) {
         const PageItem& anchored = *item(owned.item);
-        const std::optional<AnchorPoint> point = layout->anchorAt(owned.position);
+        const std::optional<AnchorPoint> point = layout.anchorAt(owned.position);
         if (anchored.nonPrinting || !point) continue;
         if (text.frames[static_cast<std::size_t>(point->frameIndex)] != frame.uid) continue;
         out.push_back({&anchored, moveOfAnchored(anchored, *point, frame)});
@@ -153,7 +151,7 @@ errorWord ModelDocument::anchorItem(UID uid, UID storyUid, std::int32_t position
     const PageItem* found = item(uid);
     const Story* to = story(storyUid);
     if (found == nullptr || to == nullptr || itemClass(found->parent) != ItemClass::node) return errFailed;
-    if (!mayReplace(*to->content, position, 0) || !mayAnchor(uid, storyUid)) return errFailed;
+    if (to->onPath != nullptr || !mayReplace(*to->content, position, 0) || !mayAnchor(uid, storyUid)) return errFailed;
     if (to->length() >= storyLengthLimit - 1) return errRunMemory;
     Command command(*this, "Anchor Item");
     std::erase(changeable<PageItem>(found->parent)->children, uid);
@@ -207,6 +205,7 @@ errorWord ModelDocument::setItemFlow(UID uid, const ItemFlow& flow) {
     const bool isAnchored = isItem && story(found->parent) != nullptr;
     if (!isItem || !withinLimits(flow) || (!isAnchored && flow.anchor != AnchorOptions{})) return errFailed;
     Command command(*this, "Set Text Flow");
+    mayWrap |= flow.wrap.kind != TextWrap::Kind::none;
     changeable<PageItem>(uid)->flow = flow == ItemFlow{} ? nullptr : std::make_shared<const ItemFlow>(flow);
     if (isAnchored) restampText(found->parent);
     return 0;

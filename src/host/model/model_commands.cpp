@@ -86,6 +86,7 @@ void ModelDocument::keepLists() {
 void ModelDocument::destroy(UID uid) {
     keep(uid);
     noteChange();
+    if (const PageItem* gone = item(uid); mayWrap && gone != nullptr) noteWraps(gone->spread);
     table.take(uid);
 }
 
@@ -107,6 +108,10 @@ void ModelDocument::exchange(UndoStep& step) {
         if (const Spread* changedSpread = spread(uid)) forgetPlaces(*changedSpread);
     }
     renumberPages();
+    if (mayWrap) {
+        unsettled = lists.spreads;
+        unsettled.insert(unsettled.end(), lists.masters.begin(), lists.masters.end());
+    }
     noteChange();
 }
 

@@ -51,10 +51,13 @@ std::unique_ptr<Document> ModelDocument::documentCopy() const {
     copy->revision = revision;
     copy->pagesInFront = pagesInFront;
     copy->pagesBehind = pagesBehind;
+    copy->mayWrap = mayWrap;
+    copy->unsettled = unsettled;
     return copy;
 }
 
 void ModelDocument::markTemplate() {
+    if (!unsettled.empty()) settleWraps();
     templateStampValue = newStamp();
 }
 

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 #include <variant>
@@ -188,8 +189,10 @@ class ModelDocument final : public DocumentModel {
     PMPoint pageOrigin(UID page, const PageItem& item) const override;
     PMMatrix toSpread(const PageItem& item) const override;
     PMRect boundsInParent(const PageItem& item) const override;
-    void anchoredInFrame(const PageItem& frame, std::vector<AnchoredItem>& out) const override;
+    void anchoredInFrame(const PageItem& frame, const StoryLayout& layout,
+                         std::vector<AnchoredItem>& out) const override;
     errorWord setItemFlow(UID item, const ItemFlow& flow) override;
+    void wrapsAround(const PageItem& frame, std::vector<WrapArea>& out) const override;
     const CharFormat* resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const override;
     const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const override;
     const StoryLayout* layoutOf(UID story, std::int32_t through) const override;
@@ -325,6 +328,17 @@ class ModelDocument final : public DocumentModel {
     [[nodiscard]] bool mayAnchor(UID item, UID story) const;
     void moveTree(UID item, UID spread);
 
+    // Texts that run around items. With no such item in the document nothing of this is ever looked at.
+    struct WrapView;
+    void addWrapAreas(const PageItem& item, PMPoint move, const WrapView& view) const;
+    void addMasterWraps(const WrapView& view) const;
+    [[nodiscard]] bool holdsItem(const PageItem& outer, const PageItem& inner) const;
+    [[nodiscard]] std::uint64_t wrapKeyOf(const Story& text) const;
+    template <typename Object>
+    void noteWrapsOf(const Object& object);
+    void noteWraps(UID spread);
+    void settleWraps() const;
+
     /// The story with a content that no other holds, stamped anew; null when there is no such story.
     Story* changeableText(UID uid);
     void noteTagId(std::uint32_t tagId);
@@ -364,6 +378,9 @@ class ModelDocument final : public DocumentModel {
     mutable std::optional<std::unordered_set<UID>> mastersInUse;
     mutable std::vector<std::int32_t> sectionNumbers;  // first number of each section, as far as it is known
 
+    bool mayWrap = false;                // an item that text runs around was made
+    mutable std::vector<UID> unsettled;  // spreads on which texts may run around something else now
+
     std::int32_t sequenceDepth = 0;
     bool recording = false;  // the open sequence can be undone
     UndoStep openStep;
@@ -375,7 +392,18 @@ template <typename Object>
 Object* ModelDocument::changeable(UID uid) {
     keep(uid);
     noteChange();
-    return table.find<Object>(uid);
+    Object* found = table.find<Object>(uid);
+    if (mayWrap && found != nullptr) noteWrapsOf(*found);
+    return found;
+}
+
+template <typename Object>
+void ModelDocument::noteWrapsOf(const Object& object) {
+    if constexpr (std::is_same_v<Object, PageItem> || std::is_same_v<Object, Page>) {
+        noteWraps(object.spread);
+    } else if constexpr (std::is_same_v<Object, Spread>) {
+        noteWraps(object.uid);
+    }
 }
 
 template <typename Object>
@@ -383,6 +411,10 @@ Object* ModelDocument::create(Object object, UID uid) {
     keep(uid);
     noteChange();
     object.uid = uid;
+    if constexpr (std::is_same_v<Object, PageItem>) {
+        mayWrap |= object.flow != nullptr && object.flow->wrap.kind != TextWrap::Kind::none;
+    }
+    if (mayWrap) noteWrapsOf(object);
     return table.put(uid, std::make_unique<Object>(std::move(object)));
 }
 

@@ -208,6 +208,7 @@ textSpanRec ModelDocument::paragraphAt(UID uid, std::int32_t position) const {
 const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const {
     const Story* found = story(uid);
     if (found == nullptr) return nullptr;
+    if (!unsettled.empty()) settleWraps();
     const std::int32_t needed = std::min(through, found->length() - 1);
     const bool isComposed = found->layout != nullptr && found->layout->composedThrough() > needed;
     if (isComposed && (found->content->pageCharacters() == 0 || showsItsPages(*found))) return found->layout.get();

@@ -88,6 +88,13 @@ struct TextWrap {
     friend bool operator==(const TextWrap&, const TextWrap&) = default;
 };
 
+/// An area that text runs around, its offsets included.
+struct WrapArea {
+    PMRect box;
+    TextWrap::Kind kind = TextWrap::Kind::none;
+    TextWrap::Side side = TextWrap::Side::both;
+};
+
 /// What text has to do with an item.
 struct ItemFlow {
     AnchorOptions anchor;  // of an item whose parent is a story

@@ -19,6 +19,7 @@ errorWord SpreadCopy::make() {
         to->layerNodes.push_back(original == nullptr ? kInvalidUID : trees.copy(*original, kInvalidUID, to->uid));
     }
     trees.finish();
+    if (document.mayWrap) document.noteWraps(to->uid);
     document.keepLists();
     document.lists.spreads.push_back(to->uid);
     return 0;

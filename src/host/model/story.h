@@ -112,6 +112,8 @@ class Story {
     /// Two stories with one stamp hold the same text in frames of the same shape: copies keep it, a change takes a new
     /// one. So it names the composed lines too, but for what page characters show.
     std::uint64_t stamp = 0;
+    /// What its text runs around, as one number; 0: nothing. The stamp holds for this only.
+    std::uint64_t wrapKey = 0;
     /// The cached composition of this stamp, or null. Copies share it.
     mutable std::shared_ptr<const StoryLayout> layout;
     /// The document's revision for which the texts of page characters in `layout` were found to hold.

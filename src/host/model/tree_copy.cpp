@@ -48,6 +48,7 @@ Story* TreeCopy::storyFor(UID original) {
     copy.content = from->content;
     copy.onPath = from->onPath;
     copy.stamp = from->stamp;
+    copy.wrapKey = from->wrapKey;
     copy.layout = from->layout;
     stories.push_back({from, document.create(std::move(copy), document.takeUid())});
     return stories.back().copy;

@@ -43,7 +43,7 @@ class ListBuilder {
         entry.toPage = toPage;
         entry.shape = &shape;
         entry.itemStamp = item.stamp;
-        entry.repeats = item.stamp < templateStamp;
+        entry.repeats = holderRepeats && item.stamp < templateStamp;
     }
 
     [[nodiscard]] bool paints(const Paint& paint) const {
@@ -61,7 +61,21 @@ class ListBuilder {
             list.overset.push_back({storyUid, item.uid, page.uid});
         }
         addColumns(item, *story, *text, static_cast<std::int32_t>(frame - story->frames.begin()), toPage);
-        return true;
+        return !story->content->hasOwned() || addAnchored(item, *story, *text, toPage);
+    }
+
+    /// The items that stand in the text of a frame, over it.
+    [[nodiscard]] bool addAnchored(const PageItem& frame, const Story& story, const StoryLayout& layout,
+                                   const PMMatrix& toPage) {
+        std::vector<AnchoredItem> anchored;
+        document.anchoredInFrame(frame, layout, anchored);
+        const bool outerRepeats = holderRepeats;
+        holderRepeats = outerRepeats && frame.stamp < templateStamp && story.stamp < templateStamp;
+        const bool all = std::all_of(anchored.begin(), anchored.end(), [&](const AnchoredItem& entry) {
+            return add(*entry.item, PMMatrix{1, 0, 0, 1, entry.move.x, entry.move.y}.then(toPage));
+        });
+        holderRepeats = outerRepeats;
+        return all;
     }
 
     /// Text of a master with page characters is composed for each page that shows it.
@@ -89,7 +103,7 @@ class ListBuilder {
         entry.itemStamp = item.stamp;
         entry.storyStamp = story.stamp;
         const bool isUnchanged = item.stamp < templateStamp && story.stamp < templateStamp;
-        entry.repeats = isUnchanged && story.content->pageCharacters() == 0;
+        entry.repeats = holderRepeats && isUnchanged && story.content->pageCharacters() == 0;
     }
 
     const DocumentModel& document;
@@ -97,6 +111,7 @@ class ListBuilder {
     DisplayList& list;
     std::uint64_t templateStamp;
     bool fromMaster = false;  // the item in work is a master's
+    bool holderRepeats = true;  // the texts in which an item stands
 };
 
 }  // namespace

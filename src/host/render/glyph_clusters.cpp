@@ -14,9 +14,10 @@ namespace {
 
 constexpr char32_t softHyphen = 0xAD;
 
-/// What has no glyph of its own behind a word: spaces, returns, and characters that only steer line breaks.
+/// What has no glyph of its own behind a word: spaces, returns, characters that only steer line breaks, and the places
+/// of anchored items.
 bool leavesNoGlyph(char32_t c) {
-    return c <= U' ' || c == 0xA0 || c == softHyphen || (c >= 0x2000 && c <= 0x200B) || c == 0x2028;
+    return c <= U' ' || c == 0xA0 || c == softHyphen || (c >= 0x2000 && c <= 0x200B) || c == 0x2028 || c == 0xFFFC;
 }
 
 /// A character as it is searched for: in capitals when the run sets it so, spaces of any width as a space.

@@ -1,5 +1,7 @@
 #include "host/render/pdf_forms.h"
 
+#include <bit>
+
 #include "host/render/byte_buffer.h"
 
 namespace tarnova {
@@ -18,7 +20,14 @@ const PdfForm* PdfFormTable::find(const DisplayList& page, std::span<const Displ
     askedKey.push_back(thousandths(page.page.width()));
     askedKey.push_back(thousandths(page.page.height()));
     for (const DisplayItem& item : items) {
-        askedKey.push_back(item.itemStamp << 1 | (item.text != nullptr ? 1u : 0u));
+        const PMMatrix& m = item.toPage;
+        const bool isTurned = m.a != 1 || m.b != 0 || m.c != 0 || m.d != 1;
+        askedKey.push_back(item.itemStamp << 2 | (isTurned ? 2u : 0u) | (item.text != nullptr ? 1u : 0u));
+        if (isTurned) {
+            // The frame around an item in a text may be turned without the item.
+            for (const double value : {m.a, m.b, m.c, m.d})
+                askedKey.push_back(std::bit_cast<std::uint64_t>(value));
+        }
         askedKey.push_back(thousandths(item.toPage.tx));
         askedKey.push_back(thousandths(item.toPage.ty));
         if (item.text != nullptr) askedKey.push_back(item.storyStamp);

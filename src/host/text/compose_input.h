@@ -35,6 +35,20 @@ struct ColumnBox {
     VerticalAlignment verticalAlignment = VerticalAlignment::top;
 };
 
+/// An item that is anchored in the text.
+struct AnchorBox {
+    std::int32_t position = 0;  // of its character
+    AnchorOptions options;
+    float width = 0;
+    float height = 0;
+};
+
+/// What text of a frame runs around, in its inner coordinates.
+struct WrapBox {
+    std::int32_t frameIndex = 0;
+    WrapArea area;
+};
+
 /// Borrowed from the document while composing. The spans cover the text.
 struct ComposeInput {
     std::u32string_view text;  // of the main thread, its closing mark included
@@ -42,6 +56,8 @@ struct ComposeInput {
     std::vector<ParagraphSpan> paragraphs;
     std::vector<ColumnBox> columns;  // in the order in which text flows
     std::span<const ShownText> shown;  // what page characters are set as, by position
+    std::vector<AnchorBox> anchors;  // by position
+    std::vector<WrapBox> wraps;      // by frame
 
     void clear() {
         text = {};
@@ -49,6 +65,8 @@ struct ComposeInput {
         paragraphs.clear();
         columns.clear();
         shown = {};
+        anchors.clear();
+        wraps.clear();
     }
 };
 

@@ -82,6 +82,24 @@ void addColumns(const PageItem& frame, std::int32_t frameIndex, ComposeInput& in
     }
 }
 
+void addAnchors(const DocumentModel& document, const StoryText& content, ComposeInput& input) {
+    for (const ownedItemRec& owned : allOwned(content)) {
+        const PageItem* item = document.item(owned.item);
+        if (item == nullptr) continue;
+        const PMRect bounds = document.boundsInParent(*item);
+        input.anchors.push_back({owned.position, item->flow == nullptr ? AnchorOptions{} : item->flow->anchor,
+                                 static_cast<float>(bounds.width()), static_cast<float>(bounds.height())});
+    }
+}
+
+void addWraps(const DocumentModel& document, const PageItem& frame, std::int32_t frameIndex, ComposeInput& input) {
+    static thread_local std::vector<WrapArea> areas;
+    areas.clear();
+    document.wrapsAround(frame, areas);
+    for (const WrapArea& area : areas)
+        input.wraps.push_back({frameIndex, area});
+}
+
 /// A page character of a story and the frame whose page it is taken to stand on.
 struct PageCharacterUse {
     std::uint32_t position = 0;
@@ -134,10 +152,12 @@ class ThreadComposer final : public Composer {
             if (frame == nullptr || frame->shape == nullptr) continue;
             if (story.onPath == nullptr) {
                 addColumns(*frame, static_cast<std::int32_t>(i), input);
+                addWraps(document, *frame, static_cast<std::int32_t>(i), input);
             } else if (!frame->shape->path.empty()) {
                 input.columns.push_back({frame->uid, 0, 0, frame->shape->bounds});
             }
         }
+        if (content.hasOwned()) addAnchors(document, content, input);
         std::shared_ptr<ComposedStory> composed = composeShowingPages(document, story, pageTexts, input);
         composed->composedLimit = story.length();
         composed->pageTexts = pageTexts;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "host/text/tab_gap.h"
@@ -147,6 +148,7 @@ class LineBreaker {
         const bool wasCut = paragraph_.splitPiece(at, left, isFirst);
         endAt(wasCut || isFirst ? at + 1 : at, false);
         extent_.isForced = extent_.limit == paragraph_.pieces.size();
+        extent_.cutsWord = true;
     }
 
     void noteOpportunity(std::size_t at) {
@@ -219,7 +221,9 @@ struct VisiblePart {
 
 VisiblePart visiblePart(const Paragraph& paragraph, const LineExtent& extent) {
     VisiblePart part{extent.limit, 0, 0, extent.first};
-    const auto hangs = [](const Piece& piece) { return piece.glyphCount == piece.hangingGlyphs && !piece.isTab; };
+    const auto hangs = [](const Piece& piece) {
+        return piece.glyphCount == piece.hangingGlyphs && !piece.isTab && piece.anchor == nullptr;
+    };
     while (part.limit > extent.first && hangs(paragraph.pieces[part.limit - 1]))
         --part.limit;
     for (std::size_t i = extent.first; i < part.limit; ++i) {
@@ -275,7 +279,10 @@ class LinePlacer {
 
     void place(std::size_t index) {
         const Piece& piece = paragraph_.pieces[index];
-        if (piece.isTab) {
+        if (piece.anchor != nullptr) {
+            story_.anchors.push_back({piece.anchor->position, static_cast<std::uint32_t>(story_.lines.size()), x, 0});
+        }
+        if (piece.isTab || piece.anchor != nullptr) {
             x += piece.width;
             open_ = false;
             return;
@@ -384,6 +391,59 @@ LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure&
     return LineBreaker(paragraph, first, measure, format, text).run();
 }
 
+namespace {
+
+/// What items make of the height of a line's text.
+void includeAnchors(const Paragraph& paragraph, const LineExtent& extent, LineHeight& height) {
+    float rise = height.ascent, drop = height.descent;
+    for (std::size_t i = extent.first; i < extent.limit; ++i) {
+        const AnchorBox* anchor = paragraph.pieces[i].anchor;
+        if (anchor == nullptr) continue;
+        const AnchorOptions& options = anchor->options;
+        if (options.kind == AnchorOptions::Kind::inLine) {
+            rise = std::max(rise, anchor->height - static_cast<float>(options.y));
+            drop = std::max(drop, static_cast<float>(options.y));
+        } else if (options.kind == AnchorOptions::Kind::aboveLine) {
+            height.above += anchor->height + static_cast<float>(options.spaceBefore + options.spaceAfter);
+        }
+    }
+    height.above = std::max(height.above, 0.0F);
+    height.below = drop - height.descent;
+    height.leading += rise - height.ascent + height.above;
+    height.ascent = rise + height.above;
+    height.descent = drop;
+}
+
+/// Where the items above a line lie: the last one next to it.
+void placeAbove(const Paragraph& paragraph, const LineExtent& extent, const LineHeight& height, float left, float width,
+                std::span<PlacedAnchor> placed) {
+    float top = height.ascent - height.above;
+    for (std::size_t i = extent.limit; i-- > extent.first;) {
+        const AnchorBox* anchor = paragraph.pieces[i].anchor;
+        if (anchor == nullptr || anchor->options.kind != AnchorOptions::Kind::aboveLine) continue;
+        const auto its = std::find_if(placed.begin(), placed.end(),
+                                      [&](const PlacedAnchor& p) { return p.position == anchor->position; });
+        const float room = width - anchor->width;
+        its->x = left + (anchor->options.align == AnchorOptions::Align::left     ? 0
+                         : anchor->options.align == AnchorOptions::Align::center ? room / 2
+                                                                                 : room);
+        its->above = top += anchor->height + static_cast<float>(anchor->options.spaceAfter);
+        top += static_cast<float>(anchor->options.spaceBefore);
+    }
+}
+
+}  // namespace
+
+float widestAnchor(const Paragraph& paragraph, const LineExtent& extent) {
+    float widest = 0;
+    for (std::size_t i = extent.first; i < extent.limit; ++i) {
+        const AnchorBox* anchor = paragraph.pieces[i].anchor;
+        if (anchor == nullptr || anchor->options.kind == AnchorOptions::Kind::custom) continue;
+        widest = std::max(widest, anchor->width);
+    }
+    return widest;
+}
+
 LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent) {
     LineHeight height;
     const TextStyle* last = nullptr;
@@ -392,6 +452,7 @@ LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent) {
         if (&style != last) height.include(style);
         last = &style;
     }
+    if (!paragraph.anchors.empty()) includeAnchors(paragraph, extent, height);
     return height;
 }
 
@@ -420,7 +481,14 @@ void placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineM
     if (spaces.count == 0 || !filled) placer.x += alignedStart(paragraph, format.alignment, slack - change);
     line.left = placer.x;
     line.firstRun = static_cast<std::uint32_t>(story.runs.size());
+    const std::size_t firstAnchor = story.anchors.size();
     placer.placeAll(extent.first);
+    if (story.anchors.size() > firstAnchor) {
+        const std::span<PlacedAnchor> placed = std::span(story.anchors).subspan(firstAnchor);
+        std::sort(placed.begin(), placed.end(),
+                  [](const PlacedAnchor& a, const PlacedAnchor& b) { return a.position < b.position; });
+        placeAbove(paragraph, extent, heightOf(paragraph, extent), columnLeft + measure.left, measure.width, placed);
+    }
     if (hyphenated != nullptr) placer.placeHyphen(*hyphenated);
     line.runCount = static_cast<std::uint32_t>(story.runs.size()) - line.firstRun;
     line.right = placer.x;

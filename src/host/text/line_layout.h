@@ -30,6 +30,7 @@ struct LineExtent {
     std::size_t limit = 0;
     bool showsHyphen = false;
     bool isForced = false;  // it ends at a forced line end or with its paragraph
+    bool cutsWord = false;  // not even one word fits
 };
 
 /// Height of a line in points: the largest of what stands on it.
@@ -37,6 +38,8 @@ struct LineHeight {
     float ascent = 0;
     float descent = 0;
     float leading = 0;
+    float above = 0;  // of the ascent, what items above the line take
+    float below = 0;  // by which items in the line reach deeper than its text
 
     void include(const TextStyle& style);
 };
@@ -47,9 +50,13 @@ struct LineHeight {
 [[nodiscard]] LineExtent breakLine(Paragraph& paragraph, std::size_t first, const LineMeasure& measure,
                                    const ParaFormat& format, std::u32string_view text);
 
+/// Items that stand in the line or above it make it higher, and its distance to the line above larger.
 [[nodiscard]] LineHeight heightOf(const Paragraph& paragraph, const LineExtent& extent);
+/// The widest item that stands in the line or above it; 0 without any.
+[[nodiscard]] float widestAnchor(const Paragraph& paragraph, const LineExtent& extent);
 
-/// Appends the glyphs and runs of a line whose column begins at `columnLeft`, and sets the line's sides and runs.
+/// Appends the glyphs, runs and anchored items of a line whose column begins at `columnLeft`, and sets the line's sides
+/// and runs. The line itself is appended next.
 /// `text` is the story's, to tell its spaces.
 void placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineMeasure& measure,
                const ParaFormat& format, std::u32string_view text, float columnLeft, float baseline,

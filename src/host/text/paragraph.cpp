@@ -8,6 +8,7 @@ namespace tarnova {
 
 namespace {
 
+constexpr char32_t anchorCharacter = 0xFFFC;
 constexpr char32_t softHyphen = 0xAD;
 constexpr char32_t lineSeparator = 0x2028;
 
@@ -16,7 +17,7 @@ constexpr std::size_t longestPiece = 256;
 
 /// Characters that act on lines instead of being set, or that aren't set at all.
 bool isControl(char32_t c) {
-    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == softHyphen || c == lineSeparator || c == 0x2029 || c == 0xFFFC;
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == softHyphen || c == lineSeparator || c == 0x2029 || c == anchorCharacter;
 }
 
 bool forcesLine(char32_t c) {
@@ -120,6 +121,7 @@ void Paragraph::addControl(std::size_t at, std::uint32_t style) {
         if (!pieces.empty() && !pieces.back().isTab && pieces.back().glyphCount > 0) pieces.back().hyphenates = true;
         return;
     }
+    if (c == anchorCharacter) addAnchor(at, style);
     if (c != U'\t' && !forcesLine(c)) return;
     Piece piece;
     piece.start = static_cast<std::int32_t>(at);
@@ -128,6 +130,22 @@ void Paragraph::addControl(std::size_t at, std::uint32_t style) {
     piece.level = rightToLeft_ ? 1 : 0;
     piece.isTab = c == U'\t';
     piece.breakAfter = piece.isTab ? LineBreak::none : LineBreak::mandatory;
+    pieces.push_back(piece);
+}
+
+/// An anchored item stands like a character without glyphs.
+void Paragraph::addAnchor(std::size_t at, std::uint32_t style) {
+    const std::int32_t position = storyPosition(static_cast<std::int32_t>(at));
+    const auto found = std::lower_bound(anchors.begin(), anchors.end(), position,
+                                        [](const AnchorBox& box, std::int32_t where) { return box.position < where; });
+    if (found == anchors.end() || found->position != position) return;
+    Piece piece;
+    piece.start = static_cast<std::int32_t>(at);
+    piece.limit = piece.start + 1;
+    piece.style = style;
+    piece.level = marks_.empty() ? 0 : marks_[at].level;
+    piece.anchor = &*found;
+    if (found->options.kind == AnchorOptions::Kind::inLine) piece.width = found->width;
     pieces.push_back(piece);
 }
 

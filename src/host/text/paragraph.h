@@ -31,6 +31,7 @@ struct Piece {
     std::uint8_t level = 0;   // of UAX 9; odd is right to left
     LineBreak breakAfter = LineBreak::none;
     bool isTab = false;
+    const AnchorBox* anchor = nullptr;  // of an anchored item; wide only when that stands in the line
     bool hyphenates = false;  // a line that ends here shows a hyphen
 };
 
@@ -44,6 +45,9 @@ class Paragraph {
     /// story's page characters are set as, by position.
     void assign(std::u32string_view text, std::int32_t position, const std::vector<FormatSpan>& formats,
                 std::size_t firstSpan, std::int32_t spanOffset, std::span<const ShownText> shown);
+
+    /// Items anchored in the story, for the paragraphs that are assigned from here on.
+    std::span<const AnchorBox> anchors;
 
     std::vector<Piece> pieces;
     std::vector<PlacedGlyph> glyphs;
@@ -95,6 +99,7 @@ class Paragraph {
     void clear();
     [[nodiscard]] std::uint32_t styleIndex(const TextStyle& style);
     void addControl(std::size_t at, std::uint32_t style);
+    void addAnchor(std::size_t at, std::uint32_t style);
     void closeUnit(LineBreak behind);
     void kernBorder(std::size_t start, std::uint32_t style);
     void measure(Piece& piece);

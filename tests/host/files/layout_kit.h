@@ -32,6 +32,14 @@ inline std::string inGroups(int count, const std::string& item) {
     return out;
 }
 
+/// A text with an item that has a text, and so on, so many times.
+inline std::string inTexts(int count) {
+    std::string out = "\"a\"";
+    for (int i = 0; i < count; ++i)
+        out = R"([{"text": ["b", {"item": {"bounds": [0, 0, 5, 5], "text": )" + out + "}}]}]";
+    return out;
+}
+
 /// A layout with one text frame; `text` is JSON.
 inline std::string frameWith(const std::string& text) {
     return pageWith("{\"bounds\": [0, 0, 50, 50], \"text\": " + text + "}");

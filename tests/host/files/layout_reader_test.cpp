@@ -16,7 +16,7 @@ TEST(LayoutReader, FaultsNameTheirLine) {
         const char* says;
     };
     const std::string head = "{\"tarnovaLayout\": 1,\n";
-    const std::string deep(70, '[');
+    const std::string deep(300, '[');
     const testRow rows[] = {
         {"empty file", "", 1, "no valid JSON"},
         {"cut off", head + "\"pages\": [", 2, "no valid JSON"},
@@ -128,7 +128,23 @@ TEST(LayoutReader, FaultsNameTheirLine) {
          "not both"},
         {"data is no base64", pageWith("{\"bounds\": [0, 0, 1, 1], \"data\": {\"kelvane\": \"A\"}}"), 1, "base64"},
         {"unknown paragraph style", frameWith("[{\"style\":\n\"x\"}]"), 2, "no paragraph style \"x\""},
-        {"run without text", frameWith("[{\"text\": [\n{\"size\": 3}]}]"), 2, "either \"text\" or \"special\""},
+        {"run without text", frameWith("[{\"text\": [\n{\"size\": 3}]}]"), 2, "either \"text\", \"special\" or \"item\""},
+        {"run with text and item", frameWith("[{\"text\": [\n{\"text\": \"a\", \"item\": {\"bounds\": [0, 0, 1, 1]}}]}]"), 2,
+         "either \"text\", \"special\" or \"item\""},
+        {"layer of an item in a text",
+         frameWith(R"([{"text": [{"item": {"bounds": [0, 0, 1, 1], "layer": "Layer 1"}}]}])"), 1, "layer of its frame"},
+        {"override of an item in a text",
+         frameWith(R"([{"text": [{"item": {"bounds": [0, 0, 1, 1], "overrides": "x"}}]}])"), 1, "overrides nothing"},
+        {"anchor of an item on a page", pageWith("{\"bounds\": [0, 0, 1, 1],\n\"anchor\": \"above\"}"), 2, "in a text"},
+        {"kind of anchor", frameWith(R"([{"text": [{"item": {"bounds": [0, 0, 1, 1], "anchor": "on"}}]}])"), 1,
+         "\"inline\""},
+        {"text that flows out of a text",
+         pageWith(R"({"name": "A", "bounds": [0, 0, 9, 9], "text": [{"text": [{"item":
+         {"bounds": [0, 0, 1, 1], "flowsFrom": "A"}}]}]})"),
+         2, "from each other only"},
+        {"texts in texts too deep", frameWith(inTexts(4)), 1, "more than 3 deep"},
+        {"wrap with an unknown side", pageWith("{\"bounds\": [0, 0, 1, 1], \"wrap\":\n{\"side\": \"up\"}}"), 2,
+         "\"largest\""},
         {"link without end", frameWith("\n\"a {{Name\""), 2, "\"}}\""},
         {"link on a link", frameWith(R"([{"text": [{"text": "{{A}}", "tag": {"link": "B"}}]}])"), 1, "second link"},
         {"empty tag", frameWith(R"([{"text": [{"text": "a", "tag": {}}]}])"), 1, "needs \"link\""},
