@@ -12,6 +12,7 @@
 #include <variant>
 #include <vector>
 
+#include "cli/describe_verb.h"
 #include "cli/job_setup.h"
 #include "cli/tags_verb.h"
 #include "cli/verb.h"
@@ -278,6 +279,18 @@ int describe(const describeOptionsRec& options) {
 }
 
 }  // namespace
+
+std::string describeAsJson(DocumentModel& layout, std::string_view what) {
+    const auto* const part =
+        std::find_if(std::begin(parts), std::end(parts), [what](const partRec& known) { return known.key == what; });
+    if (part == std::end(parts)) return {};
+    rapidjson::StringBuffer buffer;
+    JsonWriter json(buffer);
+    json.StartObject();
+    writePart(json, *part, layout);
+    json.EndObject();
+    return {buffer.GetString(), buffer.GetSize()};
+}
 
 void addDescribeVerb(CLI::App& app, verbContext& context) {
     const auto options = std::make_shared<describeOptionsRec>();

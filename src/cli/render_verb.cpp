@@ -9,6 +9,7 @@
 
 #include "cli/job_setup.h"
 #include "cli/pdf_choice.h"
+#include "cli/render_verb.h"
 #include "cli/verb.h"
 #include "host/render/page_path.h"
 #include "host/render/page_range.h"
@@ -147,6 +148,27 @@ void runRender(const renderOptionsRec& options, verbContext& context) {
 }
 
 }  // namespace
+
+bool exportPages(const DocumentModel& layout, const std::string& path, const std::string& pageRange,
+                 std::int32_t& pageCount, std::string& error) {
+    renderOptionsRec options;
+    options.outputPath = path;
+    options.pages = pageRange;
+    const std::string extension = std::filesystem::path(path).extension().string();
+    const auto* const kind = std::find_if(std::begin(outputKinds), std::end(outputKinds),
+                                          [&](const outputKindRec& known) { return known.extension == extension; });
+    if (kind == std::end(outputKinds)) {
+        error = "the output's name must end in .pdf, .ps, .png, .svg or .eps";
+        return false;
+    }
+    PageList pages;
+    if (!choosePages(layout, options, pages, error)) return false;
+    renderJobRec job{layout, options, pages, {}, {}};
+    const bool good = kind->render(job);
+    error = job.error;
+    pageCount = static_cast<std::int32_t>(pages.size());
+    return good;
+}
 
 void addRenderVerb(CLI::App& app, verbContext& context) {
     auto options = std::make_shared<renderOptionsRec>();

@@ -33,5 +33,6 @@ void addDataVerb(CLI::App& app, verbContext& context);
 void addDdfVerb(CLI::App& app, verbContext& context);
 void addTagsVerb(CLI::App& app, verbContext& context);
 void addDescribeVerb(CLI::App& app, verbContext& context);
+void addExecVerb(CLI::App& app, verbContext& context);
 
 }  // namespace tarnova

@@ -24,6 +24,7 @@ int runProgram(int argumentCount, char** arguments) {
     addDdfVerb(app, context);
     addTagsVerb(app, context);
     addDescribeVerb(app, context);
+    addExecVerb(app, context);
 
     ConsoleAlerts alerts;
     installAlertService(&alerts);

@@ -1,5 +1,6 @@
 #include "engine/module/front_document.h"
 
+#include "document/document_host.h"
 #include "engine/session/session.h"
 
 namespace tarnova {
@@ -7,7 +8,7 @@ namespace tarnova {
 UIDRef documentOrFront(const commandCall& call, unsigned item) {
     const auto document = call.valueOr<UIDRef>(item, {});
     if (document.database != nullptr) return document;
-    return session().frontDocument == nullptr ? UIDRef{} : session().frontDocument();
+    return session().documentHost == nullptr ? UIDRef{} : session().documentHost->frontDocument();
 }
 
 }  // namespace tarnova

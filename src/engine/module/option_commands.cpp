@@ -129,6 +129,7 @@ std::int32_t setRunOptions(commandCall& call) {
     if (status == commandDone) status = takeLayout(call, 4);
     if (status != commandDone) return status;
     takeBytes(call, runBytes);
+    if (call.valueOr<std::int32_t>(5, copyfitOff) == 0) call.put<std::int32_t>(5, copyfitLevelNone);
     return saved(commandDone);
 }
 
@@ -217,7 +218,7 @@ constexpr commandArgument runOptionArgs[] = {
     itemIn(2, u8, "the first record of the data is a header"),
     itemIn(3, i32, "records on a page; 0 keeps the number"),
     itemIn(4, u32, "layout: 0 step, 1 cut and stack, 2 stack subset, 3 stack range, 4 label sort"),
-    itemIn(5, i32, "copy-fit: -1 off, -2 unchanged, 1 to 10 its level, 0 the module's own"),
+    itemInOut(5, i32, "copy-fit: -1 off, -2 unchanged, 1 to 10 its level, 0 the module's own, which comes back as 12"),
     itemIn(6, i32, "links: 0 both kinds, 1 text, 2 frames"),
     itemIn(7, u8, "sections are replicated"),
     itemIn(8, u8, "preference at 8,780"),

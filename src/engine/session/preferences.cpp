@@ -137,8 +137,7 @@ void resetRulesAndPreview(appPrefsRec& prefs) {
     prefs.pdfPlaceCrop = 0;
     prefs.pdfPlaceTransparent = 1;
     prefs.trimValues = 1;
-    constexpr std::uint8_t startFlags[] = {1, 1, 0, 1};
-    std::memcpy(prefs.startFlags, startFlags, sizeof prefs.startFlags);
+    resetStartFlags(prefs);
     prefs.copyfitAvailable = 0;
     std::memset(prefs.modulePresence, 0, sizeof prefs.modulePresence);
 }
@@ -231,10 +230,7 @@ void resetPanelAndRange(appPrefsRec& prefs, bool mergeMode) {
 void resetDrivers(appPrefsRec& prefs) {
     prefs.selectedDriverId = driverIdNoDriver;
     prefs.selectedDriverId2 = 0;
-    outputDriverRec& first = prefs.driverTable[0];
-    first.driverId = driverIdNoDriver;
-    first.driverFlagB = 1;
-    pstrSet(first.driverName, "PostScript\u00ae Driver Not Installed");
+    resetDriverTable(prefs);
 }
 
 void resetSequenceAndNumbering(appPrefsRec& prefs) {
@@ -263,6 +259,19 @@ void resetSequenceAndNumbering(appPrefsRec& prefs) {
 
 appPrefsRec& appPrefs() {
     return session().prefs;
+}
+
+void resetStartFlags(appPrefsRec& prefs) {
+    constexpr std::uint8_t startFlags[] = {1, 1, 0, 1};
+    std::memcpy(prefs.startFlags, startFlags, sizeof prefs.startFlags);
+}
+
+void resetDriverTable(appPrefsRec& prefs) {
+    std::memset(prefs.driverTable, 0, sizeof prefs.driverTable);
+    outputDriverRec& first = prefs.driverTable[0];
+    first.driverId = driverIdNoDriver;
+    first.driverFlagB = 1;
+    pstrSet(first.driverName, "PostScript\u00ae Driver Not Installed");
 }
 
 void writeDefaultPreferences(appPrefsRec& prefs, std::uint16_t engineMode, bool keepDrivers) {

@@ -465,6 +465,11 @@ void writeDefaultPreferences(appPrefsRec& prefs, std::uint16_t engineMode, bool 
 /// The same for the session's preferences and mode.
 void resetPreferences(bool keepDrivers);
 
+/// What each start of a program sets anew: the flags of features, and a driver table with nothing but the entry that
+/// says that no driver is installed.
+void resetStartFlags(appPrefsRec& prefs);
+void resetDriverTable(appPrefsRec& prefs);
+
 /// The four settings that each mode has for itself, as they stand now, and their replacement.
 [[nodiscard]] modeSettingsRec liveModeSettings(const appPrefsRec& prefs);
 void setLiveModeSettings(appPrefsRec& prefs, const modeSettingsRec& settings);

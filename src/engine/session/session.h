@@ -239,8 +239,6 @@ struct sessionRec : toolkitStateRec,
 
     std::string dataFolder;            // of the preferences, definitions and index files, UTF-8; empty: nothing is kept
     std::uint8_t dataFolderInApp = 0;  // it lies below the application's folder
-    /// The document in front of the user, or nothing; null without a host.
-    UIDRef (*frontDocument)() = nullptr;
     /// Reads the kinds of the rule attributes of a page from the rules module; false when that fails. Null without the
     /// module.
     bool (*readPageRuleKinds)(UIDRef page, std::vector<std::int32_t>& outKinds) = nullptr;

@@ -79,6 +79,13 @@ errorWord OpenDocuments::failNotOpen() {
     return fail("The document isn't open any more.");
 }
 
+bool OpenDocuments::bringToFront(UIDRef document) {
+    const Place place = placeOf(document);
+    if (place == documents.end()) return false;
+    showInFront(place);
+    return true;
+}
+
 UIDRef OpenDocuments::frontDocument() const {
     if (documents.empty() || !documents.back().hasWindow) return kInvalidUIDRef;
     return documents.back().document->ref();

@@ -24,6 +24,8 @@ class OpenDocuments final : public DocumentHost {
     /// The document that a reference names; null when it isn't open here.
     [[nodiscard]] DocumentModel* find(UIDRef document) const;
     [[nodiscard]] std::size_t count() const { return documents.size(); }
+    /// Puts a document in front of the others, in a window if it has none. False when it isn't open here.
+    bool bringToFront(UIDRef document);
 
     UIDRef frontDocument() const override;
     errorWord documentOpen(const std::string& path, bool withWindow, UIDRef& outDocument) override;
