@@ -202,7 +202,8 @@ UID ItemReader::readItem(const JsonValue& value, const Place& place) {
     return uid;
 }
 
-/// The node, group or story that the item goes to. What stands in a group or text can't choose a layer or override.
+/// The node, group or story that the item goes to. What stands in a group or text can't choose a layer,
+/// and in a text it overrides nothing.
 UID ItemReader::parentOf(const ItemTarget& target, const Place& place) const {
     if (place.kind == Place::Kind::layer) {
         const std::size_t index = target.layer == nullptr ? 1 : namedIndex(layers, *target.layer, "layer");
@@ -213,9 +214,8 @@ UID ItemReader::parentOf(const ItemTarget& target, const Place& place) const {
         faultAt(*target.layer, inGroup ? "A member of a group lies on the layer of its group; leave \"layer\" away."
                                        : "An item in a text lies on the layer of its frame; leave \"layer\" away.");
     }
-    if (target.overrides != nullptr) {
-        faultAt(*target.overrides, inGroup ? "A member of a group overrides nothing; its group may."
-                                           : "An item in a text overrides nothing; the frame of the text may.");
+    if (target.overrides != nullptr && anchorDepth > 0) {
+        faultAt(*target.overrides, "An item in a text overrides nothing; the frame of the text may.");
     }
     return place.holder;
 }

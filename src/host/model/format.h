@@ -49,7 +49,7 @@ struct CharFormat {
     std::optional<double> underlineOffset{}, underlineWeight{}, strikeOffset{}, strikeWeight{};
     enum class Caps : std::uint8_t { normal, allCaps, smallCaps } caps = Caps::normal;
     std::string language = "en-US";  // BCP 47
-    std::string link;                // where the text leads (link_target.h); empty: nowhere
+    std::string link{};              // where the text leads (link_target.h); empty: nowhere
     friend bool operator==(const CharFormat&, const CharFormat&) = default;
 };
 

@@ -158,7 +158,6 @@ errorWord ModelDocument::anchorItem(UID uid, UID storyUid, std::int32_t position
     const PMRect bounds = boundsInParent(*found);
     PageItem* anchored = changeable<PageItem>(uid);
     anchored->parent = storyUid;
-    anchored->overrides = kInvalidUID;
     anchored->toParent = anchored->toParent.then({1, 0, 0, 1, -bounds.left, -bounds.top});
     moveTree(uid, kInvalidUID);
     insertAnchorCharacter(*changeableText(storyUid)->content, position, uid, formats->attributes);
@@ -188,10 +187,12 @@ errorWord ModelDocument::releaseItem(UID uid) {
     return 0;
 }
 
-/// Says of an item and all in it on which spread they lie; they draw something else there.
+/// Says of an item and all in it on which spread they lie; they draw something else there. In a text they stand in no
+/// other item's place.
 void ModelDocument::moveTree(UID uid, UID spreadUid) {
     PageItem* moved = changeable<PageItem>(uid);
     moved->spread = spreadUid;
+    if (spreadUid == kInvalidUID) moved->overrides = kInvalidUID;
     moved->stamp = newStamp();
     moved->pageInSpread = PageItem::pageUnknown;
     for (UID child : moved->children)

@@ -52,8 +52,8 @@ TEST(TextMembers, RefusesWrongPageCharacters) {
     const std::pair<const char*, const char*> rows[] = {
         {R"([{"text": [{"special": "page"}]}])", "\"pageNumber\""},
         {R"([{"text": [{"special": 3}]}])", "must be a text"},
-        {R"([{"text": [{"special": "pageNumber", "text": "a"}]}])", "either \"text\" or \"special\""},
-        {R"([{"text": [{"bold": true}]}])", "either \"text\" or \"special\""},
+        {R"([{"text": [{"special": "pageNumber", "text": "a"}]}])", "either \"text\", \"special\" or \"item\""},
+        {R"([{"text": [{"bold": true}]}])", "either \"text\", \"special\" or \"item\""},
     };
     for (const auto& [text, says] : rows) {
         layoutError error;
