@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 
+#include "source_folder.h"
 #include "tests/engine/toolkit/temp_folder.h"
 
 namespace tarnova {
