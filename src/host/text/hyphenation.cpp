@@ -1,19 +1,14 @@
 #include "host/text/hyphenation.h"
 
-#include <hyphen.h>
 #include <unicode/uchar.h>
-#include <unicode/ucnv.h>
-#include <unicode/ucnv_err.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
 
-#include "host/text/icu_text.h"
+#include "host/text/hyphen_patterns.h"
 
 namespace tarnova {
 
@@ -60,99 +55,17 @@ std::vector<std::string> dictionaryNames(std::string_view tag) {
     return names;
 }
 
-struct DictionaryCloser {
-    void operator()(HyphenDict* dictionary) const { hnj_hyphen_free(dictionary); }
-};
-
-struct ConverterCloser {
-    void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-
-/// The parts of a changed spelling, which the library hands over.
-struct Replacements {
-    explicit Replacements(std::size_t itsCount) : count(itsCount) {}
-    Replacements(const Replacements&) = delete;
-    Replacements& operator=(const Replacements&) = delete;
-    ~Replacements() {
-        for (std::size_t i = 0; texts != nullptr && i < count; ++i)
-            std::free(texts[i]);
-        std::free(texts);
-        std::free(positions);
-        std::free(cuts);
-    }
-    [[nodiscard]] bool isAt(std::size_t index) const { return texts != nullptr && texts[index] != nullptr; }
-
-    std::size_t count;
-    char** texts = nullptr;
-    int* positions = nullptr;
-    int* cuts = nullptr;
-};
-
-}  // namespace
-
-/// A dictionary of the library. Read by all threads, changed by none.
-class HyphenDictionary {
- public:
-    /// Null when the file can't be read or its character set isn't known.
-    static std::unique_ptr<HyphenDictionary> open(const std::string& path) {
-        std::unique_ptr<HyphenDict, DictionaryCloser> words(hnj_hyphen_load(path.c_str()));
-        if (words == nullptr) return nullptr;
-        UErrorCode error = U_ZERO_ERROR;
-        const std::unique_ptr<UConverter, ConverterCloser> converter(ucnv_open(words->cset, &error));
-        if (U_FAILURE(error)) return nullptr;
-        return std::unique_ptr<HyphenDictionary>(new HyphenDictionary(std::move(words)));
-    }
-
-    /// As `Hyphenator::pointsOf`, for a word in lower case.
-    [[nodiscard]] std::uint64_t pointsOf(std::u32string_view word) const {
-        const std::string bytes = encoded(word);
-        if (bytes.empty() || (words_->utf8 == 0 && bytes.size() != word.size())) return 0;
-        const int size = static_cast<int>(bytes.size());
-        std::string marks(bytes.size() + 5, '\0');
-        Replacements changed(bytes.size());
-        if (hnj_hyphen_hyphenate2(words_.get(), bytes.c_str(), size, marks.data(), nullptr, &changed.texts,
-                                  &changed.positions, &changed.cuts) != 0) {
-            return 0;
-        }
-        std::uint64_t points = 0;
-        for (std::size_t i = 0; i + 1 < word.size(); ++i)
-            if ((marks[i] & 1) != 0 && !changed.isAt(i)) points |= std::uint64_t{1} << i;
-        return points;
-    }
-
- private:
-    explicit HyphenDictionary(std::unique_ptr<HyphenDict, DictionaryCloser> words) : words_(std::move(words)) {}
-
-    /// The word in the dictionary's character set; empty when that lacks one of its letters.
-    [[nodiscard]] std::string encoded(std::u32string_view word) const {
-        UErrorCode error = U_ZERO_ERROR;
-        const std::unique_ptr<UConverter, ConverterCloser> converter(ucnv_open(words_->cset, &error));
-        ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
-        IcuText icu;
-        icu.assign(word);
-        std::array<char, longestHyphenatedWord * 4 + 1> bytes{};
-        const std::int32_t size =
-            ucnv_fromUChars(converter.get(), bytes.data(), static_cast<std::int32_t>(bytes.size()), icu.units.data(),
-                            icu.unitCount(), &error);
-        return U_FAILURE(error) ? std::string() : std::string(bytes.data(), static_cast<std::size_t>(size));
-    }
-
-    std::unique_ptr<HyphenDict, DictionaryCloser> words_;
-};
-
-namespace {
-
 /// The dictionary for a language tag, or null. Each file is read once in the process.
-const HyphenDictionary* dictionaryFor(std::string_view tag) {
+const HyphenPatterns* dictionaryFor(std::string_view tag) {
     static std::mutex mutex;
-    static std::map<std::string, std::unique_ptr<HyphenDictionary>> byPath;
+    static std::map<std::string, std::unique_ptr<HyphenPatterns>> byPath;
     const std::lock_guard<std::mutex> lock(mutex);
     for (const std::string& name : dictionaryNames(tag)) {
         std::error_code error;
         const auto file = std::filesystem::canonical(std::string(dictionaryFolder) + "hyph_" + name + ".dic", error);
         if (error) continue;
         auto found = byPath.find(file.string());
-        if (found == byPath.end()) found = byPath.emplace(file.string(), HyphenDictionary::open(file.string())).first;
+        if (found == byPath.end()) found = byPath.emplace(file.string(), HyphenPatterns::open(file.string())).first;
         if (found->second != nullptr) return found->second.get();
     }
     return nullptr;

@@ -13,7 +13,7 @@ namespace tarnova {
 inline constexpr std::size_t longestHyphenatedWord = 64;  // letters
 inline constexpr std::size_t hyphenatedWordsKept = 4096;  // of a language, for each thread
 
-class HyphenDictionary;
+class HyphenPatterns;
 
 /// Hyphenates words and remembers them. Belongs to one thread.
 class Hyphenator {
@@ -26,7 +26,7 @@ class Hyphenator {
  private:
     struct Language {
         std::string tag;
-        const HyphenDictionary* dictionary = nullptr;  // null: there is none
+        const HyphenPatterns* dictionary = nullptr;  // null: there is none
         std::unordered_map<std::u32string, std::uint64_t> words;
     };
     [[nodiscard]] Language& languageOf(std::string_view tag);

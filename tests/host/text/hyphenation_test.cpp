@@ -34,7 +34,9 @@ TEST(Hyphenation, WordsByTheirLanguage) {
         {"de", U"Über-prü-fung"},
         {"DE-at", U"Über-prü-fung"},
         {"fr-FR", U"dé-ve-lop-pe-ment"},
-        {"de-DE", U"Łódźfahrten"},  // the dictionary's character set lacks some of it
+        {"de-DE", U"Łódźfahr-ten"},  // the dictionary knows nothing of some of its letters
+        {"de", U"Aus-ga-be-nach-rich-ten"},
+        {"de", U"Do-nau-dampf-schiff-fahrts-ge-sell-schaft"},
         {"x", U"hyphenation"},
         {"", U"hyphenation"},
         {"../en", U"hyphenation"},
