@@ -46,6 +46,8 @@ void ModelDocument::restampTree(UID uid) {
     PageItem* moved = changeable<PageItem>(uid);
     moved->stamp = newStamp();
     moved->pageInSpread = PageItem::pageUnknown;
+    const Story* shown = story(moved->story);
+    if (shown != nullptr && shown->layout != nullptr && shown->layout->dependsOnPlaces()) restampText(moved->story);
     for (UID child : moved->children)
         restampTree(child);
 }

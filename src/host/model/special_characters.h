@@ -11,6 +11,7 @@ inline constexpr char32_t columnBreak = 0x0E;     // in the next column,
 inline constexpr char32_t frameBreak = 0x0F;      // or in the next frame
 
 inline constexpr char32_t softHyphen = 0xAD;       // allows a hyphen, seen at a line's end only
+inline constexpr char32_t noBreakHyphen = 0x2011;
 inline constexpr char32_t forcedLineEnd = 0x2028;  // ends the line and not the paragraph
 
 }  // namespace tarnova

@@ -72,6 +72,8 @@ class StoryLayout {
     [[nodiscard]] virtual bool isOverset() const = 0;
     /// Where the anchor at a position stands; nothing when it is overset.
     [[nodiscard]] virtual std::optional<AnchorPoint> anchorAt(std::int32_t position) const = 0;
+    /// The places of frames on their pages had a say, so that it is stale when one of them moves.
+    [[nodiscard]] virtual bool dependsOnPlaces() const { return false; }
 
     /// What the story's page characters show here. A layout with other texts than hold now is stale.
     StoryPageTexts pageTexts;

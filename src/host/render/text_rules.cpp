@@ -3,6 +3,7 @@
 #include <hb-ot.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "host/text/font.h"
 
@@ -12,12 +13,41 @@ namespace {
 
 constexpr double leastThickness = 20;  // thousandths of an em, for fonts that say nothing
 
-/// `middle` and `thickness` in thousandths of an em, upward from the baseline.
-PMRect ruleAt(const GlyphRun& run, double middle, double thickness) {
+/// In thousandths of an em, upward from the baseline.
+struct Rule {
+    double middle;
+    double thickness;
+};
+
+Rule underlineOf(const Font& font) {
+    return {static_cast<double>(font.underlinePosition()),
+            std::max(static_cast<double>(font.underlineThickness()), leastThickness)};
+}
+
+Rule strikeOf(const Font& font) {
+    hb_position_t top = 0, thickness = 0;
+    if (!hb_ot_metrics_get_position(font.shaper(), HB_OT_METRICS_TAG_STRIKEOUT_SIZE, &thickness) || thickness <= 0) {
+        thickness = static_cast<hb_position_t>(underlineOf(font).thickness);
+    }
+    // The position is the rule's top (OpenType 1.9, OS/2).
+    if (!hb_ot_metrics_get_position(font.shaper(), HB_OT_METRICS_TAG_STRIKEOUT_OFFSET, &top) || top <= 0) {
+        top = static_cast<hb_position_t>(font.capHeight() * 0.45f);
+    }
+    return {top - thickness / 2.0, static_cast<double>(thickness)};
+}
+
+/// The rule of the font with what a format says of it in points.
+Rule changed(Rule rule, const GlyphRun& run, std::optional<double> offset, std::optional<double> weight) {
+    if (!(run.size > 0)) return rule;
+    const double perPoint = 1000 / static_cast<double>(run.size);
+    return {offset ? *offset * perPoint : rule.middle, weight ? *weight * perPoint : rule.thickness};
+}
+
+PMRect ruleAt(const GlyphRun& run, const Rule& rule) {
     const double em = static_cast<double>(run.size) / 1000;
     const double left = static_cast<double>(run.x);
-    const double top = static_cast<double>(run.y) - (middle + thickness / 2) * em;
-    return {left, top, left + static_cast<double>(run.width), top + thickness * em};
+    const double top = static_cast<double>(run.y) - (rule.middle + rule.thickness / 2) * em;
+    return {left, top, left + static_cast<double>(run.width), top + rule.thickness * em};
 }
 
 }  // namespace
@@ -30,22 +60,14 @@ PMMatrix turnOf(const GlyphRun& run) {
 
 TextRules textRulesOf(const GlyphRun& run) {
     TextRules out;
-    const Font& font = *run.font;
-    const double underlineThickness = std::max(static_cast<double>(font.underlineThickness()), leastThickness);
-    if (run.format->underline) {
-        out.rules[out.count++] = ruleAt(run, static_cast<double>(font.underlinePosition()), underlineThickness);
+    const CharFormat& format = *run.format;
+    if (format.underline) {
+        const Rule rule = changed(underlineOf(*run.font), run, format.underlineOffset, format.underlineWeight);
+        out.rules[out.count++] = ruleAt(run, rule);
     }
-    if (run.format->strikeThrough) {
-        // The position is the rule's top (OpenType 1.9, OS/2).
-        hb_position_t top = 0, thickness = 0;
-        if (!hb_ot_metrics_get_position(font.shaper(), HB_OT_METRICS_TAG_STRIKEOUT_SIZE, &thickness) ||
-            thickness <= 0) {
-            thickness = static_cast<hb_position_t>(underlineThickness);
-        }
-        if (!hb_ot_metrics_get_position(font.shaper(), HB_OT_METRICS_TAG_STRIKEOUT_OFFSET, &top) || top <= 0) {
-            top = static_cast<hb_position_t>(font.capHeight() * 0.45f);
-        }
-        out.rules[out.count++] = ruleAt(run, top - thickness / 2.0, thickness);
+    if (format.strikeThrough) {
+        const Rule rule = changed(strikeOf(*run.font), run, format.strikeOffset, format.strikeWeight);
+        out.rules[out.count++] = ruleAt(run, rule);
     }
     return out;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -26,13 +27,25 @@ struct ParagraphSpan {
     const ParaFormat* format = nullptr;
 };
 
+inline constexpr TextFrameOptions usualTextFrameOptions;
+
 /// A column to fill, in the inner coordinates of its frame, insets taken off.
 struct ColumnBox {
     UID frame = kInvalidUID;
     std::int32_t frameIndex = 0;
     std::int32_t columnIndex = 0;
     PMRect box;
-    VerticalAlignment verticalAlignment = VerticalAlignment::top;
+    const TextFrameOptions* options = &usualTextFrameOptions;
+};
+
+/// What composition asks of the places of frames, and only when text needs it.
+class FramePlaces {
+ public:
+    virtual ~FramePlaces() = default;
+    /// The page that the frame lies on; kInvalidUID when it lies on none.
+    [[nodiscard]] virtual UID pageOf(UID frame) const = 0;
+    /// The document's baseline grid in the inner coordinates of the frame; nothing for one that is turned or skewed.
+    [[nodiscard]] virtual std::optional<BaselineGrid> gridOf(UID frame) const = 0;
 };
 
 /// An item that is anchored in the text.
@@ -54,10 +67,11 @@ struct ComposeInput {
     std::u32string_view text;  // of the main thread, its closing mark included
     std::vector<FormatSpan> formats;
     std::vector<ParagraphSpan> paragraphs;
-    std::vector<ColumnBox> columns;  // in the order in which text flows
-    std::span<const ShownText> shown;  // what page characters are set as, by position
-    std::vector<AnchorBox> anchors;  // by position
-    std::vector<WrapBox> wraps;      // by frame
+    std::vector<ColumnBox> columns;       // in the order in which text flows
+    std::span<const ShownText> shown;     // what page characters are set as, by position
+    std::vector<AnchorBox> anchors;       // by position
+    std::vector<WrapBox> wraps;           // by frame
+    const FramePlaces* places = nullptr;  // null: no frame lies on a page
 
     void clear() {
         text = {};
@@ -67,6 +81,7 @@ struct ComposeInput {
         shown = {};
         anchors.clear();
         wraps.clear();
+        places = nullptr;
     }
 };
 

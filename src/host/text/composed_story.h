@@ -92,12 +92,14 @@ class ComposedStory final : public StoryLayout {
     std::int32_t shownLimit = 0;  // characters from here on are overset
     bool overset = false;
     bool hasLinks = false;  // some run's format has a link
+    bool dependsOnFramePlaces = false;  // where frames lie on their pages had a say
     std::string fault;  // for people: why nothing could be composed, as a font that can't be read; else empty
 
     [[nodiscard]] std::int32_t composedThrough() const override { return composedLimit; }
     [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;
     [[nodiscard]] bool isOverset() const override { return overset; }
     [[nodiscard]] std::optional<AnchorPoint> anchorAt(std::int32_t position) const override;
+    [[nodiscard]] bool dependsOnPlaces() const override { return dependsOnFramePlaces; }
 };
 
 }  // namespace tarnova

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 
 #include "host/model/document_model.h"
 #include "host/model/story_reader.h"
@@ -78,7 +79,7 @@ void addColumns(const PageItem& frame, std::int32_t frameIndex, ComposeInput& in
         input.columns.push_back({frame.uid, frameIndex, i,
                                  PMRect{columnLeft, shape.bounds.top + options.insetTop, columnLeft + width,
                                         shape.bounds.bottom - options.insetBottom},
-                                 options.verticalAlignment});
+                                 &options});
     }
 }
 
@@ -135,6 +136,27 @@ bool followUses(const ComposedStory& composed, const StoryPageTexts& pageTexts, 
     return moved;
 }
 
+/// The places of a document's frames.
+class DocumentPlaces final : public FramePlaces {
+ public:
+    explicit DocumentPlaces(const DocumentModel& document) : document_(document) {}
+
+    [[nodiscard]] UID pageOf(UID frame) const override { return document_.pageOfItem(frame).page; }
+
+    [[nodiscard]] std::optional<BaselineGrid> gridOf(UID frame) const override {
+        const PageItem* item = document_.item(frame);
+        const PMMatrix matrix = document_.toSpread(*item);
+        if (matrix.b != 0 || matrix.c != 0 || !(matrix.d > 0)) return {};
+        const Page* page = document_.page(pageOf(frame));
+        const double top = page == nullptr ? 0 : page->bounds.top;
+        const BaselineGrid& grid = document_.baselineGrid();
+        return BaselineGrid{(top + grid.start - matrix.ty) / matrix.d, grid.step / matrix.d};
+    }
+
+ private:
+    const DocumentModel& document_;
+};
+
 class ThreadComposer final : public Composer {
  public:
     std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story, std::int32_t,
@@ -158,7 +180,10 @@ class ThreadComposer final : public Composer {
             }
         }
         if (content.hasOwned()) addAnchors(document, content, input);
+        const DocumentPlaces places(document);
+        input.places = &places;
         std::shared_ptr<ComposedStory> composed = composeShowingPages(document, story, pageTexts, input);
+        input.places = nullptr;
         composed->composedLimit = story.length();
         composed->pageTexts = pageTexts;
         return composed;

@@ -35,6 +35,7 @@ class Font {
     [[nodiscard]] virtual float ascent() const = 0;
     [[nodiscard]] virtual float descent() const = 0;  // below the baseline, positive
     [[nodiscard]] virtual float capHeight() const = 0;
+    [[nodiscard]] virtual float xHeight() const = 0;
     [[nodiscard]] virtual float underlinePosition() const = 0;   // negative: below
     [[nodiscard]] virtual float underlineThickness() const = 0;
     [[nodiscard]] virtual float nominalAdvance(std::uint16_t glyph) const = 0;

@@ -56,6 +56,7 @@ class FontFace final : public Font {
     float ascent() const override { return ascent_; }
     float descent() const override { return descent_; }
     float capHeight() const override { return capHeight_; }
+    float xHeight() const override { return xHeight_; }
     float underlinePosition() const override { return underlinePosition_; }
     float underlineThickness() const override { return underlineThickness_; }
     float nominalAdvance(std::uint16_t glyph) const override {
@@ -86,6 +87,7 @@ class FontFace final : public Font {
         ascent_ = static_cast<float>(extents.ascender);
         descent_ = -static_cast<float>(extents.descender);
         capHeight_ = metric(HB_OT_METRICS_TAG_CAP_HEIGHT);
+        xHeight_ = metric(HB_OT_METRICS_TAG_X_HEIGHT);
         underlinePosition_ = metric(HB_OT_METRICS_TAG_UNDERLINE_OFFSET);
         underlineThickness_ = metric(HB_OT_METRICS_TAG_UNDERLINE_SIZE);
     }
@@ -105,6 +107,7 @@ class FontFace final : public Font {
     float ascent_ = 0;
     float descent_ = 0;
     float capHeight_ = 0;
+    float xHeight_ = 0;
     float underlinePosition_ = 0;
     float underlineThickness_ = 0;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "host/text/compose_input.h"
@@ -16,10 +17,13 @@ inline constexpr double defaultTabStop = 36;  // points between the stops behind
 inline constexpr float widthTolerance = 0.001F;
 inline constexpr float heightTolerance = 0.01F;
 
+inline constexpr float noIndent = std::numeric_limits<float>::lowest();
+
 /// Where a line lies in its column, in points.
 struct LineMeasure {
     float left = 0;  // of the text, indents taken off, from the column's left edge
     float width = 0;
+    float start = 0;                // of the text, from the column's edge at which its paragraph's lines begin
     bool isFirst = false;           // of its paragraph
     std::int32_t hyphensAbove = 0;  // lines directly above that end in a hyphen
 };
@@ -29,8 +33,9 @@ struct LineExtent {
     std::size_t first = 0;
     std::size_t limit = 0;
     bool showsHyphen = false;
-    bool isForced = false;  // it ends at a forced line end or with its paragraph
-    bool cutsWord = false;  // not even one word fits
+    bool isForced = false;                             // it ends at a forced line end or with its paragraph
+    bool cutsWord = false;                             // not even one word fits
+    ParagraphStart leaves = ParagraphStart::anywhere;  // what follows goes on there
 };
 
 /// Height of a line in points: the largest of what stands on it.
@@ -40,8 +45,11 @@ struct LineHeight {
     float leading = 0;
     float above = 0;  // of the ascent, what items above the line take
     float below = 0;  // by which items in the line reach deeper than its text
+    float capHeight = 0;
+    float xHeight = 0;
 
     void include(const TextStyle& style);
+    void include(const LineHeight& other);
 };
 
 /// Takes as many pieces from `first` on as fit, one grapheme at least; a word that doesn't fit is hyphenated where the
@@ -56,10 +64,11 @@ struct LineHeight {
 [[nodiscard]] float widestAnchor(const Paragraph& paragraph, const LineExtent& extent);
 
 /// Appends the glyphs, runs and anchored items of a line whose column begins at `columnLeft`, and sets the line's sides
-/// and runs. The line itself is appended next.
-/// `text` is the story's, to tell its spaces.
-void placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineMeasure& measure,
-               const ParaFormat& format, std::u32string_view text, float columnLeft, float baseline,
-               ComposedStory& story, ComposedLine& line);
+/// and runs. The line itself is appended next. `text` is the story's, to tell its spaces. Gives where the paragraph's
+/// further lines begin, from the column's edge as in LineMeasure::start, when the line holds an "indent to here"; else
+/// `noIndent`.
+float placeLine(const Paragraph& paragraph, const LineExtent& extent, const LineMeasure& measure,
+                const ParaFormat& format, std::u32string_view text, float columnLeft, float baseline,
+                ComposedStory& story, ComposedLine& line);
 
 }  // namespace tarnova

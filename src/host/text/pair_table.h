@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "host/model/special_characters.h"
 #include "host/text/font.h"
 #include "host/text/word_shaping.h"
 
@@ -21,7 +22,6 @@ namespace tarnova {
 [[nodiscard]] inline std::uint8_t latinSlot(char32_t character) {
     if (character >= 0x100) return highLatinSlot(character);
     const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
-    constexpr char32_t softHyphen = 0xAD;
     return isControl || character == softHyphen ? 0 : static_cast<std::uint8_t>(character);
 }
 

@@ -1,27 +1,50 @@
 #include "host/text/paragraph.h"
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 #include <utility>
+
+#include "host/model/special_characters.h"
 
 namespace tarnova {
 
 namespace {
 
 constexpr char32_t anchorCharacter = 0xFFFC;
-constexpr char32_t softHyphen = 0xAD;
-constexpr char32_t lineSeparator = 0x2028;
 
 /// Longer text without an opportunity to end a line is cut, so that each line that cuts it again shapes little anew.
 constexpr std::size_t longestPiece = 256;
 
 /// Characters that act on lines instead of being set, or that aren't set at all.
 bool isControl(char32_t c) {
-    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == softHyphen || c == lineSeparator || c == 0x2029 || c == anchorCharacter;
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == softHyphen || c == forcedLineEnd || c == 0x2029 ||
+           c == anchorCharacter;
 }
 
 bool forcesLine(char32_t c) {
-    return c == lineSeparator || c == 0x2029 || c == '\n' || c == 0x0B || c == 0x0C || c == 0x85;
+    return c == forcedLineEnd || c == 0x2029 || c == '\n' || c == 0x0B || c == 0x85;
+}
+
+ParagraphStart placeBehind(char32_t c) {
+    switch (c) {
+        case columnBreak:
+            return ParagraphStart::nextColumn;
+        case frameBreak:
+            return ParagraphStart::nextFrame;
+        case pageBreak:
+            return ParagraphStart::nextPage;
+        default:
+            return ParagraphStart::anywhere;
+    }
+}
+
+/// Lets lines end behind the characters that act on them, which the general rules know nothing of.
+void addOwnBreaks(std::u32string_view text, std::vector<LineBreak>& breaks) {
+    for (std::size_t i = 0; i + 1 < text.size(); ++i)
+        if (text[i] == rightIndentTab) breaks[i] = LineBreak::allowed;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (placeBehind(text[i]) != ParagraphStart::anywhere) breaks[i] = LineBreak::mandatory;
 }
 
 /// A mark that stands over its base has no advance and gets no distance of its own.
@@ -78,6 +101,7 @@ void Paragraph::assign(std::u32string_view text, std::int32_t position, const st
         findLatinBreaks(text_, breaks_);
     } else {
         findBreaks(text_, breaks_);
+        addOwnBreaks(text_, breaks_);
     }
     if (isChanged) keepCharactersWhole();
     if (!isLatin || isChanged || !cutLatin()) cutMarked(isLatin);
@@ -101,7 +125,7 @@ bool Paragraph::cutLatin() {
             style = styleIndex(styles_.of(*spans_[span++].format));
         }
         const char32_t c = text_[at];
-        if (c == U'\t' || c == softHyphen || c == lineSeparator) {
+        if (c == U'\t' || c == softHyphen || c == forcedLineEnd) {
             if (!addLatinPiece(start, at, style)) return false;
             addControl(at, style);
             start = at + 1;
@@ -114,7 +138,8 @@ bool Paragraph::cutLatin() {
     return addLatinPiece(start, text_.size(), style);
 }
 
-/// A tab and a forced line end are pieces; a soft hyphen is a quality of the piece in front; others leave nothing.
+/// Tabs, forced ends and "indent to here" are pieces; a soft hyphen is a quality of the piece in front; others leave
+/// nothing.
 void Paragraph::addControl(std::size_t at, std::uint32_t style) {
     const char32_t c = text_[at];
     if (c == softHyphen) {
@@ -122,14 +147,20 @@ void Paragraph::addControl(std::size_t at, std::uint32_t style) {
         return;
     }
     if (c == anchorCharacter) addAnchor(at, style);
-    if (c != U'\t' && !forcesLine(c)) return;
+    const bool isTab = c == U'\t' || c == rightIndentTab;
+    const ParagraphStart leaves = placeBehind(c);
+    const bool ends = forcesLine(c) || leaves != ParagraphStart::anywhere;
+    if (!isTab && !ends && c != indentToHere) return;
     Piece piece;
     piece.start = static_cast<std::int32_t>(at);
     piece.limit = piece.start + 1;
     piece.style = style;
     piece.level = rightToLeft_ ? 1 : 0;
-    piece.isTab = c == U'\t';
-    piece.breakAfter = piece.isTab ? LineBreak::none : LineBreak::mandatory;
+    piece.isTab = isTab;
+    piece.reachesRight = c == rightIndentTab;
+    piece.setsIndent = c == indentToHere;
+    piece.leaves = leaves;
+    piece.breakAfter = ends ? LineBreak::mandatory : LineBreak::none;
     pieces.push_back(piece);
 }
 
@@ -240,6 +271,14 @@ void Paragraph::cutMarked(bool isLatin) {
     addMarkedPiece(start, text_.size());
 }
 
+/// Scripts whose letters hang together; spaces between them would tear words apart.
+bool Paragraph::joinsLetters(hb_script_t script) {
+    constexpr hb_script_t scripts[] = {HB_SCRIPT_ARABIC,   HB_SCRIPT_SYRIAC,  HB_SCRIPT_MANDAIC,    HB_SCRIPT_MONGOLIAN,
+                                       HB_SCRIPT_NKO,      HB_SCRIPT_ADLAM,   HB_SCRIPT_DEVANAGARI, HB_SCRIPT_BENGALI,
+                                       HB_SCRIPT_GURMUKHI, HB_SCRIPT_PHAGS_PA};
+    return std::find(std::begin(scripts), std::end(scripts), script) != std::end(scripts);
+}
+
 bool Paragraph::belongTogether(std::size_t left, std::size_t right) const {
     return marks_[left] == marks_[right] && (text_[left] == U' ') == (text_[right] == U' ');
 }
@@ -255,6 +294,7 @@ void Paragraph::addMarkedPiece(std::size_t start, std::size_t limit) {
         piece.limit = static_cast<std::int32_t>(start + length);
         piece.style = mark.style;
         piece.level = mark.level;
+        piece.takesLetterSpace = !joinsLetters(mark.script);
         setMarked(piece);
         if (piece.glyphCount > 0) pieces.push_back(piece);
         start += length;
@@ -264,7 +304,7 @@ void Paragraph::addMarkedPiece(std::size_t start, std::size_t limit) {
 void Paragraph::setMarked(Piece& piece) {
     const Mark& mark = marks_[static_cast<std::size_t>(piece.start)];
     piece.firstGlyph = static_cast<std::uint32_t>(glyphs.size());
-    shaper_.shapeWord(*styleOf(piece).face, textOf(piece), mark.script, mark.level % 2 != 0, glyphs);
+    shaper_.shapeWord(*styleOf(piece).face, shownText(piece), mark.script, mark.level % 2 != 0, glyphs);
     for (std::size_t i = piece.firstGlyph; i < glyphs.size(); ++i) {
         const std::int32_t character = piece.start + static_cast<std::int32_t>(glyphs[i].position);
         glyphs[i].position = static_cast<std::uint32_t>(storyPosition(character));
@@ -272,6 +312,17 @@ void Paragraph::setMarked(Piece& piece) {
     const bool isSpace = text_[static_cast<std::size_t>(piece.start)] == U' ';
     piece.hangingGlyphs = isSpace ? static_cast<std::uint32_t>(glyphs.size()) - piece.firstGlyph : 0;
     measure(piece);
+}
+
+/// The text of a piece in characters that its font has: a hyphen that doesn't break may have to be a plain one.
+std::u32string_view Paragraph::shownText(const Piece& piece) {
+    const std::u32string_view text = textOf(piece);
+    if (text.find(noBreakHyphen) == text.npos) return text;
+    const Font& font = styleOf(piece).font();
+    if (font.glyphOf(noBreakHyphen) != 0) return text;
+    shownText_ = text;
+    std::replace(shownText_.begin(), shownText_.end(), noBreakHyphen, font.glyphOf(0x2010) != 0 ? U'\u2010' : U'-');
+    return shownText_;
 }
 
 bool Paragraph::splitPiece(std::size_t index, float width, bool atLeastOne) {
@@ -289,6 +340,19 @@ bool Paragraph::splitPiece(std::size_t index, float width, bool atLeastOne) {
         replacePiece(index, front, rest);
         return true;
     }
+}
+
+std::size_t Paragraph::seek(std::int32_t position) {
+    const std::int32_t at = shapedIndex(static_cast<std::uint32_t>(position));
+    const auto behind = std::upper_bound(pieces.begin(), pieces.end(), at,
+                                         [](std::int32_t its, const Piece& piece) { return its < piece.start; });
+    if (behind == pieces.begin()) return 0;
+    const auto index = static_cast<std::size_t>(behind - pieces.begin()) - 1;
+    const Piece whole = pieces[index];
+    if (whole.start >= at || whole.limit <= at) return whole.limit <= at ? index + 1 : index;
+    const auto [front, rest] = cut(whole, at - whole.start);
+    replacePiece(index, front, rest);
+    return index + 1;
 }
 
 void Paragraph::hyphenatePiece(std::size_t index, std::int32_t border) {
@@ -349,6 +413,18 @@ void Paragraph::reshape(Piece& piece) {
         return;
     }
     [[maybe_unused]] const bool complete = setLatin(piece);
+}
+
+TextStyle Paragraph::shapeLeader(const Piece& tab, std::u32string_view leader, std::vector<PlacedGlyph>& out) const {
+    out.clear();
+    const Font* fallback = nullptr;
+    const Font& font = fontFor(leader, styleOf(tab).font(), fallback);
+    const TextStyle style = styles_.variant(styleOf(tab), font, false);
+    shaper_.shapeWord(*style.face, leader, HB_SCRIPT_LATIN, false, out);
+    for (PlacedGlyph& glyph : out)
+        glyph.position = static_cast<std::uint32_t>(storyPosition(tab.start));
+    spreadOut(out, style.spread);
+    return style;
 }
 
 PlacedGlyph Paragraph::hyphenFor(const Piece& piece) const {

@@ -31,8 +31,13 @@ struct Piece {
     std::uint8_t level = 0;   // of UAX 9; odd is right to left
     LineBreak breakAfter = LineBreak::none;
     bool isTab = false;
-    const AnchorBox* anchor = nullptr;  // of an anchored item; wide only when that stands in the line
-    bool hyphenates = false;  // a line that ends here shows a hyphen
+    bool reachesRight = false;                         // a tab to the line's far side
+    bool takesLetterSpace = true;                      // its script doesn't join its letters
+    bool setsIndent = false;                           // the paragraph's further lines begin where it stands
+    std::int16_t tabStop = -1;                         // of a tab, as the line decides: into ParaFormat::tabs
+    ParagraphStart leaves = ParagraphStart::anywhere;  // behind it text goes on there
+    bool hyphenates = false;                           // a line that ends here shows a hyphen
+    const AnchorBox* anchor = nullptr;                 // of an item; wide only when that stands in the line
 };
 
 /// The paragraph in work. One object is used again and again, so that its buffers stay.
@@ -72,6 +77,9 @@ class Paragraph {
     /// Cuts a piece at the last grapheme border that keeps its front within `width`, or behind the first grapheme when
     /// none does and `atLeastOne` is set. False when nothing was cut: the piece is one grapheme or nothing fits.
     [[nodiscard]] bool splitPiece(std::size_t index, float width, bool atLeastOne);
+    /// The piece that begins at a position of the story, which must lie in the paragraph's text. It is cut there when
+    /// no piece begins there.
+    [[nodiscard]] std::size_t seek(std::int32_t storyPosition);
     /// Cuts a piece behind `border` characters, which lies inside of it; its front is hyphenated.
     void hyphenatePiece(std::size_t index, std::int32_t border);
     /// Puts together again what was cut of the pieces from `first` on.
@@ -84,6 +92,10 @@ class Paragraph {
     void findHyphens(const Piece& piece, const ParaFormat& format, std::vector<std::int32_t>& borders);
     /// The hyphen that a line shows behind the piece.
     [[nodiscard]] PlacedGlyph hyphenFor(const Piece& piece) const;
+    /// Sets `out` to the glyphs of a tab's leader, once, and gives the style they are set in: that of the tab, in a
+    /// font that has the leader's characters.
+    [[nodiscard]] TextStyle shapeLeader(const Piece& tab, std::u32string_view leader,
+                                        std::vector<PlacedGlyph>& out) const;
 
     /// The style of an empty paragraph's return.
     [[nodiscard]] const TextStyle& styleOfFormat(const CharFormat& format) { return styles_.of(format); }
@@ -117,9 +129,11 @@ class Paragraph {
 
     // All other text: each character is marked first (paragraph_marks.cpp).
     void cutMarked(bool isLatin);
+    [[nodiscard]] static bool joinsLetters(hb_script_t script);
     [[nodiscard]] bool belongTogether(std::size_t left, std::size_t right) const;
     void addMarkedPiece(std::size_t start, std::size_t limit);
     void setMarked(Piece& piece);
+    [[nodiscard]] std::u32string_view shownText(const Piece& piece);
     [[nodiscard]] bool hasCapitals() const;
     void changeText(std::span<const ShownText> shown);
     void appendChanged(char32_t c, std::size_t source, const CharFormat& format);
@@ -132,7 +146,7 @@ class Paragraph {
     void markLevels();
 
     Shaper& shaper_;
-    TextStyles styles_;
+    mutable TextStyles styles_;
     Hyphenator hyphenator_;
     std::u32string_view text_;  // as it is shaped
     std::int32_t position_ = 0;
@@ -145,6 +159,7 @@ class Paragraph {
     };
     std::vector<Cut> cuts_;  // in the order in which they were made
     std::vector<Mark> marks_;
+    std::u32string shownText_;           // when a font lacks a character that has a stand-in
     std::u32string changedText_;         // when a format changes case, or page characters show something else
     std::vector<std::int32_t> sources_;  // by character of it: index in the paragraph
     std::vector<bool> reduced_;          // by character of it: a small capital

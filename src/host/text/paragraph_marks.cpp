@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "host/model/special_characters.h"
 #include "host/text/icu_text.h"
 #include "host/text/paragraph.h"
 
@@ -27,6 +28,7 @@ bool isMark(char32_t c) {
 /// The font can set the character, or the shaper can do without a glyph of it.
 bool covers(const Font& font, char32_t c) {
     if (font.glyphOf(c) != 0) return true;
+    if (c == noBreakHyphen) return font.glyphOf(U'-') != 0;
     const auto character = static_cast<UChar32>(c);
     return u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) ||
            u_charType(character) == U_SPACE_SEPARATOR || u_charType(character) == U_CONTROL_CHAR || c == 0xFFFC ||

@@ -116,6 +116,7 @@ LineHeight PathFlow::setLine(const ComposeInput& input, float start, float room,
     LineMeasure measure;
     measure.left = static_cast<float>(format.leftIndent + format.firstLineIndent);
     measure.width = room - measure.left - static_cast<float>(format.rightIndent);
+    measure.start = measure.left;
     measure.isFirst = true;
     const LineExtent extent = breakLine(paragraph_, 0, measure, format, input.text);
     const bool isWhole = extent.limit >= paragraph_.pieces.size();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "host/model/format.h"
 #include "host/text/paragraph.h"
@@ -11,15 +12,24 @@ namespace tarnova {
 
 struct LineMeasure;
 
-/// The stop of a tab that begins at `x` from the column's left edge. A line that hangs out to the left has a stop where
-/// the paragraph's other lines begin.
-[[nodiscard]] TabStop nextTabStop(const ParaFormat& format, const LineMeasure& measure, float x);
+/// Where a tab leads. Positions are points from the column's edge at which the paragraph's lines begin.
+struct TabTarget {
+    float position = 0;
+    TabStop::Kind kind = TabStop::Kind::left;
+    char32_t alignedOn = 0;
+    std::int16_t index = -1;  // into ParaFormat::tabs; -1: none of them
+};
+
+/// The stop of a tab that begins at `x`. A line that hangs out has a stop where the paragraph's other lines begin.
+[[nodiscard]] TabTarget nextTabStop(const ParaFormat& format, const LineMeasure& measure, float x);
+/// The far side of the line, with the leader of the paragraph's last stop.
+[[nodiscard]] TabTarget farTabStop(const ParaFormat& format, const LineMeasure& measure);
 
 /// The gap of one tab while the text behind it is gathered.
 class TabGap {
  public:
     /// `room` is the distance to the stop, `piece` the index of the tab's piece.
-    TabGap(TabStop::Kind kind, float room, std::size_t piece) : kind_(kind), room_(room), piece_(piece) {}
+    TabGap(const TabTarget& stop, float room, std::size_t piece) : stop_(stop), room_(room), piece_(piece) {}
 
     [[nodiscard]] std::size_t piece() const { return piece_; }
     [[nodiscard]] float gap() const { return gapOver(followingWidth_, beforeSeparator()); }
@@ -27,13 +37,13 @@ class TabGap {
     [[nodiscard]] float gapWith(const Paragraph& paragraph, const Piece& piece) const;
     void add(const Paragraph& paragraph, const Piece& piece);
     /// Forgets what was added.
-    void restart() { *this = TabGap(kind_, room_, piece_); }
+    void restart() { *this = TabGap(stop_, room_, piece_); }
 
  private:
     [[nodiscard]] float beforeSeparator() const { return separatorSeen_ ? separatorAt_ : followingWidth_; }
     [[nodiscard]] float gapOver(float following, float toSeparator) const;
 
-    TabStop::Kind kind_;
+    TabTarget stop_;
     float room_;
     std::size_t piece_;
     float followingWidth_ = 0;  // without spaces that may hang behind it

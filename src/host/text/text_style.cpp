@@ -48,6 +48,8 @@ TextStyle TextStyles::resolve(const CharFormat& format) {
     style.spread = static_cast<float>(format.tracking + format.kerning);
     style.ascent = static_cast<float>(font.ascent() * fullSize / 1000);
     style.descent = static_cast<float>(font.descent() * fullSize / 1000);
+    style.capHeight = static_cast<float>(font.capHeight() * fullSize / 1000);
+    style.xHeight = static_cast<float>(font.xHeight() * fullSize / 1000);
     style.leading = static_cast<float>(format.leading < 0 ? autoLeading * format.pointSize : format.leading);
     return style;
 }

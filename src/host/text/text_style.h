@@ -27,6 +27,8 @@ struct TextStyle {
     float ascent = 0;  // points above and below the baseline, of the format's font at its full size
     float descent = 0;
     float leading = 0;
+    float capHeight = 0;
+    float xHeight = 0;
 
     /// Points of a thousandth of an em.
     [[nodiscard]] float scale() const { return size * horizontalScale / 1000; }

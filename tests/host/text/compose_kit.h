@@ -15,7 +15,7 @@ namespace tarnova {
 
 /// A story in work: `text` adds runs, a return in them ends a paragraph, `compose` adds the closing mark.
 struct ComposeKit {
-    CharFormat format{.family = "Helvetica", .pointSize = 10};
+    CharFormat format{.family = "Helvetica", .pointSize = 10, .link = {}};
     ParaFormat paragraph;
 
     void text(std::u32string_view added) { text(added, format); }
@@ -28,9 +28,9 @@ struct ComposeKit {
             if (added[i] == U'\r') closeParagraph();
         }
     }
-    void column(PMRect box, VerticalAlignment alignment = VerticalAlignment::top) {
+    void column(PMRect box, const TextFrameOptions& its = {}) {
         const auto index = static_cast<std::int32_t>(input.columns.size());
-        input.columns.push_back({100 + static_cast<UID>(index), index, 0, box, alignment});
+        input.columns.push_back({100 + static_cast<UID>(index), index, 0, box, &options.emplace_back(its)});
     }
     void column(double width, double height = 1000) { column(PMRect{0, 0, width, height}); }
 
@@ -60,6 +60,7 @@ struct ComposeKit {
     std::u32string characters;
     std::deque<CharFormat> formats;
     std::deque<ParaFormat> paragraphs;
+    std::deque<TextFrameOptions> options;
     ComposeInput input;
 
  private:

@@ -88,6 +88,30 @@ TEST_F(ComposerTest, FramesOfAThreadGiveTheirColumnsInOrder) {
     EXPECT_EQ(story.columns[3].box, (PMRect{0, 0, 100, 40}));
 }
 
+TEST_F(ComposerTest, LinesOnThePagesGridFollowAMovedFrame) {
+    builder.setBaselineGrid({10, 20});
+    const UID frame = builder.addTextFrame(page, {50, 63, 250, 160}, U"");
+    ParagraphAttributes gridded;
+    gridded.overrides.gridLines = GridLines::all;
+    auto content = emptyStoryText(builder.attributePool().paragraph(gridded), builder.attributePool().plainRun());
+    replaceCharacters(*content, 0, 0, U"one\u2028two");
+    builder.addStory({frame}, content);
+    const std::unique_ptr<DocumentModel> document = builder.finish();
+    document->setComposer(makeComposer());
+    const auto onPage = [&](std::size_t line) {
+        const double top = document->toSpread(*document->item(frame)).ty;
+        return static_cast<double>(composed(*document, frame).lines.at(line).baseline) + top;
+    };
+    EXPECT_NEAR(onPage(0), 90, 0.01);
+    EXPECT_NEAR(onPage(1), 110, 0.01);
+    ASSERT_EQ(document->moveBy(frame, 0, 24), 0);
+    EXPECT_NEAR(onPage(0), 110, 0.01);
+    ASSERT_EQ(document->rotateBy(frame, 45), 0);
+    EXPECT_FALSE(composed(*document, frame).overset) << "a turned frame has no such grid";
+    ASSERT_TRUE(document->undo().has_value());
+    EXPECT_NEAR(onPage(0), 110, 0.01);
+}
+
 TEST_F(ComposerTest, RunsAndParagraphsGetTheirResolvedFormats) {
     AttributePool& pool = builder.attributePool();
     ParagraphAttributes centered, large;

@@ -48,6 +48,8 @@ TEST(LineLayout, AlignmentsPlaceTheLine) {
         {"right", Alignment::right, 1, 1},
         {"justify left", Alignment::justifyLeft, -1, 0},
         {"justify all", Alignment::justifyAll, -1, -1},
+        {"justify center", Alignment::justifyCenter, -1, 0.5F},
+        {"justify right", Alignment::justifyRight, -1, 1},
     };
     constexpr float left = 30, width = 137;
     for (const Row& row : rows) {

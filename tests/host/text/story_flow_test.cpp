@@ -144,7 +144,7 @@ TEST(StoryFlow, VerticalAlignmentMovesTheLines) {
     for (const auto& [alignment, shift] : rows) {
         ComposeKit kit;
         kit.text(U"one\rtwo");
-        kit.column(PMRect{0, 20, 100, 120}, alignment);
+        kit.column(PMRect{0, 20, 100, 120}, {.verticalAlignment = alignment});
         const ComposedStory story = kit.compose();
         expectNear(baselines(story), {20 + shift + ascent, 20 + shift + ascent + 12}, "vertical alignment");
         for (const ComposedLine& line : story.lines)
@@ -274,7 +274,7 @@ TEST(StoryFlow, NoTextIsLostWhateverItIs) {
         }
         for (int columns = 0; columns < 3; ++columns)
             kit.column(PMRect{0, 0, static_cast<double>(random() % 100), static_cast<double>(random() % 100)},
-                       static_cast<VerticalAlignment>(random() % 3));
+                       {.verticalAlignment = static_cast<VerticalAlignment>(random() % 4)});
         const ComposedStory story = kit.compose();
         std::int32_t at = 0;
         for (const ComposedColumn& column : story.columns) {

@@ -1,4 +1,4 @@
-#include "host/text/word_spaces.h"
+#include "host/text/line_stretch.h"
 
 #include <gtest/gtest.h>
 
@@ -111,6 +111,87 @@ TEST(WordSpaces, AHyphenWhereSpacesWouldBeTooWide) {
     EXPECT_EQ(setIn(62, text, justified(100, 100, 10000, true)).lines[0], U"to a ") << "wide spaces are welcome";
     EXPECT_EQ(setIn(62, text, justified(100, 100, 133, false)).lines[0], U"to a ");
     EXPECT_NEAR(setIn(62, text, justified(100, 100, 133, false)).rights[0], 62, tolerance) << "stretched all the same";
+}
+
+/// A line of "nnn nnn nnn", justified in full: three words of 16.68 points, two spaces of 2.78.
+struct StretchedLine {
+    float space, letterSpace, scale, right;
+};
+
+StretchedLine stretched(double width, const ParaFormat& limits) {
+    ComposeKit kit;
+    kit.format.pairKerning = false;
+    kit.paragraph = limits;
+    kit.paragraph.alignment = Alignment::justifyAll;
+    kit.text(U"nnn nnn nnn");
+    kit.column(width);
+    const ComposedStory story = kit.compose();
+    EXPECT_EQ(story.lines.size(), 1u) << width;
+    const std::vector<PlacedCharacter> set = charactersOf(story, story.lines[0]);
+    const GlyphRun& run = story.runs[0];
+    const float advance = 5.56F * run.horizontalScale;
+    const float letterSpace = set[1].x - set[0].x - advance;
+    EXPECT_NEAR(set[2].x - set[1].x, advance + letterSpace, tolerance);
+    EXPECT_NEAR(run.x + run.width, set[10].x + advance, tolerance) << "no letter space behind the last letter";
+    return {set[4].x - set[3].x, letterSpace, run.horizontalScale, set[10].x + advance};
+}
+
+TEST(LetterSpaces, GiveTogetherWithWordSpaces) {
+    constexpr float natural = 9 * 5.56F + 2 * spaceWidth;  // 55.6
+    struct Row {
+        const char* name;
+        double width;
+        ParaFormat limits;
+        float letterSpace, scale;
+    };
+    const ParaFormat words, letters{.wordSpaceGreatest = 100, .letterSpaceGreatest = 10};
+    const ParaFormat both{.wordSpaceGreatest = 200, .letterSpaceLeast = -2, .letterSpaceGreatest = 10};
+    const ParaFormat scaled{.wordSpaceGreatest = 100, .glyphScaleLeast = 95, .glyphScaleGreatest = 110};
+    const Row rows[] = {
+        {"word spaces alone", natural + 5, words, 0, 1},
+        {"letter spaces alone", natural + 5, letters, 0.5F, 1},  // ten gaps of at most 1 point
+        {"letter spaces at their greatest", natural + 20, letters, 1, 1},
+        {"halfway of both", natural + 5 + spaceWidth, both, 0.5F, 1},
+        {"squeezed", natural - 1, both, -0.1F, 1},
+        {"wider letters", natural * 1.05, scaled, 0, 1.05F},
+        {"wider letters at their greatest", natural * 1.2, scaled, 0, 1.1F},
+        {"narrower letters", natural * 0.96, scaled, 0, 0.96F},
+    };
+    for (const Row& row : rows) {
+        const StretchedLine line = stretched(row.width, row.limits);
+        EXPECT_NEAR(line.letterSpace, row.letterSpace, tolerance) << row.name;
+        EXPECT_NEAR(line.scale, row.scale, 0.002F) << row.name;
+        EXPECT_NEAR(line.right, row.width, tolerance) << row.name;
+    }
+}
+
+TEST(LetterSpaces, FillALineOfOneWordAsFarAsTheyMay) {
+    for (const auto& [width, right] : {std::pair{30.0, 30.0F}, {60.0, 5 * 5.56F + 4}}) {
+        ComposeKit kit;
+        kit.format.pairKerning = false;
+        kit.paragraph = {.alignment = Alignment::justifyAll, .letterSpaceGreatest = 10};
+        kit.text(U"nnnnn");
+        kit.column(width);
+        const ComposedStory story = kit.compose();
+        EXPECT_NEAR(story.lines[0].right, right, tolerance) << width;
+    }
+}
+
+TEST(LetterSpaces, LeaveJoinedLettersAlone) {
+    const auto widthOf = [](std::u32string_view text, double letterSpace) {
+        ComposeKit kit;
+        kit.paragraph = {.alignment = Alignment::justifyLeft,
+                         .letterSpaceLeast = letterSpace,
+                         .letterSpaceWanted = letterSpace,
+                         .letterSpaceGreatest = letterSpace};
+        kit.text(text);
+        kit.column(300);
+        const ComposedStory story = kit.compose();
+        return story.lines[0].right - story.lines[0].left;
+    };
+    EXPECT_FLOAT_EQ(widthOf(U"\u0633\u0644\u0627\u0645", 10), widthOf(U"\u0633\u0644\u0627\u0645", 0));
+    EXPECT_NEAR(widthOf(U"\u05D0\u05D1\u05D2", 10), widthOf(U"\u05D0\u05D1\u05D2", 0) + 2, tolerance);
+    EXPECT_NEAR(widthOf(U"nnn", 10), widthOf(U"nnn", 0) + 2, tolerance);
 }
 
 TEST(WordSpaces, SpacesInFrontOfATabStay) {
