@@ -51,7 +51,9 @@ class ExecVerb : public ProgramTest {
         std::istringstream steps(path.substr(1));
         for (std::string step; std::getline(steps, step, '/');) {
             if (value->IsArray()) {
-                value = &(*value)[static_cast<rapidjson::SizeType>(std::stoul(step))];
+                const auto element = static_cast<rapidjson::SizeType>(std::stoul(step));
+                if (element >= value->Size()) return "(none)";
+                value = &(*value)[element];
                 continue;
             }
             if (!value->IsObject() || !value->HasMember(step)) return "(none)";

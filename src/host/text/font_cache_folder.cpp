@@ -12,14 +12,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// True for a folder that can be written, or made below one that can: fontconfig makes its own.
+/// True when a file can be made in the folder, which is made too, as fontconfig would. Permissions alone don't tell:
+/// the superuser has all of them, even where the file system takes nothing.
 bool canBeWritten(const std::string& folder) {
-    std::error_code unreadable;
-    for (fs::path at = folder; !at.empty(); at = at.parent_path()) {
-        if (fs::exists(at, unreadable)) return fs::is_directory(at, unreadable) && ::access(at.c_str(), W_OK) == 0;
-        if (at == at.parent_path()) return false;
-    }
-    return false;
+    std::error_code refused;
+    fs::create_directories(folder, refused);
+    std::string name = folder + "/tarnova-XXXXXX";
+    const int file = ::mkstemp(name.data());
+    if (file < 0) return false;
+    ::close(file);
+    return ::unlink(name.c_str()) == 0;
 }
 
 }  // namespace
