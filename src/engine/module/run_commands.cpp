@@ -140,7 +140,6 @@ std::int32_t armPriceRun(commandCall& call) {
 }
 
 using enum commandStage;
-constexpr auto any = commandMode::any;
 constexpr auto merge = commandMode::merge;
 constexpr auto price = commandMode::price;
 using enum argumentType;

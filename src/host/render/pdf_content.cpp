@@ -216,7 +216,7 @@ void PdfContent::setStrokeColor(const PaintColor& paint) {
 
 void PdfContent::setStroke(const ItemShape& shape) {
     const Stroke& stroke = shape.stroke;
-    const auto set = [this](auto& known, auto value, auto put) {
+    const auto set = [](auto& known, auto value, auto put) {
         if (known == value) return;
         known = value;
         put(value);

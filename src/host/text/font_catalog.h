@@ -54,7 +54,7 @@ class FontCatalog {
 
  private:
     struct ConfigurationCloser {
-        void operator()(FcConfig* configuration) const { FcConfigDestroy(configuration); }
+        void operator()(FcConfig* made) const { FcConfigDestroy(made); }
     };
     std::unique_ptr<FcConfig, ConfigurationCloser> configuration;
     std::vector<FontFileEntry> entries;
