@@ -92,6 +92,7 @@ void fetchAll(DocumentModel& layout, std::uint32_t records) {
     if (startMergeRun(layout.ref(), 0) != 0) return;
     std::vector<std::string> links = linkNamesOf(layout.ref());
     links.emplace_back("member");
+    session().mergePassActive = 1;
     for (std::uint32_t record = 1; record <= records; ++record) {
         for (const std::string& name : links) {
             tagDataRec tag{};
@@ -101,6 +102,7 @@ void fetchAll(DocumentModel& layout, std::uint32_t records) {
             if (fetchForTag(tag, defaultSetText, value, 0) != 0) return;
         }
     }
+    session().mergePassActive = 0;
     finishMergeRun();
 }
 

@@ -34,4 +34,8 @@ function(tarnova_program name)
     add_executable(${name} ${ARG_SOURCES})
     list(TRANSFORM ARG_LAYERS PREPEND tarnova_)
     target_link_libraries(${name} PRIVATE tarnova_compiler ${ARG_LAYERS} ${ARG_LINKS})
+    # A run makes and frees many small blocks for each record. Sanitizers bring an allocator of their own.
+    if(NOT TARNOVA_SANITIZE AND NOT TARNOVA_FUZZ)
+        target_link_libraries(${name} PRIVATE mimalloc)
+    endif()
 endfunction()

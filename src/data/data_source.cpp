@@ -42,16 +42,26 @@ void copyDefinition(recordDefRec& live, const recordDefRec& current) {
     std::memset(live.styles, 0, sizeof live.styles);
 }
 
+// Whether the data file was changed after the index was made.
+errorWord checkDate(keyIndexRec& index, bool& isNewer) {
+    const std::uint32_t record = dataState().recordOfPass;
+    if (record != 0 && record == index.datedAtRecord) return 0;
+    std::uint32_t date = 0;
+    const char* const path = index.header.dataFilePath;
+    if (fileModDate(path, &date, 0) != 0) return errorAt(errDataFileDate, path);
+    isNewer = static_cast<std::int32_t>(index.header.dataFileDate) < static_cast<std::int32_t>(date);
+    index.datedAtRecord = isNewer ? 0 : record;
+    return 0;
+}
+
 // Whether the loaded index still fits data file and definition; if so the definition takes effect. The copy of 73 KB is
 // made only when something that a fetch reads has changed since the last one.
 errorWord checkIndex(keyIndexRec& index, const recordDefRec& definition, bool& fits, errorWord priorError) {
     fits = false;
     if (priorError != 0) return priorError;
-    std::uint32_t date = 0;
-    const char* const path = index.header.dataFilePath;
-    if (fileModDate(path, &date, 0) != 0) return errorAt(errDataFileDate, path);
-    if (static_cast<std::int32_t>(index.header.dataFileDate) < static_cast<std::int32_t>(date)) return 0;
-    if (index.header.numberTable.size == 0) return 0;
+    bool isNewer = false;
+    if (const errorWord err = checkDate(index, isNewer); err != 0) return err;
+    if (isNewer || index.header.numberTable.size == 0) return 0;
 
     fits = index.liveFitsHeader && readsTheSame(index.liveDefinition, definition);
     if (fits) return 0;

@@ -32,6 +32,9 @@ struct dataStateRec {
     char presetDataFilePath[pathCapacity] = {};
     /// Folder of the index files, UTF-8. Empty: indexFolderPath() gives the default.
     std::string indexFolder;
+    /// The record that a merge pass is at, counted from 1; 0 outside of passes. The date of a data file is asked once a
+    /// record then, not for each of its links.
+    std::uint32_t recordOfPass = 0;
     /// One index header, shared by all who look at an index without loading it. Made at the first use.
     blockPtr<> indexHeaderBuffer;
 

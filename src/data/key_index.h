@@ -94,6 +94,7 @@ struct keyIndexRec {
     indexHeader header;
     recordDefRec liveDefinition;  // the definition of the last open; its references are null
     bool liveFitsHeader;          // liveDefinition asks for no other index than this one
+    std::uint32_t datedAtRecord;  // dataStateRec::recordOfPass when the data file's date was asked last
     fileHandle file;              // stays open while the index is loaded
     std::uint8_t* keyTable;       // the four sections, owned; null when empty
     std::uint8_t* keyGroups;
@@ -213,8 +214,8 @@ void pruneIndexFolder(const std::string& folder, std::size_t limit);
 /// file and way of reading, and another one for any other. Empty when the file can't be found.
 [[nodiscard]] std::string stableIndexPath(const recordDefRec& definition, std::string_view dataPath);
 
-/// Makes the index at `indexPath` as a placeholder for `dataPath`, unless a file is there that was surely built from this
-/// data file as it is now. False when it can't be made.
+/// Makes the index at `indexPath` as a placeholder for `dataPath`, unless a file is there that was surely built from
+/// this data file as it is now. False when it can't be made.
 [[nodiscard]] bool prepareIndexFile(std::string_view indexPath, std::string_view dataPath);
 
 }  // namespace tarnova

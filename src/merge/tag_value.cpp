@@ -2,9 +2,11 @@
 
 #include <cstring>
 
+#include "data/data_state.h"
 #include "definitions/definition_state.h"
 #include "definitions/record_def_set.h"
 #include "engine/session/preferences.h"
+#include "engine/session/session.h"
 #include "engine/toolkit/pstring.h"
 
 namespace tarnova {
@@ -52,9 +54,12 @@ errorWord openCurrentData(dataSourceRec*& source, std::int16_t& openStatus, std:
 
 errorWord fetchForTag(const tagDataRec& tag, std::uint16_t defaultSet, tagValueRec& value, errorWord priorError) {
     if (priorError != 0) return priorError;
+    const bool isInPass = session().mergePassActive != 0 && value.recordNumber >= 0;
+    dataState().recordOfPass = isInPass ? static_cast<std::uint32_t>(value.recordNumber) + 1 : 0;
     dataSourceRec* source = nullptr;
     std::int16_t openStatus = openStatusNothing;
     errorWord error = openCurrentData(source, openStatus, &value.encoding, 0);
+    dataState().recordOfPass = 0;
     const recordDefRec* const definition = definitionState().currentRecordDef;
     if (error != 0 || definition == nullptr || source == nullptr) return error;
     bool found = false;

@@ -46,7 +46,7 @@ bool isTrimmed(std::string_view text, std::size_t index) {
 bool ascii::equalNoCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
     for (std::size_t i = 0; i < a.size(); ++i) {
-        if (lower(a[i]) != lower(b[i])) return false;
+        if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
     }
     return true;
 }

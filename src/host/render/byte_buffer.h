@@ -15,6 +15,8 @@ namespace tarnova {
 
 class ByteBuffer {
  public:
+    static constexpr std::size_t maximumNumberBytes = 32;
+
     [[nodiscard]] std::size_t size() const { return used; }
     [[nodiscard]] bool empty() const { return used == 0; }
     [[nodiscard]] std::string_view view() const { return {bytes.get(), used}; }
@@ -76,10 +78,7 @@ class ByteBuffer {
         return std::llround(std::min(value, largest) * steps);
     }
 
- private:
-    static constexpr std::size_t maximumNumberBytes = 32;
-    static constexpr double largest = 1e9;
-
+    /// Writes a number's digits at `out`, which has room for `maximumNumberBytes`, and gives where they end.
     [[nodiscard]] static char* writeInteger(char* out, std::int64_t value) {
         std::uint64_t rest = static_cast<std::uint64_t>(value);
         if (value < 0) {
@@ -96,6 +95,9 @@ class ByteBuffer {
             *out++ = digits[--count];
         return out;
     }
+
+ private:
+    static constexpr double largest = 1e9;
 
     void grow(std::size_t count) {
         const std::size_t wanted = std::max<std::size_t>(used + count, 2 * capacity + 256);

@@ -54,23 +54,31 @@ void ClusterReader::begin(const ComposedStory& composedStory, const ComposedLine
     startsAreRead = false;
 }
 
-char32_t ClusterReader::single(const GlyphRun& run, std::uint32_t index) const {
-    const PlacedGlyph* glyph = &composed->glyphs[run.firstGlyph + index];
-    const std::uint32_t position = glyph->position;
-    const bool hasNext = index + 1 < run.glyphCount;
-    const bool forward = hasNext && glyph[1].position == position + 1 && (index == 0 || glyph[-1].position != position);
-    const bool backward =
-        index > 0 && glyph[-1].position == position + 1 && (!hasNext || glyph[1].position != position);
-    if ((!forward && !backward) || position - textStart >= text.size()) return 0;
-    const char32_t character = text[position - textStart];
-    return isPageCharacter(character) ? 0 : searchedCharacter(character, *run.format);
+void ClusterReader::beginRun(const GlyphRun& itsRun) {
+    run = &itsRun;
+    glyphs = composed->glyphs.data() + itsRun.firstGlyph;
+    keepsCase = itsRun.format->caps == CharFormat::Caps::normal;
+    aloneAtEnd = noPosition;
+    if (itsRun.glyphCount == 0) return;
+    const std::uint32_t position = glyphs[itsRun.glyphCount - 1].position;
+    const auto limit = static_cast<std::uint32_t>(std::max(line->limit, 0));
+    const bool isLastRun = run == &composed->runs[line->firstRun + line->runCount - 1];
+    if (!isLastRun && glyphs[itsRun.glyphCount].position == position + 1) aloneAtEnd = position;
+    // Behind it stands nothing, or what `limitOf` leaves out, as the space or the return at a line's end.
+    const std::uint32_t next = position + 1 - textStart;
+    const bool onlyOneFollows = position + 2 == limit && next < text.size() && leavesNoGlyph(text[next]);
+    if (position + 1 == limit || onlyOneFollows) aloneAtEnd = position;
 }
 
-const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) {
-    const PlacedGlyph* glyphs = &composed->glyphs[run.firstGlyph];
+/// What isn't simply itself: spaces of other widths, changed case; page characters show several characters.
+char32_t ClusterReader::searched(char32_t character) const {
+    return isPageCharacter(character) ? 0 : searchedCharacter(character, *run->format);
+}
+
+const GlyphCluster& ClusterReader::at(std::uint32_t index) {
     const std::uint32_t position = glyphs[index].position;
     std::uint32_t next = index + 1;
-    while (next < run.glyphCount && glyphs[next].position == position)
+    while (next < run->glyphCount && glyphs[next].position == position)
         ++next;
     cluster.glyphCount = next - index;
     cluster.text.clear();
@@ -81,9 +89,9 @@ const GlyphCluster& ClusterReader::at(const GlyphRun& run, std::uint32_t index) 
     const std::uint32_t limit = limitOf(position);
     for (std::uint32_t character = position; character < limit; ++character) {
         if (isPageCharacter(text[character - textStart])) {
-            appendShown(character, *run.format);
+            appendShown(character, *run->format);
         } else {
-            appendSearched(cluster.text, text[character - textStart], *run.format);
+            appendSearched(cluster.text, text[character - textStart], *run->format);
         }
     }
     return cluster;
@@ -113,8 +121,8 @@ void ClusterReader::readStarts() {
     startsAreRead = true;
     starts.clear();
     for (std::uint32_t r = line->firstRun; r < line->firstRun + line->runCount; ++r) {
-        const GlyphRun& run = composed->runs[r];
-        for (std::uint32_t g = run.firstGlyph; g < run.firstGlyph + run.glyphCount; ++g) {
+        const GlyphRun& its = composed->runs[r];
+        for (std::uint32_t g = its.firstGlyph; g < its.firstGlyph + its.glyphCount; ++g) {
             starts.push_back(composed->glyphs[g].position);
         }
     }

@@ -352,22 +352,23 @@ void PdfContent::moveTextTo(const PMMatrix& toPage, const GlyphRun& run) {
 }
 
 void PdfContent::showGlyphs(const ComposedStory& text, const GlyphRun& run, PdfFont& font) {
-    GlyphShower shower(out);
+    GlyphShower shower(out, run.glyphCount);
     const PlacedGlyph* glyphs = &text.glyphs[run.firstGlyph];
+    clusters.beginRun(run);
     for (std::uint32_t i = 0; i < run.glyphCount;) {
-        const char32_t character = clusters.single(run, i);
-        if (character != 0 && font.standsFor(glyphs[i].glyph, character)) {
-            showGlyph(shower, run, glyphs[i], font);
+        const char32_t character = clusters.single(i);
+        float nominal = 0;
+        if (character != 0 && font.useFor(glyphs[i].glyph, character, nominal)) {
+            showGlyph(shower, run, glyphs[i], nominal);
             ++i;
         } else {
-            i += showCluster(shower, run, glyphs + i, clusters.at(run, i), font);
+            i += showCluster(shower, run, glyphs + i, clusters.at(i), font);
         }
     }
     shower.close();
 }
 
-void PdfContent::showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, PdfFont& font) {
-    const float nominal = font.use(glyph.glyph);
+inline void PdfContent::showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, float nominal) {
     if (glyph.offsetX != 0 || glyph.offsetY != 0) {
         showMark(shower, run, glyph);
     } else {
@@ -401,7 +402,7 @@ std::uint32_t PdfContent::showCluster(GlyphShower& shower, const GlyphRun& run, 
         out.put(">>>BDC\n");
     }
     for (std::uint32_t i = 0; i < cluster.glyphCount; ++i)
-        showGlyph(shower, run, glyphs[i], font);
+        showGlyph(shower, run, glyphs[i], font.use(glyphs[i].glyph));
     if (marked) {
         shower.close();
         out.put("EMC\n");

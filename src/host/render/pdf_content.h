@@ -70,7 +70,7 @@ class PdfContent {
     void drawLine(const DisplayItem& item, const ComposedLine& line);
     void drawRun(const DisplayItem& item, const GlyphRun& run);
     void showGlyphs(const ComposedStory& text, const GlyphRun& run, PdfFont& font);
-    void showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, PdfFont& font);
+    void showGlyph(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph, float nominal);
     void showMark(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph& glyph);
     [[nodiscard]] std::uint32_t showCluster(GlyphShower& shower, const GlyphRun& run, const PlacedGlyph* glyphs,
                                             const GlyphCluster& cluster, PdfFont& font);

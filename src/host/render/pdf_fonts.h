@@ -41,6 +41,12 @@ class PdfFont {
         return row.text == static_cast<std::uint32_t>(character);
     }
     [[nodiscard]] bool standsFor(std::uint16_t glyph, std::u32string_view characters);
+    /// `use` and `standsFor` at once: sets `advance` when the glyph stands for the character.
+    [[nodiscard]] bool useFor(std::uint16_t glyph, char32_t character, float& advance) {
+        if (!standsFor(glyph, character)) return false;
+        advance = use(glyph);
+        return true;
+    }
 
     /// Writes the font's objects; `number` is that of the font dictionary. False: `error` says why it can't be
     /// embedded.

@@ -135,10 +135,11 @@ constexpr bool isIn(BreakClass c, Set set) {
 /// revision 49; numbers follow the regular expression of its example 7 in section 8.2, as ICU does.
 class LatinBreaker {
  public:
+    /// True when nothing happens in front of further letters (LB28), and nothing changes by them.
+    bool isInWord() const { return prev == C::AL && !spaces; }
+
     /// What may happen between the text so far and a character of class `cur`, which `next` and `afterNext` follow.
     LineBreak step(BreakClass cur, BreakClass next, BreakClass afterNext) {
-        const bool insideWord = prev == C::AL && cur == C::AL && !spaces && !atStart;
-        if (insideWord) return LineBreak::none;  // LB28, and nothing changes: most characters end here
         const bool numberFollows = next == C::NU || (next == C::IS && afterNext == C::NU);
         const LineBreak result = judge(cur, next, numberFollows);
         remember(cur, result);
@@ -240,13 +241,14 @@ void findLatinBreaks(std::u32string_view text, std::vector<LineBreak>& breaks) {
     const ClassTable& table = classTable();
     LatinBreaker breaker;
     const auto classAt = [&](std::size_t i) { return i < text.size() ? table.of(text[i]) : BreakClass::other; };
-    BreakClass cur = classAt(0), next = classAt(1);
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const BreakClass afterNext = classAt(i + 2);
-        const LineBreak before = breaker.step(cur, next, afterNext);
+        if (breaker.isInWord()) {
+            while (i < text.size() && table.of(text[i]) == BreakClass::AL)
+                ++i;
+            if (i == text.size()) return;
+        }
+        const LineBreak before = breaker.step(classAt(i), classAt(i + 1), classAt(i + 2));
         if (i > 0) breaks[i - 1] = before;
-        cur = next;
-        next = afterNext;
     }
 }
 

@@ -18,41 +18,41 @@ ShapeFace& Shaper::face(const Font& font, const FontFeatures& features) {
 bool Shaper::shapeLatin(ShapeFace& face, std::u32string_view text, std::uint32_t firstPosition,
                         std::vector<PlacedGlyph>& out) {
     const std::size_t firstGlyph = out.size();
+    std::size_t count = firstGlyph;  // glyphs so far; from the tables come at most as many as there are characters
+    out.resize(firstGlyph + text.size());
     for (std::size_t start = 0; start < text.size();) {
-        if (start > 0) out.back().advance += pairAdjust(face, text[start - 1], text[start]);
-        std::size_t limit = ways_.tables ? appendLatinWord(face, text, start, firstPosition, out) : start;
-        if (limit == start) {
-            limit = text[start] == U' ' ? start + 1 : std::min(text.find(U' ', start), text.size());
-            if (!appendShaped(face, text.substr(start, limit - start),
-                              firstPosition + static_cast<std::uint32_t>(start), out)) {
+        if (start > 0) out[count - 1].advance += pairAdjust(face, text[start - 1], text[start]);
+        const std::size_t limit = text[start] == U' ' ? start + 1 : std::min(text.find(U' ', start), text.size());
+        const std::u32string_view word = text.substr(start, limit - start);
+        const std::uint32_t position = firstPosition + static_cast<std::uint32_t>(start);
+        if (ways_.tables && setFromTables(face.pairs(), word, position, out.data() + count)) {
+            count += word.size();
+        } else {
+            out.resize(count);
+            if (!appendShaped(face, word, position, out)) {
                 out.resize(firstGlyph);
                 return false;
             }
+            count = out.size();
+            out.resize(count + (text.size() - limit));
         }
         start = limit;
     }
+    out.resize(count);
     return true;
 }
 
-/// Appends a word, or a space, from the tables and gives where it ends; `start` when the tables can't say.
-std::size_t Shaper::appendLatinWord(ShapeFace& face, std::u32string_view text, std::size_t start,
-                                    std::uint32_t firstPosition, std::vector<PlacedGlyph>& out) {
-    PairTable& table = face.pairs();
-    const std::size_t firstGlyph = out.size();
-    std::uint8_t slot = latinSlot(text[start]);
-    if (!table.isListed(slot)) return start;
-    std::size_t at = start;
-    while (true) {
-        out.push_back({table.glyph(slot), table.advance(slot), 0, 0, firstPosition + static_cast<std::uint32_t>(at)});
-        ++at;
-        if (slot == U' ' || at == text.size() || text[at] == U' ') return at;
-        const std::uint8_t next = latinSlot(text[at]);
+/// Sets the glyphs of a word, or a space, from the tables, a glyph a character. False when the tables can't say.
+bool Shaper::setFromTables(PairTable& table, std::u32string_view word, std::uint32_t position, PlacedGlyph* out) {
+    std::uint8_t slot = latinSlot(word[0]);
+    if (!table.isListed(slot)) return false;
+    for (std::size_t i = 0;; ++out) {
+        *out = {table.glyph(slot), table.advance(slot), 0, 0, position++};
+        if (++i == word.size()) return true;
+        const std::uint8_t next = latinSlot(word[i]);
         const std::int16_t adjust = table.pair(slot, next);
-        if (adjust == PairTable::unlisted) {
-            out.resize(firstGlyph);
-            return start;
-        }
-        out.back().advance += adjust;
+        if (adjust == PairTable::unlisted) return false;
+        out->advance += adjust;
         slot = next;
     }
 }

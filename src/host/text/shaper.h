@@ -67,8 +67,8 @@ class Shaper {
     [[nodiscard]] float pairAdjust(ShapeFace& face, char32_t left, char32_t right);
 
  private:
-    std::size_t appendLatinWord(ShapeFace& face, std::u32string_view text, std::size_t start,
-                                std::uint32_t firstPosition, std::vector<PlacedGlyph>& out);
+    [[nodiscard]] static bool setFromTables(PairTable& table, std::u32string_view word, std::uint32_t position,
+                                            PlacedGlyph* out);
     [[nodiscard]] bool appendShaped(ShapeFace& face, std::u32string_view word, std::uint32_t firstPosition,
                                     std::vector<PlacedGlyph>& out);
 
