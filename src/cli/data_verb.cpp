@@ -5,26 +5,30 @@
 #include <rapidjson/writer.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <optional>
 #include <vector>
 
+#include "cli/engine_client.h"
 #include "cli/job_setup.h"
 #include "cli/verb.h"
 #include "data/data_source.h"
 #include "data/key_index.h"
 #include "data/quick_setup.h"
 #include "definitions/record_def_set.h"
-#include "engine/session/session.h"
-#include "engine/toolkit/messages.h"
-#include "engine/toolkit/text_encoding.h"
 
 namespace tarnova {
 
 namespace {
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+using FieldValues = std::vector<std::pair<std::string, std::string>>;
+
+constexpr std::uint32_t commandGetFieldValue = 525;
+constexpr std::uint32_t commandOpenDataFile = 1209;
+constexpr std::int32_t statusNoRecord = -6042;
 
 // What a person may call a byte, in the order in which it is shown.
 struct byteName {
@@ -70,11 +74,11 @@ void numberFields(quickSetupAnalysis& analysis) {
         analysis.fields[i] = {fmt::format("Field {}", i + 1), false};
 }
 
-// One data file of a verb: how it is read, and the definition that says so.
+// One data file of a verb: how it is read, and the definition that says so, the session's current one.
 struct dataFileRec {
+    EngineClient engine;
     quickSetupAnalysis analysis;
-    std::unique_ptr<recordDefRec> definition = std::make_unique<recordDefRec>();
-    std::string indexPath;
+    recordDefRec* definition = nullptr;  // until the session's definitions change
 
     std::uint32_t headerRecords(const dataVerbRec& options) const { return options.noHeader ? 0 : 1; }
 };
@@ -106,9 +110,8 @@ int chooseKeyField(const dataVerbRec& options, recordDefRec& definition) {
     return exitDone;
 }
 
-// Finds out how the file is read and gives it an index path.
+// Finds out how the file is read and makes a definition of it the current one.
 int recognize(const dataVerbRec& options, dataFileRec& data) {
-    sessionInit();
     quickSetupKnown known;
     if (const int status = readOptions(options, known); status != exitDone) return status;
     const errorWord err = quickSetupAnalyzeAs(options.path.c_str(), known, data.analysis, 0);
@@ -117,21 +120,16 @@ int recognize(const dataVerbRec& options, dataFileRec& data) {
     if (options.noHeader) numberFields(data.analysis);
     quickSetupChoices choices;
     choices.detectLineEnd = false;
-    applyQuickSetup(*data.definition, data.analysis, choices);
+    data.definition = defineData(options.path, data.analysis, choices);
+    if (data.definition == nullptr) return exitFailed;
     if (const int status = chooseKeyField(options, *data.definition); status != exitDone) return status;
-    data.indexPath = stableIndexPath(*data.definition, options.path);
-    if (data.indexPath.empty() || !prepareIndexFile(data.indexPath, options.path)) {
-        sayError(fmt::format("{}: no index can be made for it in {}", options.path, indexFolderPath()));
-        return exitFailed;
-    }
-    data.indexPath.copy(data.definition->databasePath, pathCapacity - 1);
-    return exitDone;
+    return useDefinition(*data.definition, options.path, !options.noHeader) ? exitDone : exitFailed;
 }
 
 // Builds the index without loading it, so that memory stays small for any file.
 int buildIndex(const dataVerbRec& options, dataFileRec& data) {
     dataSourceRec source{};
-    data.indexPath.copy(source.indexPath, pathCapacity - 1);
+    std::memcpy(source.indexPath, data.definition->databasePath, pathCapacity);
     std::int16_t status = openStatusOpen;
     const errorWord err = keyIndexBuild(*data.definition, source, 1, 0, 0, status, nullptr, 0);
     if (err != 0) return failData(options, err);
@@ -141,10 +139,10 @@ int buildIndex(const dataVerbRec& options, dataFileRec& data) {
 // Sees to an index that fits, and reads what it says.
 int summarize(const dataVerbRec& options, dataFileRec& data, bool rebuild, indexSummary& summary) {
     bool exists = false, inSync = false;
-    errorWord err = dataSourceInSync(data.definition.get(), exists, inSync, nullptr, nullptr, nullptr, 0);
+    errorWord err = dataSourceInSync(data.definition, exists, inSync, nullptr, nullptr, nullptr, 0);
     if (rebuild || !inSync)
         if (const int status = buildIndex(options, data); status != exitDone) return status;
-    err = readIndexSummary(data.indexPath.c_str(), summary, err);
+    err = readIndexSummary(data.definition->databasePath, summary, err);
     return err == 0 ? exitDone : failData(options, err);
 }
 
@@ -198,49 +196,36 @@ void printInspectionJson(const dataVerbRec& options, const dataFileRec& data, st
     fmt::print("{}\n", buffer.GetString());
 }
 
-// The record that is meant, in file order from 0. Nothing after telling that there is none.
-std::optional<std::int32_t> locate(const dataVerbRec& options, const dataFileRec& data, dataSourceRec& source) {
-    const std::uint32_t header = data.headerRecords(options);
-    std::uint32_t count = 0;
-    if (dataSourceRecordCount(&source, 1, count, 0) != 0) return std::nullopt;
-    if (options.record > 0) {
-        const std::uint32_t records = count > header ? count - header : 0;
-        if (options.record <= records) return static_cast<std::int32_t>(options.record - 1 + header);
-        sayError(fmt::format("{}: no record {}; the file has {}", options.path, options.record, records));
-        return std::nullopt;
-    }
-    const keyIndexRec& index = *source.keyIndex;
-    Str255 key;
-    pstrSet(key, index.header.encoding == resolvedUtf8 ? options.key : utf8ToWindows1252(options.key));
-    const entryRange group = keyIndexFindGroup(index, key, nullptr, nullptr);
-    indexEntry entry;
-    for (std::uint32_t at = group.offset; at < group.offset + group.length; at += entry.length) {
-        if (!keyIndexReadEntry(index, at, group.offset + group.length, entry)) break;
-        if (entry.recordNumber >= header) return static_cast<std::int32_t>(entry.recordNumber);
-    }
-    sayError(fmt::format("{}: no record with \"{}\" in field \"{}\"", options.path, options.key,
-                         pstrView(data.definition->keyField)));
-    return std::nullopt;
+// A difference between the file and what the options say of it is told and accepted.
+bool isOpen(std::int32_t status) {
+    constexpr std::int32_t differences[] = {-6053, -6054, -6055};
+    return status == 0 || std::find(std::begin(differences), std::end(differences), status) != std::end(differences);
 }
 
-// A value as UTF-8; empty for an empty field and after an error.
-std::string fetchField(dataSourceRec& source, std::int32_t record, std::string_view field, errorWord& err) {
-    extractionRec link{};
-    pstrSet(link.field, field);
-    fetchRequest request{};
-    request.recordNumber = record;
-    request.extraction = &link;
-    void* value = nullptr;
-    std::uint32_t length = 0;
-    std::int16_t status = fetchFound;
-    err = dataSourceFetch(&source, &request, 1, value, length, status, err);
-    const blockPtr<char> owned(static_cast<char*>(value));
-    if (err != 0 || status != fetchFound || value == nullptr) return {};
-    const std::string_view bytes(owned.get(), length);
-    return source.keyIndex->header.encoding == resolvedUtf8 ? std::string(bytes) : windows1252ToUtf8(bytes);
+void sayNoRecord(const dataVerbRec& options, const dataFileRec& data, std::uint32_t records) {
+    const std::string& keyField = options.keyField.empty() ? data.analysis.fields[0].name : options.keyField;
+    sayError(options.record > 0
+                 ? fmt::format("{}: no record {}; the file has {}", options.path, options.record, records)
+                 : fmt::format("{}: no record with \"{}\" in field \"{}\"", options.path, options.key, keyField));
 }
 
-void printRecordJson(std::uint32_t number, const std::vector<std::pair<std::string, std::string>>& values) {
+// The value of a field, and the number of the record, from 1; the command's status.
+std::int32_t fetchField(const dataVerbRec& options, const std::string& field, std::string& value,
+                        std::uint32_t& record) {
+    char* text = nullptr;
+    EngineCommand fetch(commandGetFieldValue);
+    pstrFromView(fetch.reply.text, sizeof(Str255), field);
+    fetch.args.num0 = options.record;
+    pstrSet(fetch.args.text0, options.key);
+    const std::int32_t status = fetch.item(0, text).run();
+    const blockPtr<char> owned(text);
+    if (status != 0) return status;
+    value.assign(text, fetch.args.num0);
+    record = fetch.args.num2;
+    return status;
+}
+
+void printRecordJson(std::uint32_t number, const FieldValues& values) {
     rapidjson::StringBuffer buffer;
     JsonWriter json(buffer);
     json.StartObject();
@@ -255,33 +240,18 @@ void printRecordJson(std::uint32_t number, const std::vector<std::pair<std::stri
     fmt::print("{}\n", buffer.GetString());
 }
 
-int printRecord(const dataVerbRec& options, const dataFileRec& data, dataSourceRec& source, std::int32_t record) {
-    errorWord err = 0;
-    std::vector<std::pair<std::string, std::string>> values;
-    for (const quickSetupField& field : data.analysis.fields)
-        if (options.field.empty() || ascii::equalNoCase(options.field, field.name))
-            values.emplace_back(field.name, fetchField(source, record, field.name, err));
-    if (err != 0) return failData(options, err);
-    if (values.empty()) {
-        sayError(
-            fmt::format("{}: no field \"{}\"; `tarnova data inspect` lists the fields", options.path, options.field));
-        return exitFailed;
-    }
-    if (options.json)
-        printRecordJson(static_cast<std::uint32_t>(record) + 1 - data.headerRecords(options), values);
-    else if (!options.field.empty())
-        fmt::print("{}\n", values[0].second);
-    else
-        for (const auto& [name, value] : values)
-            fmt::print("{}: {}\n", name, value);
-    return exitDone;
+void printRecord(const dataVerbRec& options, std::uint32_t record, const FieldValues& values) {
+    if (options.json) return printRecordJson(record, values);
+    if (!options.field.empty()) return fmt::print("{}\n", values[0].second);
+    for (const auto& [name, value] : values)
+        fmt::print("{}: {}\n", name, value);
 }
 
 void printIndexJson(const dataFileRec& data, const indexSummary& summary, std::uint32_t records) {
     rapidjson::StringBuffer buffer;
     JsonWriter json(buffer);
     json.StartObject();
-    writeMember(json, "index", data.indexPath);
+    writeMember(json, "index", data.definition->databasePath);
     json.Key("bytes");
     json.Uint64(summary.fileBytes);
     json.Key("records");
@@ -326,16 +296,26 @@ int inspectData(const dataVerbRec& options) {
 int getData(const dataVerbRec& options) {
     dataFileRec data;
     if (const int status = recognize(options, data); status != exitDone) return status;
-    dataSourceRec* source = nullptr;
-    std::int16_t openStatus = openStatusOpen;
-    const errorWord err =
-        dataSourceOpen(data.definition.get(), 1, 0, 0, source, openStatus, nullptr, nullptr, nullptr, 0);
-    if (err != 0) return failData(options, err);
-    if (source == nullptr) return failStatus(options, openStatus);
-    const std::optional<std::int32_t> record = locate(options, data, *source);
-    const int status = record ? printRecord(options, data, *source, *record) : exitFailed;
-    dataSourceCloseAll();
-    return status;
+    std::uint32_t records = 0, record = 0;
+    if (!isOpen(EngineCommand(commandOpenDataFile).item(1, records).run())) {
+        sayError(fmt::format("{}: the data can't be read", options.path));
+        return exitFailed;
+    }
+    FieldValues values;
+    for (const quickSetupField& field : data.analysis.fields) {
+        if (!options.field.empty() && !ascii::equalNoCase(options.field, field.name)) continue;
+        std::string& value = values.emplace_back(field.name, "").second;
+        const std::int32_t status = fetchField(options, field.name, value, record);
+        if (status == statusNoRecord) sayNoRecord(options, data, records);
+        if (status != 0) return exitFailed;
+    }
+    if (values.empty()) {
+        sayError(
+            fmt::format("{}: no field \"{}\"; `tarnova data inspect` lists the fields", options.path, options.field));
+        return exitFailed;
+    }
+    printRecord(options, record, values);
+    return exitDone;
 }
 
 int indexData(const dataVerbRec& options) {
@@ -347,8 +327,8 @@ int indexData(const dataVerbRec& options) {
     if (options.json)
         printIndexJson(data, summary, records);
     else
-        fmt::print("{}: {} bytes, {} records, {} keys in \"{}\"\n", data.indexPath, summary.fileBytes, records,
-                   summary.keyCount, pstrView(data.definition->keyField));
+        fmt::print("{}: {} bytes, {} records, {} keys in \"{}\"\n", data.definition->databasePath, summary.fileBytes,
+                   records, summary.keyCount, pstrView(data.definition->keyField));
     return exitDone;
 }
 

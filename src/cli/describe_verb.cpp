@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cli/describe_verb.h"
+#include "cli/engine_client.h"
 #include "cli/job_setup.h"
 #include "cli/tags_verb.h"
 #include "cli/verb.h"
@@ -181,14 +182,33 @@ FieldRows itemDataRows(DocumentModel& layout) {
     return rows;
 }
 
+/// The tables that stand in texts.
+FieldRows tableRows(DocumentModel& layout) {
+    FieldRows rows;
+    for (const UID story : layout.stories()) {
+        for (const ownedItemRec& owned : layout.ownedItems(story, 0, layout.totalLength(story))) {
+            const UID table = layout.tableOfOwnedItem(owned.item);
+            if (table == kInvalidUID) continue;
+            rows.push_back({{"uid", std::int64_t{table}},
+                            {"story", std::int64_t{story}},
+                            {"position", std::int64_t{owned.position}},
+                            {"rows", std::int64_t{layout.rowCount(table)}},
+                            {"columns", std::int64_t{layout.columnCount(table)}},
+                            {"variable", layout.tableAttribute(table) != nullptr}});
+        }
+    }
+    return rows;
+}
+
 /// A part of the answer; without `rows` it is the list of tags, which `tarnova tags list` gives too.
 struct partRec {
     const char* key;
     FieldRows (*rows)(DocumentModel& layout);
 };
 
-constexpr partRec parts[] = {{"pages", pageRows},    {"layers", layerRows}, {"items", itemRows},
-                             {"stories", storyRows}, {"tags", nullptr},     {"itemData", itemDataRows}};
+constexpr partRec parts[] = {{"pages", pageRows},       {"layers", layerRows}, {"items", itemRows},
+                             {"stories", storyRows},    {"tags", nullptr},     {"tables", tableRows},
+                             {"itemData", itemDataRows}};
 
 /// A value as JSON.
 struct JsonValueWriter {
@@ -260,7 +280,8 @@ void writePart(JsonWriter& json, const partRec& part, DocumentModel& layout) {
 }
 
 int describe(const describeOptionsRec& options) {
-    const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
+    EngineClient engine;
+    DocumentModel* const layout = engine.open(options.layoutPath);
     if (layout == nullptr) return exitFailed;
     rapidjson::StringBuffer buffer;
     JsonWriter json(buffer);

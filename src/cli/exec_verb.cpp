@@ -3,16 +3,14 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "cli/engine_client.h"
 #include "cli/exec/exec_session.h"
 #include "cli/job_setup.h"
 #include "cli/verb.h"
 #include "engine/module/command_table.h"
-#include "shell/startup.h"
 
 namespace tarnova {
 namespace {
@@ -24,18 +22,6 @@ struct execOptionsRec {
     bool commands = false;
     bool reference = false;
 };
-
-std::string roamingFolder() {
-    const char* const data = std::getenv("XDG_DATA_HOME");
-    if (data != nullptr && *data == '/') return data;
-    const char* const home = std::getenv("HOME");
-    return std::string(home != nullptr ? home : "") + "/.local/share";
-}
-
-std::string programFolder() {
-    std::error_code failure;
-    return std::filesystem::read_symlink("/proc/self/exe", failure).parent_path().string();
-}
 
 void listCommands() {
     constexpr const char* modeNames[] = {"", "  merge mode", "  price mode"};
@@ -64,7 +50,7 @@ int runExec(const execOptionsRec& options) {
     }
     ZavoStartupShutdown shell;
     const errorWord error = shell.Startup(options.app.empty() ? programFolder() : options.app,
-                                          options.home.empty() ? roamingFolder() : options.home);
+                                          options.home.empty() ? userDataFolder() : options.home);
     if (error != 0) {
         sayError("the session could not be started: " + takeErrorText(error));
         return exitFailed;

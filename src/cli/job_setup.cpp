@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 #include "data/key_index.h"
@@ -79,23 +78,40 @@ recordDefRec* definitionOfDdf(const dataChoiceRec& choice, const recordDefSetRec
     return definition;
 }
 
-recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice, recordDefSetRec& set) {
+recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice) {
     quickSetupAnalysis analysis;
-    errorWord error = quickSetupAnalyze(choice.dataPath.c_str(), analysis, 0);
-    if (error != 0 || analysis.cancelled) {
-        sayError(fmt::format("{}: {}", choice.dataPath, error != 0 ? takeErrorText(error) : "not a text file"));
-        return nullptr;
-    }
-    const quickSetupChoices choices = choicesForPeople();
-    Str31 name;
-    defaultDefName(name);
-    recordDefRec* definition = nullptr;
-    error = quickSetupDefinition(set, name, analysis, choices, definition, 0);
-    if (error != 0) sayError(fmt::format("{}: {}", choice.dataPath, takeErrorText(error)));
-    return error == 0 ? definition : nullptr;
+    const errorWord error = quickSetupAnalyze(choice.dataPath.c_str(), analysis, 0);
+    if (error == 0 && !analysis.cancelled) return defineData(choice.dataPath, analysis, choicesForPeople());
+    sayError(fmt::format("{}: {}", choice.dataPath, error != 0 ? takeErrorText(error) : "not a text file"));
+    return nullptr;
 }
 
 }  // namespace
+
+recordDefRec* defineData(const std::string& dataPath, const quickSetupAnalysis& analysis,
+                         const quickSetupChoices& choices) {
+    recordDefSetRec* const set = newSetFor(dataPath);
+    if (set == nullptr) return nullptr;
+    Str31 name;
+    defaultDefName(name);
+    recordDefRec* definition = nullptr;
+    const errorWord error = quickSetupDefinition(*set, name, analysis, choices, definition, 0);
+    if (error == 0) return definition;
+    if (error != errFailed) sayError(fmt::format("{}: {}", dataPath, takeErrorText(error)));  // else it was shown
+    return nullptr;
+}
+
+bool useDefinition(recordDefRec& definition, const std::string& dataPath, bool hasHeader) {
+    const std::string indexPath = stableIndexPath(definition, dataPath);
+    if (indexPath.empty() || !prepareIndexFile(indexPath, dataPath)) {
+        sayError(fmt::format("{}: no index can be made for it in {}", dataPath, indexFolderPath()));
+        return false;
+    }
+    pstrFromView(session().currentDefName, sizeof(Str255), pstrView(definition.name));
+    definition.databasePath[indexPath.copy(definition.databasePath, sizeof definition.databasePath - 1)] = 0;
+    appPrefs().hasHeaderRecord = hasHeader ? 1 : 0;
+    return true;
+}
 
 quickSetupChoices choicesForPeople() {
     quickSetupChoices choices;
@@ -137,20 +153,13 @@ bool selectData(const dataChoiceRec& choice) {
         sayError(fmt::format("{}: no such data file", choice.dataPath));
         return false;
     }
-    const bool fromDdf = !choice.ddfPath.empty();
-    recordDefSetRec* const set = fromDdf ? readDdf(choice.ddfPath) : newSetFor(choice.dataPath);
-    if (set == nullptr) return false;
-    recordDefRec* const definition = fromDdf ? definitionOfDdf(choice, *set) : definitionOfFirstLine(choice, *set);
-    if (definition == nullptr) return false;
-    const std::string indexPath = stableIndexPath(*definition, choice.dataPath);
-    if (indexPath.empty() || !prepareIndexFile(indexPath, choice.dataPath)) {
-        sayError(fmt::format("{}: no index can be made for it in {}", choice.dataPath, indexFolderPath()));
-        return false;
+    recordDefRec* definition = nullptr;
+    if (choice.ddfPath.empty()) {
+        definition = definitionOfFirstLine(choice);
+    } else if (const recordDefSetRec* const set = readDdf(choice.ddfPath)) {
+        definition = definitionOfDdf(choice, *set);
     }
-    pstrFromView(session().currentDefName, sizeof(Str255), pstrView(definition->name));
-    std::strncpy(definition->databasePath, indexPath.c_str(), sizeof(definition->databasePath) - 1);
-    appPrefs().hasHeaderRecord = choice.hasHeader ? 1 : 0;
-    return true;
+    return definition != nullptr && useDefinition(*definition, choice.dataPath, choice.hasHeader);
 }
 
 }  // namespace tarnova

@@ -26,6 +26,14 @@ struct dataChoiceRec {
 /// why on standard error.
 [[nodiscard]] bool selectData(const dataChoiceRec& choice);
 
+/// Makes a definition of its own set for a data file that was analysed. Null after telling why on standard error.
+[[nodiscard]] recordDefRec* defineData(const std::string& dataPath, const quickSetupAnalysis& analysis,
+                                       const quickSetupChoices& choices);
+
+/// Makes a definition of the session's current set the current one for a data file, with an index path of its own.
+/// False after telling why on standard error.
+[[nodiscard]] bool useDefinition(recordDefRec& definition, const std::string& dataPath, bool hasHeader);
+
 /// How links are made of a data file's first line: an empty field takes its link's text away and, when nothing else
 /// stands there, its line, which is what a person expects of an address.
 [[nodiscard]] quickSetupChoices choicesForPeople();

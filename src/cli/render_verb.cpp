@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <numeric>
 
+#include "cli/engine_client.h"
 #include "cli/job_setup.h"
 #include "cli/pdf_choice.h"
 #include "cli/render_verb.h"
@@ -130,8 +131,9 @@ void runRender(const renderOptionsRec& options, verbContext& context) {
             exitUsage);
     }
     if (!pdfChoiceFits(options.pdf, options.outputPath, context)) return;
-    const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
-    if (!layout) {
+    EngineClient engine;
+    DocumentModel* const layout = engine.open(options.layoutPath);
+    if (layout == nullptr) {
         context.exitStatus = exitFailed;
         return;
     }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/engine_client.h"
 #include "cli/job_setup.h"
 #include "cli/verb.h"
 #include "engine/toolkit/text_encoding.h"
@@ -119,7 +120,8 @@ void printLine(const DocumentModel& layout, const tagListRec& entry) {
 }
 
 int listLayoutTags(const tagsOptionsRec& options) {
-    const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
+    EngineClient engine;
+    DocumentModel* const layout = engine.open(options.layoutPath);
     if (layout == nullptr) return exitFailed;
     if (options.json) {
         printJson(*layout);

@@ -3,11 +3,22 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "document/document_tables.h"
+#include "document/text_span.h"
 #include "document/uid.h"
 #include "engine/toolkit/types.h"
 
 namespace tarnova {
+
+/// What is selected in a document: a range of a text, page items, or cells of a table; all empty for nothing.
+struct selectionRec {
+    UID story = kInvalidUID;
+    textSpanRec range;
+    std::vector<UID> items;
+    cellSelectionRec cells;
+};
 
 /// The open documents. It owns them: a reference is good until its document is closed. Paths are UTF-8. An operation
 /// that fails gives `errFailed`, sets the global error word, tells why in `lastFailure`, and changes neither a document
@@ -34,6 +45,11 @@ class DocumentHost {
     [[nodiscard]] virtual bool documentHasWindow(UIDRef document) const = 0;
     /// Gives the document a window unless it has one, in front of the others.
     [[nodiscard]] virtual errorWord documentShowWindow(UIDRef document) = 0;
+    /// What is selected, without what is gone meanwhile; nothing for a document that isn't open.
+    [[nodiscard]] virtual selectionRec selection(UIDRef document) const = 0;
+    /// Selects in the place of what was selected. A range outside of its text, and items and cells that aren't there,
+    /// are a failure.
+    [[nodiscard]] virtual errorWord select(UIDRef document, const selectionRec& selection) = 0;
     /// Why the last operation that failed did so, for the person who has to mend it.
     [[nodiscard]] virtual const std::string& lastFailure() const = 0;
 };

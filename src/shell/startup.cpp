@@ -1,14 +1,30 @@
 #include "shell/startup.h"
 
+#include <tuple>
+
 #include "data/data_source.h"
 #include "definitions/definition_store.h"
+#include "engine/session/folder_test.h"
 #include "engine/session/preferences_file.h"
 #include "engine/session/session.h"
+#include "engine/toolkit/strings.h"
 #include "output/build_tables.h"
 
 namespace tarnova {
 
 namespace {
+
+void readHostTexts() {
+    constexpr const char* months[] = {"kZavoMonthJanuary", "kZavoMonthFebruary", "kZavoMonthMarch",
+                                      "kZavoMonthApril",   "kZavoMonthMay",      "kZavoMonthJune",
+                                      "kZavoMonthJuly",    "kZavoMonthAugust",   "kZavoMonthSeptember",
+                                      "kZavoMonthOctober", "kZavoMonthNovember", "kZavoMonthDecember"};
+    sessionRec& current = session();
+    static_assert(std::size(months) == std::tuple_size_v<decltype(current.monthNames)>);
+    for (std::size_t i = 0; i < std::size(months); ++i)
+        current.monthNames[i] = PMString::ofKey(months[i]);
+    current.languageIsEnglish = stringLanguage().starts_with("en") ? 1 : 0;
+}
 
 /// What each start sets, whatever the file says: modules register again.
 void setFixedPreferences() {
@@ -21,7 +37,9 @@ void setFixedPreferences() {
 
 errorWord ZavoStartupShutdown::Startup(std::string_view applicationFolder, std::string_view roamingFolder) {
     sessionInit();
+    readHostTexts();
     settleDataFolder(applicationFolder, roamingFolder);
+    testFolderWritable(session().dataFolder, true);
     loadPreferences();
     const errorWord err = openDefinitionStore(session().engineError);
     setFixedPreferences();

@@ -1,75 +1,34 @@
-#include "cli/data_verb.h"
+// `tarnova data` as a person calls it.
 
 #include <rapidjson/document.h>
 
-#include <CLI/CLI.hpp>
-
-#include "cli/verb.h"
-#include "engine/session/session.h"
-#include "tests/data/data_fixture.h"
+#include "tests/cli/program_fixture.h"
 
 namespace tarnova {
 namespace {
 
-class DataVerb : public testing::Test {
+class DataVerb : public ProgramTest {
  protected:
-    void SetUp() override {
-        sessionReset();
-        std::string pattern = testing::TempDir() + "tarnova-verb-XXXXXX";
-        folder = std::string(mkdtemp(pattern.data())) + "/";
-        session().indexFolder = folder + "indexes";
-        options.path = folder + "data.csv";
-        writeFile(options.path, "Code,Name,City\nb,\"Ann \"\"A\"\" B\",Caf\xE9 du Lac\na,Bob,\nCode,odd,row\n");
+    DataVerb() { write("data.csv", "Code,Name,City\nb,\"Ann \"\"A\"\" B\",Caf\xE9 du Lac\na,Bob,\nCode,odd,row\n"); }
+    [[nodiscard]] rapidjson::Document answer(const std::string& arguments) {
+        const outcomeRec outcome = run("data " + arguments + " --json");
+        EXPECT_EQ(outcome.status, 0) << outcome.messages;
+        rapidjson::Document json;
+        EXPECT_FALSE(json.Parse(outcome.output).HasParseError()) << outcome.output;
+        return json;
     }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
-    int run(int (*verb)(const dataVerbRec&)) {
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const int status = verb(options);
-        std::fflush(stdout);
-        out = testing::internal::GetCapturedStdout();
-        errors = testing::internal::GetCapturedStderr();
-        return status;
-    }
-    /// The whole command line, from "data" on.
-    int runLine(const std::string& line) {
-        CLI::App app;
-        verbContext context;
-        addDataVerb(app, context);
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        try {
-            app.parse(line);
-        } catch (const CLI::ParseError&) {
-            context.exitStatus = exitUsage;
-        }
-        std::fflush(stdout);
-        out = testing::internal::GetCapturedStdout();
-        errors = testing::internal::GetCapturedStderr();
-        return context.exitStatus;
-    }
-
-    dataVerbRec options;
-    std::string folder, out, errors;
 };
 
 TEST_F(DataVerb, InspectTellsHowTheFileIsRead) {
-    options.json = true;
-    ASSERT_EQ(run(inspectData), exitDone) << errors;
-    rapidjson::Document json;
-    json.Parse(out);
-    ASSERT_FALSE(json.HasParseError()) << out;
+    const auto json = answer("inspect data.csv");
     EXPECT_STREQ(json["encoding"].GetString(), "Windows-1252");
     EXPECT_STREQ(json["delimiter"].GetString(), "comma");
     EXPECT_STREQ(json["qualifier"].GetString(), "double");
     EXPECT_EQ(json["records"].GetUint(), 3u);
     EXPECT_EQ(json["fields"].Size(), 3u);
-    options.noHeader = true;
-    ASSERT_EQ(run(inspectData), exitDone);
-    json.Parse(out);
-    EXPECT_EQ(json["records"].GetUint(), 4u);
-    EXPECT_STREQ(json["fields"][1].GetString(), "Field 2");
+    const auto headless = answer("inspect data.csv --no-header");
+    EXPECT_EQ(headless["records"].GetUint(), 4u);
+    EXPECT_STREQ(headless["fields"][1].GetString(), "Field 2");
 }
 
 TEST_F(DataVerb, GetsRecordsByNumberAndKey) {
@@ -79,46 +38,58 @@ TEST_F(DataVerb, GetsRecordsByNumberAndKey) {
         const char* out;
     };
     const row rows[] = {
-        {"--record 1", exitDone, "Code: b\nName: Ann \"A\" B\nCity: Caf\xC3\xA9 du Lac\n"},
-        {"--record 2 --field city", exitDone, "\n"},
-        {"--key a --field Name", exitDone, "Bob\n"},
-        {"--key Code --field Name", exitDone, "odd\n"},  // not the header
-        {"--key \"Caf\xC3\xA9 du Lac\" --key-field City --field Code", exitDone, "b\n"},
-        {"--record 4", exitFailed, ""},
-        {"--key z", exitFailed, ""},
-        {"--key a --field Nothing", exitFailed, ""},
-        {"--key a --key-field Nothing", exitFailed, ""},
-        {"--record 1 --delimiter toolong", exitUsage, ""},
-        {"--record 1 --key a", exitUsage, ""},
-        {"", exitUsage, ""},
-        {"--record 1 --delimiter semicolon --field \"Code,Name,City\"", exitDone,
-         "b,\"Ann \"\"A\"\" B\",Caf\xC3\xA9 du Lac\n"},
+        {"--record 1", 0, "Code: b\nName: Ann \"A\" B\nCity: Caf\xC3\xA9 du Lac\n"},
+        {"--record 2 --field city", 0, "\n"},
+        {"--key a --field Name", 0, "Bob\n"},
+        {"--key Code --field Name", 0, "odd\n"},  // not the header
+        {"--key Code --no-header --field 'Field 2'", 0, "Name\n"},
+        {"--key a --json", 0, "{\"record\":2,\"fields\":{\"Code\":\"a\",\"Name\":\"Bob\",\"City\":\"\"}}\n"},
+        {"--key 'Caf\xC3\xA9 du Lac' --key-field City --field Code", 0, "b\n"},
+        {"--record 4", 1, ""},
+        {"--key z", 1, ""},
+        {"--key a --field Nothing", 1, ""},
+        {"--key a --key-field Nothing", 1, ""},
+        {"--record 1 --delimiter toolong", 2, ""},
+        {"--record 1 --key a", 2, ""},
+        {"", 2, ""},
+        {"--record 1 --delimiter semicolon --field 'Code,Name,City'", 0, "b,\"Ann \"\"A\"\" B\",Caf\xC3\xA9 du Lac\n"},
     };
     for (const auto& [arguments, status, expected] : rows) {
-        EXPECT_EQ(runLine("data get " + options.path + " " + arguments), status) << arguments << errors;
-        EXPECT_EQ(out, expected) << arguments;
+        const outcomeRec outcome = run(std::string("data get data.csv ") + arguments);
+        EXPECT_EQ(outcome.status, status) << arguments << outcome.messages;
+        EXPECT_EQ(outcome.output, expected) << arguments;
+        EXPECT_EQ(outcome.messages.empty(), status == 0) << arguments << outcome.messages;
     }
 }
 
 TEST_F(DataVerb, IndexSaysWhereAndHowBig) {
-    options.json = true;
-    options.keyField = "City";
-    ASSERT_EQ(run(indexData), exitDone) << errors;
-    rapidjson::Document json;
-    json.Parse(out);
+    const auto json = answer("index data.csv --key-field City");
     const std::string path = json["index"].GetString();
     EXPECT_EQ(json["bytes"].GetUint64(), std::filesystem::file_size(path));
     EXPECT_EQ(json["records"].GetUint(), 3u);
-    EXPECT_EQ(path.rfind(folder + "indexes/data-", 0), 0u) << path;
+    EXPECT_EQ(path.rfind(folder + "/home/Tarnova/Ostreon Tag Display/Index Files/data-", 0), 0u) << path;
 }
 
 TEST_F(DataVerb, FailuresSayWhere) {
-    writeFile(options.path, "a,b\n" + std::string(1501, ',') + "\n");
-    EXPECT_EQ(run(indexData), exitFailed);
-    EXPECT_NE(errors.find("data.csv: Record 2"), std::string::npos) << errors;
-    options.path = folder + "nowhere";
-    EXPECT_EQ(run(indexData), exitFailed);
-    EXPECT_NE(errors.find("nowhere"), std::string::npos) << errors;
+    write("wide.csv", "a,b\n" + std::string(1501, ',') + "\n");
+    for (const auto& [arguments, message] : {std::pair{"index wide.csv", "wide.csv: Record 2"},
+                                             {"get wide.csv --record 1", "wide.csv: the data can't be read"},
+                                             {"inspect nowhere", "nowhere"}}) {
+        const outcomeRec outcome = run(std::string("data ") + arguments);
+        EXPECT_EQ(outcome.status, 1) << arguments;
+        EXPECT_NE(outcome.messages.find(message), std::string::npos) << outcome.messages;
+    }
+}
+
+// What a verb's options change holds for its time alone.
+TEST_F(DataVerb, LeavesTheSettingsAndDefinitionsOfTheUserAlone) {
+    ASSERT_EQ(run("exec </dev/null").status, 0);
+    const std::string preferences = "home/Tarnova/Config/Ostreon Tag Display.prf", before = read(preferences);
+    ASSERT_EQ(before.size(), 30612U);
+    EXPECT_EQ(run("data get data.csv --no-header --record 1").status, 0);
+    EXPECT_TRUE(read(preferences) == before);
+    EXPECT_FALSE(exists("home/Tarnova/Ostreon Tag Display/QelTestFile.txt"));
+    EXPECT_EQ(read("data.csv").substr(0, 9), "Code,Name") << "and the data";
 }
 
 }  // namespace

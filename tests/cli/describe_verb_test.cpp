@@ -27,7 +27,7 @@ class DescribeVerb : public ProgramTest {
 
 TEST_F(DescribeVerb, TellsPagesItemsAndStoriesByTheirUids) {
     const rapidjson::Document all = answer("two.tvd");
-    for (const char* part : {"pages", "layers", "items", "stories", "tags", "itemData"})
+    for (const char* part : {"pages", "layers", "items", "stories", "tags", "tables", "itemData"})
         ASSERT_TRUE(all.HasMember(part)) << part;
     ASSERT_EQ(all["pages"].Size(), 2U);
     const auto& page = all["pages"][1];

@@ -81,7 +81,6 @@ constexpr scriptRow script[] = {
     {R"({"command":525,"reply":{"text":"City"},"args":{"num0":9}})", -6042},
     {R"({"command":525,"reply":{"text":"City"},"args":{"text0":"Z9"}})", -6042},
     {R"({"command":525,"reply":{"text":"Town"},"args":{"num0":1}})", -6006},
-    {R"({"command":525,"reply":{"text":"City"},"args":{"num0":1,"flag0":1}})", -1},
     {R"({"command":1208,"args":{"item0":1,"item1":"City"}})", 0},
     {R"({"command":1208,"args":{"item0":9,"item1":"City"}})", -6042},
     {R"({"command":1208,"args":{"item0":1,"item1":"City","item2":"Sale"}})", -6029},

@@ -116,7 +116,6 @@ TEST_F(ExecVerb, BadLinesAreToldByNumberAndTheNextOneWorks) {
         {R"({"host":"prefs","set":{"framesFirst":2000}})", "framesFirst"},
         {R"({"host":"prefs","get":["30612:u8"]})", "no field \"30612:u8\""},
         {R"({"host":"session","fields":["colour"]})", "no field \"colour\""},
-        {R"({"host":"select","document":1})", "can't be set yet"},
     };
     std::vector<std::string> lines = {"# a comment", ""};
     for (const testRow& row : rows) {

@@ -1,49 +1,35 @@
-#include <gtest/gtest.h>
+// `tarnova tags` as a person calls it.
+
 #include <rapidjson/document.h>
 
-#include <CLI/CLI.hpp>
-
-#include "cli/verb.h"
-#include "source_folder.h"
+#include "tests/cli/program_fixture.h"
 
 namespace tarnova {
 namespace {
 
-struct outcomeRec {
-    int status = -1;
-    std::string out, errors;
+class TagsVerb : public ProgramTest {
+ protected:
+    outcomeRec list(const std::string& options = "") {
+        return run("tags list " + source("fuzz/corpus/layout/everything.tvd") + options);
+    }
 };
 
-outcomeRec runTagsVerb(const std::string& arguments) {
-    CLI::App app;
-    verbContext context;
-    addTagsVerb(app, context);
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    app.parse("tags list " + arguments);
-    std::fflush(stdout);
-    outcomeRec outcome{context.exitStatus, testing::internal::GetCapturedStdout(), {}};
-    outcome.errors = testing::internal::GetCapturedStderr();
-    return outcome;
+TEST_F(TagsVerb, LinesTellPlaceLinkAndWhatIsDamaged) {
+    const outcomeRec outcome = list();
+    EXPECT_EQ(outcome.status, 0) << outcome.messages;
+    for (const char* part :
+         {"Kelvane page A-ii, story 231 at 1+9: \"Name\" with key \"K1\" over \"some data\"\n",
+          "\"L\" with key \"1\" over \"b\", locked\n", "damaged: the sizes in the stored record don't hold\n"})
+        EXPECT_NE(outcome.output.find(part), std::string::npos) << outcome.output;
+    const outcomeRec missing = run("tags list /nowhere/card.tvd");
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.output, "");
+    EXPECT_NE(missing.messages.find("/nowhere/card.tvd"), std::string::npos);
 }
 
-const std::string layout = std::string(TARNOVA_SOURCE_FOLDER) + "/fuzz/corpus/layout/everything.tvd";
-
-TEST(TagsVerb, LinesTellPlaceLinkAndWhatIsDamaged) {
-    const outcomeRec outcome = runTagsVerb(layout);
-    EXPECT_EQ(outcome.status, exitDone) << outcome.errors;
-    EXPECT_NE(outcome.out.find("Kelvane page A-ii, story 231 at 1+9: \"Name\" with key \"K1\" over \"some data\"\n"),
-              std::string::npos)
-        << outcome.out;
-    EXPECT_NE(outcome.out.find("\"L\" with key \"1\" over \"b\", locked\n"), std::string::npos) << outcome.out;
-    EXPECT_NE(outcome.out.find("damaged: the sizes in the stored record don't hold\n"), std::string::npos)
-        << outcome.out;
-}
-
-TEST(TagsVerb, JsonHoldsTheSame) {
+TEST_F(TagsVerb, JsonHoldsTheSame) {
     rapidjson::Document json;
-    json.Parse(runTagsVerb(layout + " --json").out);
-    ASSERT_FALSE(json.HasParseError());
+    ASSERT_FALSE(json.Parse(list(" --json").output).HasParseError());
     ASSERT_GT(json["tags"].Size(), 0U);
     const auto& first = json["tags"][0];
     EXPECT_STREQ(first["store"].GetString(), "Kelvane");
@@ -55,13 +41,6 @@ TEST(TagsVerb, JsonHoldsTheSame) {
     const auto& last = json["tags"][json["tags"].Size() - 1];
     EXPECT_STREQ(last["store"].GetString(), "Tallyra");
     EXPECT_TRUE(last.HasMember("error"));
-}
-
-TEST(TagsVerb, ALayoutThatIsntThere) {
-    const outcomeRec outcome = runTagsVerb("/nowhere/card.tvd");
-    EXPECT_EQ(outcome.status, exitFailed);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_NE(outcome.errors.find("/nowhere/card.tvd"), std::string::npos);
 }
 
 }  // namespace

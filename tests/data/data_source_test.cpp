@@ -1,7 +1,7 @@
 #include "data/data_source.h"
 
-#include "engine/toolkit/alerts.h"
 #include "tests/data/data_fixture.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 
 namespace tarnova {
 namespace {
@@ -298,27 +298,15 @@ TEST_F(ChosenSource, PresetFileIsTakenWhileNobodyWatches) {
     EXPECT_EQ(error, errPresetFileMissing);
 }
 
-// Answers each question with its second button.
-class RefusingAlerts : public AlertService {
- public:
-    int ask(const alertRec&) override { return 2; }
-    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
-    void openStatus(const std::string&) override {}
-    void moveStatus(int) override {}
-    void closeStatus() override {}
-    void showStatusDetail() override {}
-};
-
 TEST_F(ChosenSource, RefusedEncodingTouchesNothing) {
-    RefusingAlerts alerts;
-    installAlertService(&alerts);
+    RecordingAlerts alerts;
+    alerts.answer = 2;
     writeFile(data,
               "\xFF\xFE"
               "a");
     EXPECT_EQ(openWith(0, data.c_str()), nullptr);
     EXPECT_EQ(openStatus, openStatusUtf16Refused);
     EXPECT_FALSE(std::filesystem::exists(state.indexFolder + "/Shop"));
-    installAlertService(nullptr);
 }
 
 }  // namespace

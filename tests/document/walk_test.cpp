@@ -5,8 +5,8 @@
 
 #include <functional>
 
-#include "engine/toolkit/alerts.h"
 #include "tests/document/fake_document.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 
 namespace tarnova {
 namespace {
@@ -368,23 +368,8 @@ TEST_F(Walk, APairRewritesTagsAndTheirText) {
     EXPECT_FALSE(itemDataView(item, ItemDataPlace::pageItem, itemDataFrameTag, 0));
 }
 
-class StatusRecorder final : public AlertService {
- public:
-    StatusRecorder() { installAlertService(this); }
-    ~StatusRecorder() override { installAlertService(nullptr); }
-    StatusRecorder(const StatusRecorder&) = delete;
-    StatusRecorder& operator=(const StatusRecorder&) = delete;
-    int ask(const alertRec&) override { return 1; }
-    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
-    void openStatus(const std::string& text) override { moves += text; }
-    void moveStatus(int percent) override { moves += " " + std::to_string(percent); }
-    void closeStatus() override { moves += " closed"; }
-    void showStatusDetail() override {}
-    std::string moves;
-};
-
 TEST(WalkProgress, MovesAtTenths) {
-    StatusRecorder status;
+    RecordingAlerts alerts;
     FakeDocument document;
     const UID spread = document.addSpread();
     UIDRef frame{&document, document.addFrame(document.node(spread))};
@@ -395,8 +380,8 @@ TEST(WalkProgress, MovesAtTenths) {
         for (int i = 0; i < 8; ++i)
             frames.Process(frame, &cancel);
     }
-    EXPECT_EQ(status.moves, "Frames 12 25 37 50 closed");
-    status.moves.clear();
+    EXPECT_EQ(alerts.status, "open Frames;12;25;37;50;close;");
+    alerts.status.clear();
     {
         ZavoStoryCallback stories(true, PMString("Texts"));
         stories.SetTotal(100);
@@ -407,7 +392,7 @@ TEST(WalkProgress, MovesAtTenths) {
             stories.Process({&document, story}, start, length, kInvalidUIDRef, &cancel);
         }
     }
-    EXPECT_EQ(status.moves, "Texts 10 20 30 closed");
+    EXPECT_EQ(alerts.status, "open Texts;10;20;30;close;");
 }
 
 TEST(FrameCallback, ReadsTheEntryOfItsSignatureInTheModesStore) {

@@ -16,34 +16,19 @@
 #include "engine/run/merge_run.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
-#include "engine/toolkit/alerts.h"
 #include "engine/toolkit/text_encoding.h"
 #include "host/model/document_builder.h"
 #include "output/build_tables.h"
 #include "tags/tag_manager.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 
 namespace tarnova {
 namespace {
-
-class RecordingAlerts final : public AlertService {
- public:
-    int ask(const alertRec& alert) override {
-        alerts.push_back(alert);
-        return alert.defaultButton;
-    }
-    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
-    void openStatus(const std::string&) override {}
-    void moveStatus(int) override {}
-    void closeStatus() override {}
-    void showStatusDetail() override {}
-    std::vector<alertRec> alerts;
-};
 
 class MergeTest : public testing::Test {
  protected:
     MergeTest() {
         sessionReset();
-        installAlertService(&alerts);
         folder = std::filesystem::temp_directory_path() / ("tarnova-merge-" + std::to_string(getpid()));
         std::filesystem::create_directories(folder);
         session().indexFolder = folder.string();
@@ -52,7 +37,6 @@ class MergeTest : public testing::Test {
         finishMergeRun();
         freeBuildTables();
         dropDefinition();
-        installAlertService(nullptr);
         std::filesystem::remove_all(folder);
     }
 
@@ -298,9 +282,9 @@ TEST_F(MergeTest, ARangeEndsTheRunAtItsLastRecord) {
 
 TEST_F(MergeTest, AnUnknownLinkEndsTheRunWithItsName) {
     mergeOne("A\nr1\nr2\n", "{A} {Nobody}");
-    ASSERT_EQ(alerts.alerts.size(), 1U);
-    EXPECT_EQ(alerts.alerts[0].number, errTagRefused);
-    EXPECT_THAT(alerts.alerts[0].text, testing::HasSubstr("Nobody"));
+    ASSERT_EQ(alerts.shown.size(), 1U);
+    EXPECT_EQ(alerts.shown[0].number, errTagRefused);
+    EXPECT_THAT(alerts.shown[0].text, testing::HasSubstr("Nobody"));
     EXPECT_EQ(session().cancelRun, 1);
 }
 

@@ -8,34 +8,15 @@
 
 #include "document/item_data.h"
 #include "document/walk_state.h"
-#include "engine/toolkit/alerts.h"
 #include "tags/link_check.h"
 #include "tags/smart_tags.h"
 #include "tests/document/fake_document.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 
 namespace tarnova {
 namespace {
 
 using namespace std::string_view_literals;
-
-/// Counts the alerts while it lives.
-class RecordingAlerts final : public AlertService {
- public:
-    RecordingAlerts() { installAlertService(this); }
-    ~RecordingAlerts() override { installAlertService(nullptr); }
-    RecordingAlerts(const RecordingAlerts&) = delete;
-    RecordingAlerts& operator=(const RecordingAlerts&) = delete;
-    int ask(const alertRec& alert) override {
-        keys.push_back(alert.key);
-        return 1;
-    }
-    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
-    void openStatus(const std::string&) override {}
-    void moveStatus(int) override {}
-    void closeStatus() override {}
-    void showStatusDetail() override {}
-    std::vector<std::string> keys;
-};
 
 class TagManager : public ::testing::Test {
  protected:
@@ -234,8 +215,9 @@ TEST_F(TagManager, ADocumentThatRefusesIsTold) {
     EXPECT_EQ(manager.RunTagSequence(
                   story, story, [](UIDRef) { return 9; }, "Title"),
               0);
-    EXPECT_THAT(alerts.keys, ::testing::ElementsAre("kZavoErrorRemoveSequenceFailed", "kZavoErrorRemoveSequenceFailed",
-                                                    "kZavoErrorMergeSequenceFailed", "kZavoErrorMergeSequenceFailed"));
+    EXPECT_THAT(alerts.keys(),
+                ::testing::ElementsAre("kZavoErrorRemoveSequenceFailed", "kZavoErrorRemoveSequenceFailed",
+                                       "kZavoErrorMergeSequenceFailed", "kZavoErrorMergeSequenceFailed"));
     EXPECT_EQ(tagAt(0, 2), "a");
 }
 

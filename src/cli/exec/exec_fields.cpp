@@ -26,29 +26,53 @@ struct numberField {
     }
 
 constexpr numberField numberFields[] = {
-    TARNOVA_SESSION_FIELD(engineMode),      TARNOVA_SESSION_FIELD(mergeAttached),
-    TARNOVA_SESSION_FIELD(priceAttached),   TARNOVA_SESSION_FIELD(runStage),
-    TARNOVA_SESSION_FIELD(armedState),      TARNOVA_SESSION_FIELD(engineRunType),
-    TARNOVA_SESSION_FIELD(savedRunType),    TARNOVA_SESSION_FIELD(selectedDriver),
-    TARNOVA_SESSION_FIELD(inRun),           TARNOVA_SESSION_FIELD(mergePassActive),
-    TARNOVA_SESSION_FIELD(cancelRun),       TARNOVA_SESSION_FIELD(stageDone),
-    TARNOVA_SESSION_FIELD(jobValue),        TARNOVA_SESSION_FIELD(jobPercent),
-    TARNOVA_SESSION_FIELD(unattended),      TARNOVA_SESSION_FIELD(showAlertsUnattended),
-    TARNOVA_SESSION_FIELD(mergeOn),         TARNOVA_SESSION_FIELD(priceStart),
-    TARNOVA_SESSION_FIELD(priceActive),     TARNOVA_SESSION_FIELD(priceBatch),
-    TARNOVA_SESSION_FIELD(panelsStale),     TARNOVA_SESSION_FIELD(rangeFirst),
-    TARNOVA_SESSION_FIELD(rangeLast),       TARNOVA_SESSION_FIELD(runFirst),
-    TARNOVA_SESSION_FIELD(runLast),         TARNOVA_SESSION_FIELD(walkFirstPage),
-    TARNOVA_SESSION_FIELD(walkLastPage),    TARNOVA_SESSION_FIELD(totalRecords),
-    TARNOVA_SESSION_FIELD(skipFirst),       TARNOVA_SESSION_FIELD(stepBy),
-    TARNOVA_SESSION_FIELD(recordPassMode),  TARNOVA_SESSION_FIELD(recordsToDo),
-    TARNOVA_SESSION_FIELD(recordsDone),     TARNOVA_SESSION_FIELD(recordBase),
-    TARNOVA_SESSION_FIELD(slotTarget),      TARNOVA_SESSION_FIELD(slotCount),
-    TARNOVA_SESSION_FIELD(allLinkCount),    TARNOVA_SESSION_FIELD(frameLinkCount),
-    TARNOVA_SESSION_FIELD(textLinkCount),   TARNOVA_SESSION_FIELD(pictureLinkCount),
-    TARNOVA_SESSION_FIELD(highestSequence), TARNOVA_SESSION_FIELD(sequencesInUse),
-    TARNOVA_SESSION_FIELD(engineError),     TARNOVA_SESSION_FIELD(dataFolderInApp),
-    TARNOVA_SESSION_FIELD(hasNumberLink),   TARNOVA_SESSION_FIELD(actionFrameCount),
+    TARNOVA_SESSION_FIELD(engineMode),
+    TARNOVA_SESSION_FIELD(mergeAttached),
+    TARNOVA_SESSION_FIELD(priceAttached),
+    TARNOVA_SESSION_FIELD(runStage),
+    TARNOVA_SESSION_FIELD(armedState),
+    TARNOVA_SESSION_FIELD(engineRunType),
+    TARNOVA_SESSION_FIELD(savedRunType),
+    TARNOVA_SESSION_FIELD(selectedDriver),
+    TARNOVA_SESSION_FIELD(inRun),
+    TARNOVA_SESSION_FIELD(mergePassActive),
+    TARNOVA_SESSION_FIELD(cancelRun),
+    TARNOVA_SESSION_FIELD(stageDone),
+    TARNOVA_SESSION_FIELD(jobValue),
+    TARNOVA_SESSION_FIELD(jobPercent),
+    TARNOVA_SESSION_FIELD(unattended),
+    TARNOVA_SESSION_FIELD(showAlertsUnattended),
+    TARNOVA_SESSION_FIELD(mergeOn),
+    TARNOVA_SESSION_FIELD(priceStart),
+    TARNOVA_SESSION_FIELD(priceActive),
+    TARNOVA_SESSION_FIELD(priceBatch),
+    TARNOVA_SESSION_FIELD(panelsStale),
+    TARNOVA_SESSION_FIELD(rangeFirst),
+    TARNOVA_SESSION_FIELD(rangeLast),
+    TARNOVA_SESSION_FIELD(runFirst),
+    TARNOVA_SESSION_FIELD(runLast),
+    TARNOVA_SESSION_FIELD(walkFirstPage),
+    TARNOVA_SESSION_FIELD(walkLastPage),
+    TARNOVA_SESSION_FIELD(totalRecords),
+    TARNOVA_SESSION_FIELD(skipFirst),
+    TARNOVA_SESSION_FIELD(stepBy),
+    TARNOVA_SESSION_FIELD(recordPassMode),
+    TARNOVA_SESSION_FIELD(recordsToDo),
+    TARNOVA_SESSION_FIELD(recordsDone),
+    TARNOVA_SESSION_FIELD(recordBase),
+    TARNOVA_SESSION_FIELD(slotTarget),
+    TARNOVA_SESSION_FIELD(slotCount),
+    TARNOVA_SESSION_FIELD(allLinkCount),
+    TARNOVA_SESSION_FIELD(frameLinkCount),
+    TARNOVA_SESSION_FIELD(textLinkCount),
+    TARNOVA_SESSION_FIELD(pictureLinkCount),
+    TARNOVA_SESSION_FIELD(highestSequence),
+    TARNOVA_SESSION_FIELD(sequencesInUse),
+    TARNOVA_SESSION_FIELD(engineError),
+    TARNOVA_SESSION_FIELD(dataFolderInApp),
+    TARNOVA_SESSION_FIELD(hasNumberLink),
+    TARNOVA_SESSION_FIELD(actionFrameCount),
+    TARNOVA_SESSION_FIELD(languageIsEnglish),
 };
 
 #undef TARNOVA_SESSION_FIELD
@@ -68,6 +92,12 @@ void writeSessionField(ExecWriter& json, std::string_view name) {
         writeTextMember(json, name, current.dataFolder);
     } else if (name == "runLogPath") {
         writeTextMember(json, name, current.runLogPath);
+    } else if (name == "monthNames") {
+        writeKey(json, name);
+        json.StartArray();
+        for (const PMString& month : current.monthNames)
+            writeText(json, month.view());
+        json.EndArray();
     } else if (name == "recordList") {
         writeKey(json, name);
         json.StartArray();

@@ -142,8 +142,46 @@ void redoStep(const hostCall& call) {
     writeStep(call, call.document().redo());
 }
 
-void select(const hostCall&) {
-    throw ExecFault("a selection can't be set yet");
+std::int32_t numberMember(const rapidjson::Value& object, const char* name) {
+    return static_cast<std::int32_t>(integerMember(object, name, 0, INT32_MAX));
+}
+
+/// An array of whole numbers; `what` names it in a fault.
+std::vector<UID> numbersOf(const rapidjson::Value& value, std::string_view what) {
+    if (!value.IsArray()) throw ExecFault(fmt::format("{}: an array is wanted, not {}", what, kindOf(value)));
+    std::vector<UID> numbers;
+    for (const rapidjson::Value& number : value.GetArray())
+        numbers.push_back(static_cast<UID>(integerOf(number, what, 0, UINT32_MAX)));
+    return numbers;
+}
+
+cellSelectionRec cellsOf(const rapidjson::Value& cells) {
+    if (!cells.IsObject()) throw ExecFault("cells: an object is wanted, not " + kindOf(cells));
+    requireMembers(cells, {"table", "top", "left", "bottom", "right"});
+    return {static_cast<UID>(integerMember(cells, "table", 1, UINT32_MAX)),
+            {numberMember(cells, "top"), numberMember(cells, "left"), numberMember(cells, "bottom"),
+             numberMember(cells, "right")}};
+}
+
+/// Of a text, of frames or of cells; without any of them nothing is selected.
+void select(const hostCall& call) {
+    requireMembers(call.request, {"host", "document", "story", "start", "length", "frames", "cells"});
+    DocumentModel& document = call.document();
+    selectionRec selection;
+    const auto* const frames = memberOf(call.request, "frames");
+    const auto* const cells = memberOf(call.request, "cells");
+    const bool isText = memberOf(call.request, "story") != nullptr;
+    if (isText + (frames != nullptr) + (cells != nullptr) > 1)
+        throw ExecFault("a story, frames or cells are wanted, and only one of them");
+    if (isText) {
+        selection.story = static_cast<UID>(integerMember(call.request, "story", 1, UINT32_MAX));
+        selection.range = {numberMember(call.request, "start"), numberMember(call.request, "length")};
+    }
+    if (frames != nullptr) selection.items = numbersOf(*frames, "frames");
+    if (cells != nullptr) selection.cells = cellsOf(*cells);
+    DocumentHost& host = call.documents.host();
+    if (host.select(document.ref(), selection) != 0) throw ExecFault(host.lastFailure());
+    call.answer("document", call.handle());
 }
 
 void sessionFields(const hostCall& call) {

@@ -46,6 +46,7 @@ constexpr commandArgument replyOut(replyField field, argumentType type, const ch
 [[nodiscard]] std::span<const commandRow> searchPathRows();
 [[nodiscard]] std::span<const commandRow> runRows();
 [[nodiscard]] std::span<const commandRow> tagRows();
+[[nodiscard]] std::span<const commandRow> frameRows();
 [[nodiscard]] std::span<const commandRow> reportRows();
 [[nodiscard]] std::span<const commandRow> buildRows();
 

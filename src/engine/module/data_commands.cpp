@@ -5,8 +5,10 @@
 #include "engine/module/command_call.h"
 #include "engine/module/command_rows.h"
 #include "engine/module/current_definition.h"
+#include "engine/module/front_document.h"
 #include "engine/module/record_access.h"
 #include "engine/session/session.h"
+#include "merge/asset_search.h"
 
 namespace tarnova {
 
@@ -75,9 +77,29 @@ std::int32_t getDataSourceName(commandCall& call) {
     return commandDone;
 }
 
-/// Pictures aren't looked for by commands yet, so a caller who asks for one is told that it failed.
+/// The picture that a value names; empty when there is none of that name. The values of a text or article link name a
+/// file only when its record says so.
+std::int32_t findPicture(const openDataRec& data, const valueRequestRec& request, const std::string& value,
+                         const UIDRef& document, std::string& path) {
+    constexpr std::size_t nameLimit = 1024;
+    path.clear();
+    const bool isText = request.link->type == linkTypeText || request.link->type == linkTypeArticle;
+    if (value.size() >= nameLimit || (isText && request.link->isafile == 0)) return commandDone;
+    const pictureSearchRec& folder = data.definition->pictureSearch;
+    assetSearchRec search;
+    search.document = document.database;
+    search.name = value;
+    search.encoding = data.encoding;
+    if (folder.enable != 0) search.searchFolder = folder.searchPath;
+    search.searchBelow = folder.subDirs != 0;
+    search.useMasters = request.link->type == linkTypeGroupPicture && appPrefs().groupPicturesUseMasters != 0;
+    bool found = false;
+    std::uint32_t kind = assetKindFile;
+    const errorWord err = findAsset(search, path, found, kind, 0);
+    return err == 0 ? commandDone : failWith(err, commandFetch);
+}
+
 std::int32_t getFieldValue(commandCall& call) {
-    if (call.args.flag0 != 0) return commandFailed;
     const recordDefRec* const definition = currentDefinition();
     if (definition == nullptr) return commandDefinition;
     valueRequestRec request;
@@ -89,11 +111,16 @@ std::int32_t getFieldValue(commandCall& call) {
     request.link = linkNamed(*data.definition, pstrView(call.reply.text));
     request.recordNumber = call.args.num0;
     request.key = call.args.text0;
-    std::string value;
+    std::string value, picture;
     status = fetchValue(data, request, value);
+    if (status == commandDone && call.args.flag0 != 0)
+        status = findPicture(data, request, value, frontDocument(), picture);
     if (status != commandDone) return status;
     call.args.num0 = static_cast<std::uint32_t>(value.size());
-    return call.putOwned(0, value) ? commandDone : commandMemory;
+    call.args.num1 = static_cast<std::uint32_t>(picture.size());
+    call.args.num2 = request.recordNumber;
+    if (!call.putOwned(0, value)) return commandMemory;
+    return picture.empty() || call.putOwned(1, picture) ? commandDone : commandMemory;
 }
 
 /// The link and the style that a fetch names must exist.
@@ -108,15 +135,17 @@ std::int32_t findNames(const commandCall& call, const recordDefRec& definition, 
 }
 
 std::int32_t fetchByNames(const commandCall& call, valueRequestRec& request) {
-    if (call.valueOr<std::uint8_t>(3, 0) != 0) return commandFailed;  // pictures, as above
     openDataRec data;
     std::int32_t status = openData(data);
     if (status == commandDone) status = findNames(call, *data.definition, request.link);
     if (status != commandDone) return status;
-    std::string value;
+    std::string value, picture;
     status = fetchValue(data, request, value);
     call.putString(4, value);
     call.put(5, static_cast<std::uint32_t>(value.size()));
+    if (status == commandDone && call.valueOr<std::uint8_t>(3, 0) != 0)
+        status = findPicture(data, request, value, documentOrFront(call, 7), picture);
+    call.putString(6, picture);
     return status;
 }
 
@@ -228,11 +257,13 @@ constexpr commandArgument openExArgs[] = {
 constexpr commandArgument fieldValueArgs[] = {
     replyIn(replyField::text, pascal, "name of the link"),
     numberInOut(0, "number of the record, from 1; 0: found by its key. Then the value's length in bytes"),
+    numberOut(1, "length of the picture's path"),
+    numberOut(2, "number of the record, also of one that was found by its key"),
     textIn(0, "the key"),
     textIn(1, "a second key"),
-    flagIn(0, "1 finds the picture as well (not available yet)"),
+    flagIn(0, "1 finds the picture as well that the value names"),
     itemOut(0, ownedText, "the value"),
-    itemOut(1, ownedText, "path of the picture"),
+    itemOut(1, ownedText, "path of the picture; none when it isn't found"),
 };
 constexpr commandArgument recordCountArgs[] = {
     replyOut(replyField::count, u32, "number of records, the header not counted"),
@@ -246,21 +277,21 @@ constexpr commandArgument fetchRecordArgs[] = {
     itemIn(0, u32, "number of the record, from 1"),
     itemIn(1, string, "name of the link"),
     itemIn(2, string, "name of a style"),
-    itemIn(3, u8, "1 finds the picture as well (not available yet)"),
+    itemIn(3, u8, "1 finds the picture as well that the value names"),
     itemOut(4, string, "the value"),
     itemOut(5, u32, "its length in bytes"),
-    itemOut(6, string, "path of the picture"),
-    itemIn(7, uidRef, "the document"),
+    itemOut(6, string, "path of the picture; empty when it isn't found"),
+    itemIn(7, uidRef, "the document; the one in front when not given"),
 };
 constexpr commandArgument fetchKeyArgs[] = {
     itemIn(0, pascal, "the key"),
     itemIn(1, string, "name of the link"),
     itemIn(2, string, "name of a style"),
-    itemIn(3, u8, "1 finds the picture as well (not available yet)"),
+    itemIn(3, u8, "1 finds the picture as well that the value names"),
     itemOut(4, string, "the value"),
     itemOut(5, u32, "its length in bytes"),
-    itemOut(6, string, "path of the picture"),
-    itemIn(7, uidRef, "the document"),
+    itemOut(6, string, "path of the picture; empty when it isn't found"),
+    itemIn(7, uidRef, "the document; the one in front when not given"),
     itemIn(8, pascal, "a second key"),
 };
 constexpr commandArgument listValuesArgs[] = {

@@ -1,4 +1,4 @@
-// Which document a command works on. Own to this folder.
+// Which document or object a command works on. Own to this folder.
 
 #pragma once
 
@@ -6,7 +6,13 @@
 
 namespace tarnova {
 
-/// The document of an item, or the one in front when that isn't given; nothing when there is none.
+/// The document in front; nothing when there is none.
+[[nodiscard]] UIDRef frontDocument();
+
+/// The document of an item, or the one in front when that isn't given.
 [[nodiscard]] UIDRef documentOrFront(const commandCall& call, unsigned item);
+
+/// Whether a reference leads to a page item.
+[[nodiscard]] bool objectExists(const UIDRef& object);
 
 }  // namespace tarnova

@@ -65,6 +65,36 @@ std::int32_t fileRecordOf(std::uint32_t number) {
     return static_cast<std::int32_t>(std::min<std::uint32_t>(number - 1, INT32_MAX - 1) + header);
 }
 
+/// The first record behind the header that has the key; recordNotFetched when none has it.
+std::int32_t fileRecordOfKey(const openDataRec& data, const std::uint8_t* key) {
+    const keyIndexRec& index = *data.source->keyIndex;
+    Str255 wanted;
+    pstrSet(wanted, data.encoding != 0 ? pstrString(key) : utf8ToWindows1252(pstrView(key)));
+    const entryRange group = keyIndexFindGroup(index, wanted, nullptr, nullptr);
+    const std::uint32_t limit = group.offset + group.length;
+    indexEntry entry;
+    for (std::uint32_t at = group.offset; at < limit && keyIndexReadEntry(index, at, limit, entry); at += entry.length)
+        if (entry.recordNumber >= headerRecords()) return static_cast<std::int32_t>(entry.recordNumber);
+    return recordNotFetched;
+}
+
+/// Where the request leads to, in file order. 0, or the code that ends the fetch; a record that the run leaves out
+/// gives 0 and recordNotFetched.
+std::int32_t locate(const openDataRec& data, valueRequestRec& request, std::int32_t& fileRecord) {
+    if (request.recordNumber == 0) {
+        fileRecord = request.key == nullptr ? recordNotFetched : fileRecordOfKey(data, request.key);
+        if (fileRecord == recordNotFetched) return commandFetch;
+        request.recordNumber = static_cast<std::uint32_t>(fileRecord) + 1 - headerRecords();
+        return commandDone;
+    }
+    fileRecord = fileRecordOf(request.recordNumber);
+    if (fileRecord == recordNotFetched) return commandDone;
+    std::uint32_t count = 0;
+    const std::int32_t counted = countRecords(data, count);
+    if (counted != commandDone) return counted;
+    return fileRecord >= static_cast<std::int64_t>(count) + headerRecords() ? commandFetch : commandDone;
+}
+
 }  // namespace
 
 std::uint32_t headerRecords() {
@@ -101,16 +131,11 @@ std::int32_t countRecords(const openDataRec& data, std::uint32_t& count) {
     return err == 0 ? commandDone : failWith(err, commandCount);
 }
 
-std::int32_t fetchValue(const openDataRec& data, const valueRequestRec& request, std::string& value) {
+std::int32_t fetchValue(const openDataRec& data, valueRequestRec& request, std::string& value) {
     value.clear();
     fetchRequest fetch{};
-    fetch.recordNumber = request.recordNumber == 0 ? -1 : fileRecordOf(request.recordNumber);
-    if (fetch.recordNumber == recordNotFetched) return commandDone;
-    std::uint32_t count = 0;
-    const std::int32_t counted = countRecords(data, count);
-    if (counted != commandDone) return counted;
-    if (fetch.recordNumber >= static_cast<std::int64_t>(count) + headerRecords()) return commandFetch;
-    fetch.key = request.key;
+    const std::int32_t located = locate(data, request, fetch.recordNumber);
+    if (located != commandDone || fetch.recordNumber == recordNotFetched) return located;
     fetch.extraction = request.link;
     void* block = nullptr;
     std::uint32_t length = 0;

@@ -34,11 +34,12 @@ struct openDataRec {
 struct valueRequestRec {
     const extractionRec* link = nullptr;
     std::uint32_t recordNumber = 0;     // from 1, as people count; 0: by `key`
-    const std::uint8_t* key = nullptr;  // Pascal string
+    const std::uint8_t* key = nullptr;  // Pascal string, UTF-8
 };
 
-/// Fetches a value as UTF-8. No data, and a record behind the run's range, give an empty one. 0, commandBadTag, or
-/// commandFetch, also for a record behind the end of the file.
-[[nodiscard]] std::int32_t fetchValue(const openDataRec& data, const valueRequestRec& request, std::string& value);
+/// Fetches a value as UTF-8; `request` gets the number of a record that was found by its key. The header has no key. No
+/// data, and a record behind the run's range, give an empty value. 0, commandBadTag, or commandFetch, also for a record
+/// behind the end of the file.
+[[nodiscard]] std::int32_t fetchValue(const openDataRec& data, valueRequestRec& request, std::string& value);
 
 }  // namespace tarnova

@@ -233,7 +233,6 @@ constexpr commandRow rows[] = {
     {618, "kKelvaneCmdReadPreflightInfo", any, second, nullptr, preflightArgs, "Reads a document's preflight."},
     {616, "kKelvaneCmdClonePreflightInfo", any, second, nullptr, preflightArgs, "Copies a document's preflight."},
     {617, "kKelvaneCmdCheckTableLinks", any, second, nullptr, preflightArgs, "Checks the links of tables."},
-    {620, "kKelvaneCmdRemoveMastersOfPage", any, second, nullptr, preflightArgs, "Takes the master off a page."},
 };
 
 }  // namespace

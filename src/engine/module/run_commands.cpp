@@ -7,6 +7,7 @@
 #include "engine/run/idle_step.h"
 #include "engine/session/preferences_file.h"
 #include "engine/session/session.h"
+#include "output/control_frames.h"
 
 namespace tarnova {
 
@@ -44,6 +45,9 @@ std::int32_t armRun(commandCall& call) {
     run.recordPassMode = appPrefs().recordPassMode;
     run.stepBy = 0;
     if (run.allLinkCount == 0) return commandNoLinks;
+    controlFrameCheckRec controlFrames;
+    const errorWord err = checkControlFrames(*run.runDocument.database, false, controlFrames, 0);
+    if (err != 0) return failWith(err, commandControlFrames);
     keepDriverParameters(call);
     run.armedState = armedReady;
     return commandDone;

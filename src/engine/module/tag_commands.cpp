@@ -1,11 +1,14 @@
-// Commands on the links of a document: making, reading and counting them, and names of frames.
+// Commands on the links of a document: making, reading and counting them.
 
-#include "document/item_data.h"
+#include <algorithm>
+#include <functional>
+
 #include "engine/module/command_rows.h"
 #include "engine/module/current_definition.h"
 #include "engine/module/front_document.h"
 #include "engine/session/session.h"
-#include "engine/toolkit/byte_order.h"
+#include "engine/toolkit/messages.h"
+#include "engine/toolkit/text_encoding.h"
 #include "tags/tag_list.h"
 #include "tags/tag_manager.h"
 
@@ -38,10 +41,6 @@ void giveTag(const commandCall& call, unsigned firstItem, const tagDataRec& tag)
     call.putPascal(firstItem + 3, pstrView(tag.ruleName));
     call.putPascal(firstItem + 4, pstrView(tag.searchCriteriaName));
     call.putPascal(firstItem + 5, pstrView(tag.notes1));
-}
-
-bool objectExists(const UIDRef& object) {
-    return object.database != nullptr && object.database->itemExists(object.uid);
 }
 
 bool storyExists(const UIDRef& story) {
@@ -79,19 +78,53 @@ std::int32_t tagFrame(commandCall& call) {
     return err == 0 ? commandDone : failWith(err, commandFailed);
 }
 
+/// Which links are asked for: those whose record in the definition has this type, or all.
+constexpr std::int32_t linkTypeAny = -1;
+
+std::int32_t wantedType(const commandCall& call, unsigned item, std::int32_t& type) {
+    type = call.valueOr<std::int32_t>(item, linkTypeAny);
+    if (type < linkTypeAny) return commandLinkTypeLow;
+    return type > linkTypeVxImage ? commandLinkTypeHigh : commandDone;
+}
+
+bool hasType(const tagDataRec& tag, std::int32_t type) {
+    if (type == linkTypeAny) return true;
+    const recordDefRec* const definition = currentDefinition();
+    if (definition == nullptr) return false;
+    const extractionRec* const link = linkNamed(*definition, pstrView(tag.extractionRecordName));
+    return link != nullptr && link->type == type;
+}
+
 std::int32_t getTextLink(commandCall& call) {
     const auto story = call.valueOr<UIDRef>(0, {});
     if (!storyExists(story)) return commandDocument;
-    const std::int32_t position = std::max(call.valueOr<std::int32_t>(1, 0), 0);
-    const textTagRec found = findNextTextTag(*story.database, story.uid, position);
-    if (found.attribute == nullptr) return noneFound;
+    std::int32_t type = linkTypeAny;
+    const std::int32_t status = wantedType(call, 10, type);
+    if (status != commandDone) return status;
+    std::int32_t position = std::max(call.valueOr<std::int32_t>(1, 0), 0);
     tagDataRec tag{};
-    const errorWord err = tagRecordDecode(found.attribute->data(), &tag, nullptr, nullptr, 0);
-    if (err != 0) return failWith(err, commandFailed);
+    textTagRec found;
+    do {
+        found = findNextTextTag(*story.database, story.uid, position);
+        if (found.attribute == nullptr) return noneFound;
+        const errorWord err = tagRecordDecode(found.attribute->data(), &tag, nullptr, nullptr, 0);
+        if (err != 0) return failWith(err, commandFailed);
+        position = found.start + found.length;
+    } while (!hasType(tag, type));
     giveTag(call, 2, tag);
     call.put(8, found.start);
     call.put(9, found.length);
+    if (call.valueOr<std::uint8_t>(11, 0) != 0)
+        call.putString(12, utf32ToUtf8(story.database->textRead(story.uid, found.start, found.length)));
     return commandDone;
+}
+
+/// The text of a frame's story, without the mark at its end.
+std::string textOf(const UIDRef& frame) {
+    const UID story = frame.database->textOfFrame(frame.uid);
+    if (story == kInvalidUID) return {};
+    const textSpanRec thread = frame.database->threadSpan(story, 0);
+    return utf32ToUtf8(frame.database->textRead(story, thread.start, std::max(thread.length - 1, 0)));
 }
 
 std::int32_t getFrameLink(commandCall& call) {
@@ -102,6 +135,7 @@ std::int32_t getFrameLink(commandCall& call) {
     if (err != 0) return failWith(err, commandFailed);
     if (tag.tagStatus != tagStatusRead) return noneFound;
     giveTag(call, 1, tag);
+    if (call.valueOr<std::uint8_t>(7, 0) != 0) call.putString(8, textOf(frame));
     return commandDone;
 }
 
@@ -148,40 +182,38 @@ std::int32_t collectLinkKeys(commandCall& call) {
     return commandDone;
 }
 
-constexpr std::uint32_t frameNameVersion = 1;
-
-std::int32_t setFrameName(commandCall& call) {
-    const auto frame = call.valueOr<UIDRef>(0, {});
-    if (!objectExists(frame)) return commandDocument;
-    struct {
-        std::uint8_t version[4];
-        Str255 name;
-    } entry{};
-    storeBig32(entry.version, frameNameVersion);
-    pstrSet(entry.name, call.string(1));
-    const void* const data = entry.name[0] == 0 ? nullptr : &entry;
-    const std::uint16_t done =
-        itemDataSet(frame, ItemDataPlace::pageItem, itemDataFrameName, data, sizeof entry, session().engineMode);
-    return done != 0 ? commandDone : commandFailed;
+/// Does `action` with each of the listed items in one step that can be undone.
+std::int32_t forEachItem(const commandCall& call, std::string_view titleKey, const char* alertKey,
+                         const std::function<bool(UIDRef)>& action) {
+    const UIDList* const list = call.item<UIDList>(0);
+    if (list == nullptr || list->database == nullptr) return commandDocument;
+    const auto isThere = [list](UID item) { return list->database->itemExists(item); };
+    if (!std::all_of(list->uids.begin(), list->uids.end(), isThere)) return commandDocument;
+    const PMString title = PMString::ofKey(titleKey);
+    const errorWord err = list->database->BeginCommandSequence(title.view());
+    if (err != 0) return failWith(err, commandFailed);
+    const bool done = std::all_of(list->uids.begin(), list->uids.end(), [&](UID item) {
+        return action({list->database, item});
+    });
+    list->database->EndCommandSequence();
+    if (!done) reportErrorKey(alertKey);
+    return done ? commandDone : commandFailed;
 }
 
-std::int32_t getFrameName(commandCall& call) {
-    const auto frame = call.valueOr<UIDRef>(0, {});
-    if (!objectExists(frame)) return commandDocument;
-    const auto entry = itemDataView(frame, ItemDataPlace::pageItem, itemDataFrameName, session().engineMode);
-    constexpr std::size_t nameOffset = 5;
-    if (!entry || entry->size() < nameOffset) return commandDone;
-    const std::size_t length = static_cast<std::uint8_t>((*entry)[nameOffset - 1]);
-    call.putString(1, entry->substr(nameOffset, length));
-    return commandDone;
+std::int32_t applyTagToItems(commandCall& call) {
+    tagDataRec tag{};
+    takeName(call, 1, tag.extractionRecordName);
+    takeName(call, 2, tag.styleRecordName);
+    takeName(call, 3, tag.ruleName);
+    tag.linkLocked = call.valueOr<std::uint8_t>(4, 0) != 0 ? 1 : 0;
+    pstrSet(tag.searchKey, std::to_string(call.valueOr<std::uint32_t>(5, 1)));
+    return forEachItem(call, "kZavoAssignVariableLinksSequenceStringKey", "kZavoErrorApplySequenceFailed",
+                       [&tag](UIDRef frame) { return writeFrameTag(frame, tag, 0) == 0; });
 }
 
-std::int32_t isVariableFrame(commandCall& call) {
-    const auto frame = call.valueOr<UIDRef>(0, {});
-    if (!objectExists(frame)) return commandDocument;
-    const auto entry = itemDataView(frame, ItemDataPlace::pageItem, itemDataPassThrough, session().engineMode);
-    call.put<std::uint16_t>(1, entry ? 1 : 0);
-    return commandDone;
+std::int32_t removeTagFromItems(commandCall& call) {
+    return forEachItem(call, "kZavoRemoveVariableLinksSequenceStringKey", "kZavoErrorRemoveSequenceFailed",
+                       [](UIDRef frame) { return dataTagManager().RemoveFrameTag(frame) == 0; });
 }
 
 using enum commandStage;
@@ -211,36 +243,32 @@ constexpr commandArgument textLinkArgs[] = {
     itemOut(7, pascal, "notes"),
     itemOut(8, i32, "start of the link"),
     itemOut(9, i32, "its length"),
+    itemIn(10, i32, "only links whose record has this type, 0 to 4; -1 all"),
+    itemIn(11, u8, "1 gives the link's text too"),
+    itemOut(12, string, "that text"),
 };
 constexpr commandArgument frameLinkArgs[] = {
-    itemIn(0, uidRef, "the frame"), itemOut(1, pascal, "key"),  itemOut(2, pascal, "name of the link"),
-    itemOut(3, pascal, "style"),    itemOut(4, pascal, "rule"), itemOut(5, pascal, "search criteria"),
+    itemIn(0, uidRef, "the frame"),
+    itemOut(1, pascal, "key"),
+    itemOut(2, pascal, "name of the link"),
+    itemOut(3, pascal, "style"),
+    itemOut(4, pascal, "rule"),
+    itemOut(5, pascal, "search criteria"),
     itemOut(6, pascal, "notes"),
+    itemIn(7, u8, "1 gives the frame's text too"),
+    itemOut(8, string, "that text"),
 };
 constexpr commandArgument frameKeyArgs[] = {
     itemIn(0, uidRef, "the frame; none for the selection"),
     itemIn(1, pascal, "the key"),
 };
 constexpr commandArgument frameRecordArgs[] = {itemIn(0, uidRef, "the frame"), itemIn(1, u32, "the record's number")};
-constexpr commandArgument findFrameArgs[] = {
-    itemIn(0, uidRef, "the document"),
-    itemIn(1, string, "name of the frame"),
-    itemIn(2, i32, "page, from 1"),
-    itemOut(3, uidRef, "the first frame of that name"),
-};
-constexpr commandArgument setNameArgs[] = {itemIn(0, uidRef, "the frame"), itemIn(1, string, "name; empty for none")};
-constexpr commandArgument getNameArgs[] = {itemIn(0, uidRef, "the frame"), itemOut(1, string, "its name")};
 constexpr commandArgument applyArgs[] = {
-    itemIn(0, uidList, "page items"), itemIn(1, pascal, "key"), itemIn(2, pascal, "name of the link"),
-    itemIn(3, pascal, "style"),       itemIn(4, u8, "locked"),  itemIn(5, u32, "the record's number"),
+    itemIn(0, uidList, "page items"),    itemIn(1, pascal, "name of the link"),
+    itemIn(2, pascal, "style"),          itemIn(3, pascal, "rule"),
+    itemIn(4, u8, "the link is locked"), itemIn(5, u32, "the record's number, which becomes the key; 1 when not given"),
 };
 constexpr commandArgument itemsArgs[] = {itemIn(0, uidList, "page items")};
-constexpr commandArgument selectionArgs[] = {flagIn(0, "what is listed"), itemOut(0, uidList, "the selected items")};
-constexpr commandArgument selectArgs[] = {
-    itemIn(0, uidList, "page items"),
-    flagIn(0, "what is selected"),
-    itemOut(1, u16, "whether it was done"),
-};
 constexpr commandArgument linkTypeArgs[] = {
     itemIn(0, uidRef, "the frame"),
     itemOut(1, i16, "type of its link; 1 when it has none"),
@@ -250,34 +278,6 @@ constexpr commandArgument markerArgs[] = {
     itemIn(1, u32, "number of the record"),
     itemIn(2, u16, "a parameter of the fetch"),
 };
-constexpr commandArgument pdfPageArgs[] = {
-    itemIn(0, uidRef, "the frame"),
-    itemIn(1, i32, "the page"),
-    itemIn(2, i32, "an option"),
-    itemIn(3, i32, "an option"),
-};
-constexpr commandArgument controlKindArgs[] = {
-    itemIn(0, uidRef, "the frame"),
-    itemOut(1, u16, "it is a control frame"),
-    itemOut(2, u16, "of this kind"),
-};
-constexpr commandArgument listedArgs[] = {itemIn(0, u32, "number of a page item"), itemOut(1, u16, "its flag")};
-constexpr commandArgument variableArgs[] = {
-    itemIn(0, uidRef, "the frame"),
-    itemOut(1, u16, "1 when it is marked as pass-through"),
-};
-constexpr commandArgument listFramesArgs[] = {
-    itemIn(0, uidRef, "the document"),
-    itemOut(1, uidList, "all control frames"),
-};
-constexpr commandArgument filterFramesArgs[] = {
-    itemIn(0, uidList, "control frames"),
-    itemIn(1, u16, "kind"),
-    itemIn(2, i32, "first page"),
-    itemIn(3, i32, "last page"),
-    itemOut(4, uidList, "those of the kind and pages"),
-};
-constexpr commandArgument groupPictureArgs[] = {itemIn(0, uidRef, "the document"), itemOut(1, u32, "how many went")};
 constexpr commandArgument hasLinksArgs[] = {
     itemIn(0, uidRef, "the document; the one in front when not given"),
     itemOut(1, u16, "1 when it has a link"),
@@ -301,26 +301,16 @@ constexpr commandRow rows[] = {
     {553, "kKelvaneCmdSetFrameKey", price, second, nullptr, frameKeyArgs, "Sets the key of a frame's links."},
     {1216, "kKelvaneCmdSetFrameRecordKey", merge, second, nullptr, frameRecordArgs,
      "Makes a record's number the key of a frame's links."},
-    {1217, "kKelvaneCmdFindNamedFrame", any, second, nullptr, findFrameArgs, "Finds a frame by its name."},
-    {1218, "kKelvaneCmdSetFrameName", any, second, setFrameName, setNameArgs, "Names a frame."},
-    {1219, "kKelvaneCmdGetFrameName", any, second, getFrameName, getNameArgs, "Name of a frame."},
     {592, "kKelvaneCmdGetTextLink", price, second, getTextLink, textLinkArgs, "The next link of a story; 1 for none."},
     {597, "kKelvaneCmdGetTextLink", merge, second, getTextLink, textLinkArgs, "The next link of a story; 1 for none."},
     {591, "kKelvaneCmdGetFrameLink", price, second, getFrameLink, frameLinkArgs, "The link of a frame; 1 for none."},
     {598, "kKelvaneCmdGetFrameLink", merge, second, getFrameLink, frameLinkArgs, "The link of a frame; 1 for none."},
-    {582, "kKelvaneCmdApplyTagToSelection", any, second, nullptr, applyArgs, "Makes page items a link, as a group."},
-    {583, "kKelvaneCmdRemoveTagFromSelection", any, second, nullptr, itemsArgs, "Takes the link off page items."},
-    {580, "kKelvaneCmdGetSelection", any, second, nullptr, selectionArgs, "The selected page items."},
-    {581, "kKelvaneCmdSetSelection", any, second, nullptr, selectArgs, "Selects page items."},
+    {582, "kKelvaneCmdApplyTagToSelection", any, second, applyTagToItems, applyArgs,
+     "Makes page items links, in one step."},
+    {583, "kKelvaneCmdRemoveTagFromSelection", any, second, removeTagFromItems, itemsArgs,
+     "Takes the links off page items, in one step."},
     {1278, "kKelvaneCmdGetFrameLinkType", any, second, getFrameLinkType, linkTypeArgs, "Type of a frame's link."},
     {1275, "kKelvaneCmdExpandFieldMarkers", any, second, nullptr, markerArgs, "Fills the field markers of a text."},
-    {1279, "kKelvaneCmdSetPdfPage", any, second, nullptr, pdfPageArgs, "Sets the page of a PDF link."},
-    {1406, "kKelvaneCmdGetControlFrameKind", any, second, nullptr, controlKindArgs, "Is a frame a control frame?"},
-    {1407, "kKelvaneCmdGetListedFlag", any, second, nullptr, listedArgs, "Flag of an item in the run's list."},
-    {587, "kKelvaneCmdIsVariableFrame", any, second, isVariableFrame, variableArgs, "Is a frame marked?"},
-    {588, "kKelvaneCmdListControlFrames", any, second, nullptr, listFramesArgs, "All control frames of a document."},
-    {589, "kKelvaneCmdFilterControlFrames", any, second, nullptr, filterFramesArgs, "Control frames of a kind."},
-    {59, "kKelvaneCmdDeleteGroupPictures", any, second, nullptr, groupPictureArgs, "Removes group pictures."},
     {548, "kKelvaneCmdHasLinks", any, second, hasLinks, hasLinksArgs, "Has a document any link?"},
     {568, "kKelvaneCmdCollectLinkKeys", any, second, collectLinkKeys, keysArgs, "The keys of a document's links."},
     {1233, "kKelvaneCmdConvertTags", price, second, nullptr, convertArgs, "Turns text tags into links and back."},

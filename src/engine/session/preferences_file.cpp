@@ -139,7 +139,7 @@ void loadPreferences() {
 
 void savePreferences() {
     const std::string path = preferencesPath();
-    if (path.empty() || isProtected(path)) return;
+    if (session().prefsAreTemporary != 0 || path.empty() || isProtected(path)) return;
     const auto* const bytes = reinterpret_cast<const char*>(&appPrefs());
     static_cast<void>(fileWriteWhole(path.c_str(), {bytes, sizeof(appPrefsRec)}, 0));
 }

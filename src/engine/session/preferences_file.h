@@ -30,7 +30,8 @@ void settleDataFolder(std::string_view applicationFolder, std::string_view roami
 void loadPreferences();
 
 /// Writes the file through a temporary one. A failure is silent, and so is a file that is write-protected: the settings
-/// of this session hold, and the file stays as it was. Does nothing while the session has no data folder.
+/// of this session hold, and the file stays as it was. Does nothing while the session has no data folder, or its
+/// preferences are temporary.
 void savePreferences();
 
 }  // namespace tarnova

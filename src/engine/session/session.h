@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -106,6 +107,19 @@ struct reportOrderRec {
     std::uint32_t position = 0;  // in the list of the kind
 };
 
+// Values of assetMemoRec::assetKind.
+inline constexpr std::uint32_t assetKindFile = 0;  // a picture or a text
+inline constexpr std::uint32_t assetKindDocument = 1;
+inline constexpr std::uint32_t assetKindMaster = 2;  // a master spread of the document
+inline constexpr std::uint32_t assetKindGenerated = 3;
+
+/// What a search for a picture or article came to.
+struct assetMemoRec {
+    PMString assetPath;  // empty: it isn't there
+    std::uint32_t assetKind = assetKindFile;
+    std::uint16_t assetEncoding = 0;  // in which the name was given: 0 that of the data, 1 UTF-8
+};
+
 /// Notes of a run, kept behind its end for the reports; resetRunLists empties them at the next start.
 struct runListsRec {
     std::vector<fontNoteRec> fontsInUse;
@@ -113,7 +127,8 @@ struct runListsRec {
     std::vector<pictureNoteRec> missingPictures;  // damaged ones as well
     std::vector<reportOrderRec> reportOrder;      // of all notes, as they came
     std::vector<std::array<PMString, assetTextCount>> assetList;
-    std::uint32_t signatureTable[signatureCapacity] = {};  // 0: a free slot; a value is stored once
+    std::map<std::string, assetMemoRec, std::less<>> assetMemo;  // by the name as the data gave it
+    std::uint32_t signatureTable[signatureCapacity] = {};        // 0: a free slot; a value is stored once
     // Status words that a driver updates at each tick. `jobPercent` is 100 when a run ended.
     std::uint32_t jobValue = 0;
     std::uint32_t jobPercent = 0;
@@ -204,10 +219,10 @@ struct commandStateRec {
     // Caller and number of a command that is answered when the host has done its part.
     std::uint32_t deferredCommand = 0;
     std::uint32_t deferredSignature = 0;
-    std::uint32_t announcedCount = 0;       // of the module that command 569 announces
-    std::uint8_t priceFlag = 0;             // second flag of command 1272
-    std::uint8_t priceDocumentFlag = 0;     // given out by command 1256
-    std::uint8_t engineOpenedFileSet = 0;   // the document watch leaves `engineOpenedFile` alone
+    std::uint32_t announcedCount = 0;      // of the module that command 569 announces
+    std::uint8_t priceFlag = 0;            // second flag of command 1272
+    std::uint8_t priceDocumentFlag = 0;    // given out by command 1256
+    std::uint8_t engineOpenedFileSet = 0;  // the document watch leaves `engineOpenedFile` alone
     IDFile engineOpenedFile;
     // What an arming command hands to the driver.
     IDFile armedFile;
@@ -239,6 +254,9 @@ struct sessionRec : toolkitStateRec,
 
     std::string dataFolder;            // of the preferences, definitions and index files, UTF-8; empty: nothing is kept
     std::uint8_t dataFolderInApp = 0;  // it lies below the application's folder
+    std::uint8_t prefsAreTemporary = 0;   // settings hold for this session alone and are never saved
+    std::array<PMString, 12> monthNames;  // in the host's language, read at the start
+    std::uint8_t languageIsEnglish = 0;   // the host speaks English
     /// Reads the kinds of the rule attributes of a page from the rules module; false when that fails. Null without the
     /// module.
     bool (*readPageRuleKinds)(UIDRef page, std::vector<std::int32_t>& outKinds) = nullptr;

@@ -241,7 +241,8 @@ errorWord fileReadWhole(const char* path, std::string& out, std::size_t maxBytes
 
 errorWord fileWriteWhole(const char* path, std::string_view bytes, errorWord priorError) {
     if (priorError != 0) return priorError;
-    const std::string temporary = std::string(path) + ".new";
+    // Of this process alone: two programs that write the file at a time must not meet in it.
+    const std::string temporary = std::string(path) + "." + std::to_string(::getpid()) + ".new";
     errorWord err = fileDelete(temporary.c_str(), nullptr, 0);
     if (err != 0) return err;
     const int descriptor = createBeside(temporary.c_str(), path);

@@ -108,6 +108,10 @@ void setStringLanguage(std::string_view language) {
     state().table.reset();
 }
 
+std::string stringLanguage() {
+    return state().language;
+}
+
 std::string_view stringOfKey(std::string_view key) {
     const auto found = table().find(withoutHexPrefix(key));
     return found == table().end() ? key : std::string_view(found->second);

@@ -19,6 +19,8 @@ std::string resourceFolder();
 
 /// Language of the texts, "en-US" at first. The texts are read anew.
 void setStringLanguage(std::string_view language);
+/// The language in use.
+std::string stringLanguage();
 
 /// The text of a key; the key itself when it has none. A hexadecimal prefix in front of the key ("0x1B9E00k...") is not
 /// part of it. Valid as long as `key` and until the texts are read anew.

@@ -26,6 +26,16 @@ bool isSameFile(const std::string& one, const std::string& other) {
            std::filesystem::absolute(other, code).lexically_normal();
 }
 
+/// A selection without a range counts as one inside.
+bool rangeIsInside(const DocumentModel& document, const selectionRec& selection) {
+    if (selection.story == kInvalidUID) return true;
+    const std::vector<UID> stories = document.stories();
+    if (std::find(stories.begin(), stories.end(), selection.story) == stories.end()) return false;
+    const std::int32_t length = document.totalLength(selection.story);
+    const textSpanRec& range = selection.range;
+    return range.start >= 0 && range.length >= 0 && range.start <= length && range.length <= length - range.start;
+}
+
 std::string reasonOf(const layoutError& error) {
     return error.line == 0 ? error.message : "Line " + std::to_string(error.line) + ": " + error.message;
 }
@@ -36,7 +46,7 @@ DocumentModel& OpenDocuments::add(std::unique_ptr<DocumentModel> document, bool 
     document->setComposer(composer);
     DocumentModel& added = *document;
     const auto behind = withWindow ? documents.end() : documents.begin();
-    documents.insert(behind, OpenDocument{std::move(document), withWindow});
+    documents.insert(behind, OpenDocument{std::move(document), withWindow, {}});
     return added;
 }
 
@@ -161,6 +171,30 @@ errorWord OpenDocuments::documentShowWindow(UIDRef document) {
     const Place place = placeOf(document);
     if (place == documents.end()) return failNotOpen();
     if (!place->hasWindow) showInFront(place);
+    return 0;
+}
+
+selectionRec OpenDocuments::selection(UIDRef document) const {
+    const Place place = placeOf(document);
+    if (place == documents.end()) return {};
+    selectionRec selected = place->selected;
+    const DocumentModel& model = *place->document;
+    std::erase_if(selected.items, [&model](UID item) { return !model.itemExists(item); });
+    if (!rangeIsInside(model, selected)) selected.story = kInvalidUID;
+    return selected;
+}
+
+errorWord OpenDocuments::select(UIDRef document, const selectionRec& selection) {
+    const Place place = placeOf(document);
+    if (place == documents.end()) return failNotOpen();
+    const DocumentModel& model = *place->document;
+    for (const UID item : selection.items)
+        if (!model.itemExists(item)) return fail("There is no page item " + std::to_string(item) + " to be selected.");
+    if (!rangeIsInside(model, selection))
+        return fail("The range doesn't lie in story " + std::to_string(selection.story) + ".");
+    if (selection.cells.table != kInvalidUID && model.rowCount(selection.cells.table) == 0)
+        return fail("There is no table " + std::to_string(selection.cells.table) + ".");
+    documents[static_cast<std::size_t>(place - documents.begin())].selected = selection;
     return 0;
 }
 

@@ -36,12 +36,15 @@ class OpenDocuments final : public DocumentHost {
     errorWord documentClose(UIDRef document) override;
     bool documentHasWindow(UIDRef document) const override;
     errorWord documentShowWindow(UIDRef document) override;
+    selectionRec selection(UIDRef document) const override;
+    errorWord select(UIDRef document, const selectionRec& selection) override;
     const std::string& lastFailure() const override { return failure; }
 
  private:
     struct OpenDocument {
         std::unique_ptr<DocumentModel> document;
         bool hasWindow;
+        selectionRec selected;
     };
     using Place = std::vector<OpenDocument>::const_iterator;
 

@@ -15,30 +15,15 @@
 #include "engine/session/preferences_file.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 #include "tests/engine/toolkit/temp_folder.h"
 
 namespace tarnova {
-
-class AlertList final : public AlertService {
- public:
-    int ask(const alertRec& alert) override {
-        shown.push_back(alert);
-        return alert.defaultButton;
-    }
-    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
-    void openStatus(const std::string&) override {}
-    void moveStatus(int) override {}
-    void closeStatus() override {}
-    void showStatusDetail() override {}
-
-    std::vector<alertRec> shown;
-};
 
 class CommandTest : public ::testing::Test {
  protected:
     void SetUp() override {
         sessionReset();
-        installAlertService(&alerts);
         settleDataFolder(home.path("app"), home.path("roaming"));
         loadPreferences();
         ASSERT_EQ(openDefinitionStore(0), 0);
@@ -47,7 +32,6 @@ class CommandTest : public ::testing::Test {
     }
     void TearDown() override {
         dataSourceCloseAll();
-        installAlertService(nullptr);
         sessionReset();
     }
 
@@ -94,7 +78,7 @@ class CommandTest : public ::testing::Test {
     static constexpr const char* customersData = "Code,City\nA1,Graz\nB2,M\u00fcnchen\nC3,\n";
 
     TempFolder home;
-    AlertList alerts;
+    RecordingAlerts alerts;
     ZavoKelvaneModule door;
     commandBlock block{};
     commandReply reply{};

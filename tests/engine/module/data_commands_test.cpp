@@ -84,8 +84,6 @@ TEST_F(DataCommands, FieldValues) {
     EXPECT_EQ(fieldValue("City", 1, "", -6015), "(none)");
     session().currentDefName[0] = 0;
     EXPECT_EQ(fieldValue("City", 1, "", -6002), "(none)");
-    args.flag0 = 1;
-    EXPECT_EQ(send(525), -1) << "pictures aren't looked for";
 }
 
 TEST_F(DataCommands, WindowsBytesComeOutAsUtf8) {

@@ -10,29 +10,13 @@
 
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 #include "tests/engine/toolkit/temp_folder.h"
 
 namespace tarnova {
 namespace {
 
 constexpr const char* filePath = "Tarnova/Config/Ostreon Tag Display.prf";
-
-class CountingAlerts final : public AlertService {
- public:
-    CountingAlerts() { installAlertService(this); }
-    ~CountingAlerts() override { installAlertService(nullptr); }
-    int ask(const alertRec& alert) override {
-        numbers.push_back(alert.number);
-        return alert.defaultButton;
-    }
-    pictureAnswer askPicture(const pictureProblemRec&, std::string&) override { return pictureAnswer::goOn; }
-    void openStatus(const std::string&) override {}
-    void moveStatus(int) override {}
-    void closeStatus() override {}
-    void showStatusDetail() override {}
-
-    std::vector<int> numbers;
-};
 
 class PreferencesFile : public ::testing::Test {
  protected:
@@ -55,7 +39,7 @@ class PreferencesFile : public ::testing::Test {
     }
 
     TempFolder home;
-    CountingAlerts alerts;
+    RecordingAlerts alerts;
 };
 
 TEST_F(PreferencesFile, IsTheRecordAndComesBackWhole) {
@@ -68,7 +52,7 @@ TEST_F(PreferencesFile, IsTheRecordAndComesBackWhole) {
     EXPECT_EQ(appPrefs().rangeStep, 7U);
     EXPECT_EQ(appPrefs().reserved8616, 99) << "reserved bytes are kept";
     EXPECT_EQ(file(), written) << "a good file isn't written again";
-    EXPECT_TRUE(alerts.numbers.empty());
+    EXPECT_TRUE(alerts.shown.empty());
 }
 
 TEST_F(PreferencesFile, WhatIsNoFileOfOursGivesDefaults) {
@@ -98,12 +82,12 @@ TEST_F(PreferencesFile, WhatIsNoFileOfOursGivesDefaults) {
     };
     for (const testRow& row : rows) {
         start();
-        alerts.numbers.clear();
+        alerts.shown.clear();
         write(row.bytes);
         loadPreferences();
         EXPECT_EQ(appPrefs().rangeStep, row.taken ? 7U : 1U) << row.name;
         EXPECT_EQ(appPrefs().loadStamp, row.taken ? 0U : 1453102303U) << row.name;
-        EXPECT_EQ(alerts.numbers, row.shown) << row.name;
+        EXPECT_EQ(alerts.numbers(), row.shown) << row.name;
         const auto* const live = reinterpret_cast<const char*>(&appPrefs());
         EXPECT_EQ(file(), row.taken ? row.bytes : std::string(live, sizeof(appPrefsRec))) << row.name;
     }
@@ -144,7 +128,7 @@ TEST_F(PreferencesFile, AFileThatCantBeWrittenIsLeftAndNothingIsSaid) {
     settleDataFolder(home.path("app"), path);
     loadPreferences();
     savePreferences();
-    EXPECT_TRUE(alerts.numbers.empty());
+    EXPECT_TRUE(alerts.shown.empty());
     EXPECT_EQ(appPrefs().rangeStep, 1U);
 }
 

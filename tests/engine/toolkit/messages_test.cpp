@@ -4,47 +4,16 @@
 
 #include "engine/toolkit/pstring.h"
 #include "engine/toolkit/toolkit_state.h"
+#include "tests/engine/toolkit/recording_alerts.h"
 #include "tests/engine/toolkit/temp_folder.h"
 
 namespace tarnova {
 namespace {
 
-// Notes what it is asked to show and answers as told.
-class RecordingService final : public AlertService {
- public:
-    int ask(const alertRec& alert) override {
-        alerts.push_back(alert);
-        wasShown = showAlerts();
-        return answer;
-    }
-    pictureAnswer askPicture(const pictureProblemRec& problem, std::string& chosenPath) override {
-        problems.push_back(problem);
-        chosenPath = path;
-        return picture;
-    }
-    void openStatus(const std::string& text) override { status += "open " + text + ";"; }
-    void moveStatus(int percent) override { status += std::to_string(percent) + ";"; }
-    void closeStatus() override { status += "close;"; }
-    void showStatusDetail() override { status += "detail;"; }
-
-    std::vector<alertRec> alerts;
-    std::vector<pictureProblemRec> problems;
-    int answer = 1;
-    pictureAnswer picture = pictureAnswer::goOn;
-    std::string path, status;
-    bool wasShown = false;
-};
-
 class Messages : public testing::Test {
  protected:
-    void SetUp() override {
-        installToolkitState(&state_);
-        installAlertService(&service_);
-    }
-    void TearDown() override {
-        installToolkitState(nullptr);
-        installAlertService(nullptr);
-    }
+    void SetUp() override { installToolkitState(&state_); }
+    void TearDown() override { installToolkitState(nullptr); }
     const std::uint8_t* text(std::string_view s) {
         pstrSet(text_, s);
         return text_;
@@ -53,10 +22,10 @@ class Messages : public testing::Test {
         pstrSet(param_, s);
         return param_;
     }
-    std::string shown() const { return service_.alerts.empty() ? "(nothing)" : service_.alerts.back().text; }
+    std::string shown() const { return service_.shown.empty() ? "(nothing)" : service_.shown.back().text; }
 
     toolkitStateRec state_;
-    RecordingService service_;
+    RecordingAlerts service_;
     Str255 text_ = {}, param_ = {};
 };
 
@@ -65,7 +34,7 @@ TEST_F(Messages, NumbersOutsideTheTablesShowNothing) {
         reportError(nullptr, number);
         EXPECT_EQ(reportErrorParams(nullptr, number, param("x")), 0) << number;
     }
-    EXPECT_TRUE(service_.alerts.empty());
+    EXPECT_TRUE(service_.shown.empty());
     Str255 out = {3, 'o', 'l', 'd'};
     messageText(out, 0);
     EXPECT_EQ(out[0], 0);
@@ -98,13 +67,13 @@ TEST_F(Messages, TheSurfaceReportsAndClears) {
     pstrSet(state_.pendingErrorParam, "cards.csv");
     surfaceError();
     EXPECT_NE(shown().find("\"cards.csv\""), std::string::npos) << shown();
-    EXPECT_EQ(service_.alerts.back().key, "kZavoErrStr64Key");
+    EXPECT_EQ(service_.shown.back().key, "kZavoErrStr64Key");
     EXPECT_EQ(state_.engineError, 0);
     EXPECT_EQ(state_.pendingErrorParam[0], 0);
     surfaceError();
     state_.engineError = errorOfCode(-5);  // a code of the file layer has no text
     surfaceError();
-    EXPECT_EQ(service_.alerts.size(), 1u);
+    EXPECT_EQ(service_.shown.size(), 1u);
     EXPECT_EQ(state_.engineError, 0);
 }
 
@@ -121,9 +90,9 @@ TEST_F(Messages, UnattendedErrorsGoToTheLog) {
         state_.unattended = unattended;
         state_.showAlertsUnattended = show;
         state_.runLogPath = folder.path(name);
-        service_.alerts.clear();
+        service_.shown.clear();
         reportErrorString(PMString("oops"));
-        EXPECT_EQ(service_.alerts.size(), alerts) << name;
+        EXPECT_EQ(service_.shown.size(), alerts) << name;
         EXPECT_EQ(folder.bytesOf(name), log);
     }
 }
@@ -141,15 +110,16 @@ TEST_F(Messages, AlertsShowEvenWhenTheyAreOff) {
 }
 
 TEST_F(Messages, ChoicesNameTheirButtons) {
+    service_.answer = 1;
     EXPECT_TRUE(askChoice(text("Replace ^1?"), true, 2, param("it")));
-    const alertRec yesNo = service_.alerts.back();
+    const alertRec yesNo = service_.shown.back();
     EXPECT_EQ(yesNo.text, "Replace it?");
     EXPECT_EQ(yesNo.buttons, (std::vector<std::string>{"Yes", "No"}));
     EXPECT_EQ(yesNo.defaultButton, 2);
     service_.answer = 2;
     EXPECT_FALSE(askChoiceKey("kZavoRulesDisabledWarningKey", false, 1));
-    EXPECT_EQ(service_.alerts.back().buttons, (std::vector<std::string>{"Continue", "Abort"}));
-    EXPECT_EQ(service_.alerts.back().key, "kZavoRulesDisabledWarningKey");
+    EXPECT_EQ(service_.shown.back().buttons, (std::vector<std::string>{"Continue", "Abort"}));
+    EXPECT_EQ(service_.shown.back().key, "kZavoRulesDisabledWarningKey");
     EXPECT_NE(shown(), "kZavoRulesDisabledWarningKey");
     installAlertService(nullptr);
     EXPECT_FALSE(askChoice(PMString("Go?"), true, 2)) << "the silent service takes the default";
