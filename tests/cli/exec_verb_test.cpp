@@ -141,32 +141,6 @@ TEST_F(ExecVerb, DeepAndLongLinesAreSurvived) {
     EXPECT_EQ(at(3, "/result"), "0");
 }
 
-TEST_F(ExecVerb, FieldsOfADataFileAreRead) {
-    std::vector<std::string> lines = customers();
-    lines.insert(
-        lines.end(),
-        {R"({"command":525,"reply":{"text":"City"},"args":{"num0":2},"out":["item0"]})",
-         R"({"command":525,"reply":{"text":"City"},"args":{"text0":"C3"},"out":["item0"]})",
-         R"({"command":525,"reply":{"text":"Town"},"args":{"num0":2},"out":["item0"]})",
-         R"({"command":1208,"args":{"item0":4,"item1":"City"},"out":["item4"]})",
-         R"({"command":1258,"args":{"item0":"Code"},"out":["item1"]})",
-         R"({"command":1234,"args":{"item0":[[["Code",""],["City",""]]],"item1":1,"item2":2},"out":["item3"]})",
-         R"({"host":"session","fields":["currentDefName","unattended"]})"});
-    EXPECT_EQ(exec(lines), 0) << messages;
-    ASSERT_EQ(answers.size(), lines.size());
-    EXPECT_EQ(at(3, "/items/item1"), "3");
-    EXPECT_EQ(at(5, "/items/item0"), "\"M\u00fcnchen\"");
-    EXPECT_EQ(at(5, "/args/num0"), "8");
-    EXPECT_EQ(at(6, "/items/item0"), "\"Wien\"");
-    EXPECT_EQ(at(7, "/reply/status"), "-6006");
-    EXPECT_EQ(at(7, "/items/item0"), "null");
-    EXPECT_EQ(at(8, "/reply/status"), "-6042");
-    EXPECT_EQ(at(9, "/items/item1"), R"(["A1","B2","C3"])");
-    EXPECT_EQ(at(10, "/items/item3"), "[\"A1Graz\",\"B2M\u00fcnchen\"]");
-    EXPECT_EQ(at(11, "/currentDefName"), "\"Customers\"");
-    EXPECT_EQ(at(11, "/unattended"), "0");
-}
-
 TEST_F(ExecVerb, MergesAJobIntoTheDocument) {
     std::vector<std::string> lines = customers();
     const std::size_t first = lines.size();
@@ -201,48 +175,6 @@ TEST_F(ExecVerb, MergesAJobIntoTheDocument) {
     EXPECT_EQ(at(first + 15, "/reply/status"), "-6005");
 }
 
-TEST_F(ExecVerb, ArmingAndRunningGiveTheirCodes) {
-    std::vector<std::string> lines = customers();
-    const std::size_t first = lines.size();
-    const std::string arm = R"({"command":508,"args":{"item0":{"document":1}}})";
-    lines.insert(lines.end(),
-                 {R"({"host":"new","pages":2})", R"({"command":508})", R"({"command":1212})", arm,
-                  R"({"command":1210})", R"({"command":1212})",
-                  R"({"command":243,"reply":{"driverId":11001,"driverName":"PPML","driverModule":"AqmD"}})", arm,
-                  R"({"command":1210})", arm, R"({"command":506,"args":{"item0":9,"item1":9}})", R"({"command":1212})",
-                  R"({"command":1400,"module":"Tallyra"})", R"({"host":"session","fields":["armedState"]})",
-                  R"({"command":560})"});
-    EXPECT_EQ(exec(lines), 0) << messages;
-    const char* const codes[] = {"(none)", "-6024", "-6022", "0",     "-6021", "-6022",  "0",    "0",
-                                 "-1",     "0",     "0",     "-6020", "0",     "(none)", "-6023"};
-    ASSERT_EQ(answers.size(), first + std::size(codes));
-    for (std::size_t i = 0; i < std::size(codes); ++i)
-        EXPECT_EQ(at(first + i, "/reply/status"), codes[i]) << lines[first + i] << " " << answers[first + i];
-    EXPECT_EQ(at(first + 13, "/armedState"), "0") << "a refused run disarms";
-    EXPECT_EQ(at(first + 14, "/result"), "-1");
-}
-
-TEST_F(ExecVerb, OddDataFilesGiveTheirStatus) {
-    write("customers.ddf", customersDdf);
-    write("wide.csv", std::string("\xFF\xFE", 2) + std::string("C\0o\0d\0e\0\n\0", 10));
-    write("broken.csv", "Code,City\nA1,K\xF6ln\n");
-    const std::string import = R"({"command":1405,"args":{"item0":"customers.ddf"}})";
-    const std::string choose = R"({"command":1207,"args":{"item1":"Customers"}})";
-    const std::string wide = R"({"command":1209,"args":{"item0":"wide.csv"}})";
-    const std::string broken = R"({"command":1209,"args":{"item0":"broken.csv"}})";
-    const std::string show = R"({"command":1213,"args":{"item0":1}})";
-    const std::string refuse = R"({"host":"answers","queue":[1]})";
-    exec({import, choose, wide, broken, show, refuse, wide, refuse, broken,
-          R"({"command":1209,"args":{"item0":"no"}})"});
-    ASSERT_EQ(answers.size(), 10U);
-    EXPECT_EQ(at(2, "/reply/status"), "-6053") << answers[2];
-    EXPECT_EQ(at(3, "/reply/status"), "-6055") << answers[3];
-    EXPECT_EQ(at(6, "/reply/status"), "-6066") << answers[6];
-    EXPECT_EQ(at(8, "/reply/status"), "-6068") << answers[8];
-    EXPECT_EQ(at(9, "/reply/status"), "-6018");
-    EXPECT_EQ(at(9, "/alerts/0/number"), "31");
-}
-
 TEST_F(ExecVerb, PreferencesByNameAndOffset) {
     EXPECT_EQ(exec({R"({"host":"prefs","get":["framesFirst","rangeStep","8627:u8","numberingPad"]})",
                     R"({"host":"prefs","set":{"framesFirst":0,"22152:u32":7},"get":["framesFirst","rangeStep"]})",
@@ -265,31 +197,6 @@ TEST_F(ExecVerb, RecordsMayBeLeftOut) {
     EXPECT_EQ(at(1, "/args"), "null");
     EXPECT_EQ(at(2, "/items/item1"), "0");
     EXPECT_EQ(at(3, "/result"), "0");
-}
-
-TEST_F(ExecVerb, LinksAreMadeAndRead) {
-    std::vector<std::string> lines = customers();
-    const std::size_t first = lines.size();
-    lines.insert(lines.end(),
-                 {R"({"host":"describe","document":1,"what":"stories"})", R"({"command":548,"out":["item1"]})"});
-    EXPECT_EQ(exec(lines), 0) << messages;
-    const std::string story = at(first, "/stories/0/uid");
-    EXPECT_EQ(at(first + 1, "/items/item1"), "1");
-    const std::string ref = R"("item0":{"document":1,"uid":)" + story + "}";
-    lines.insert(lines.end(), {R"({"command":597,"args":{)" + ref + R"(},"out":["item2","item3","item8"]})",
-                               R"({"command":1271,"args":{)" + ref +
-                                   R"(,"item1":0,"item2":2,"item3":"2","item4":"Code","item8":true}})",
-                               R"({"command":597,"args":{)" + ref + R"(},"out":["item2","item3","item8","item9"]})",
-                               R"({"command":1271,"args":{"item0":{"document":1,"uid":999999},"item1":0,"item2":2}})",
-                               R"({"command":597,"args":{)" + ref + R"(,"item1":9999}})",
-                               R"({"command":568,"args":{"item1":", ","item2":1},"out":["item0"]})"});
-    EXPECT_EQ(exec(lines), 0) << messages;
-    EXPECT_EQ(at(first + 2, "/items/item3"), "\"City\"") << answers[first + 2];
-    EXPECT_EQ(at(first + 3, "/reply/status"), "0");
-    EXPECT_EQ(at(first + 4, "/items"), R"({"item2":"2","item3":"Code","item8":0,"item9":2})");
-    EXPECT_EQ(at(first + 5, "/reply/status"), "-6005");
-    EXPECT_EQ(at(first + 6, "/reply/status"), "1");
-    EXPECT_EQ(at(first + 7, "/items/item0"), "\"2, 1\"");
 }
 
 TEST_F(ExecVerb, StartsAndListsAndSaysWhyNot) {

@@ -51,32 +51,6 @@ class CommandTest : public ::testing::Test {
         return send(number);
     }
 
-    /// Makes the definition "Customers" current: comma file, UTF-8, key field Code, links Code, City and Nowhere, whose
-    /// field the definition doesn't have.
-    void useCustomers() {
-        IDFile ddf(home.file("customers.ddf", customersDdf));
-        ASSERT_EQ(send(1405, {&ddf}), 0);
-        Str255 name;
-        pstrSet(name, "Customers");
-        ASSERT_EQ(send(1207, {nullptr, name}), 0);
-    }
-    /// The same with a data file of three records behind a header; the last has no city.
-    void openCustomers() {
-        useCustomers();
-        IDFile data(home.file("customers.csv", customersData));
-        std::uint32_t count = 0;
-        ASSERT_EQ(send(1209, {&data, &count}), 0);
-        ASSERT_EQ(count, 3U);
-    }
-
-    static constexpr const char* customersDdf =
-        "\"Customers\" recordDefinition; TARNOVAJNT signature; 1:\"Code\", 2:\"City\" fieldName; \"Code\" keyField;\n"
-        "1 dataType; 1 fileType; 2 osType; TRUE \"\\\"\" textQualifier;\n"
-        "\"City\" extractionRecord; \"City\" field; 2 nodata; 1 deleteline; \"Dear \" prefix; \"of \\\"A\\\"\" notes;\n"
-        "\"Code\" extractionRecord; \"Code\" field; 1 type;\n"
-        "\"Nowhere\" extractionRecord; \"Country\" field;\n";
-    static constexpr const char* customersData = "Code,City\nA1,Graz\nB2,M\u00fcnchen\nC3,\n";
-
     TempFolder home;
     RecordingAlerts alerts;
     ZavoKelvaneModule door;

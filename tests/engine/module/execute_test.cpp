@@ -42,35 +42,6 @@ TEST_F(Execute, StagesAndMissingRecords) {
     EXPECT_EQ(session().engineMode, modeMerge);
 }
 
-TEST_F(Execute, ModesAttachAndSwitch) {
-    ZavoTallyraModule priceDoor;
-    EXPECT_EQ(send(545), 0);
-    EXPECT_EQ(reply.isSubset, 0);
-    EXPECT_EQ(send(1400), 0);
-    EXPECT_EQ(send(1401), 0);
-    EXPECT_EQ(session().engineMode, modeMerge) << "merge mode is attached and price mode wasn't last";
-    EXPECT_EQ(send(545), 0);
-    EXPECT_EQ(reply.isSubset, 1);
-    block = {resultNobodyAnswered, 560, &reply, &args};
-    priceDoor.Execute(block);
-    EXPECT_EQ(session().engineMode, modePrice) << "a command of price mode switches, by either door";
-    EXPECT_EQ(send(1288), 0);
-    EXPECT_EQ(session().engineMode, modePrice) << "a command of no mode doesn't";
-    std::uint16_t mode = 9;
-    EXPECT_EQ(send(1256, {nullptr, &mode}), 0);
-    EXPECT_EQ(mode, modePrice);
-
-    // The next session finds price mode as the one last used.
-    sessionReset();
-    settleDataFolder(home.path("app"), home.path("roaming"));
-    loadPreferences();
-    EXPECT_EQ(send(1401), 0);
-    EXPECT_EQ(session().engineMode, modePrice);
-    EXPECT_EQ(send(506), -6023) << "merge mode isn't attached";
-    EXPECT_EQ(block.result, -1);
-    EXPECT_EQ(session().engineMode, modePrice);
-}
-
 TEST_F(Execute, OutItemsAreClearedAndNullOnesSkipped) {
     PMString text("old");
     std::int32_t number = 5;
@@ -111,12 +82,15 @@ TEST_F(Execute, ErrorIsShownAndClearedAtTheEnd) {
     EXPECT_EQ(home.bytesOf("run.log"), "(no file)") << "a new log begins without the old one's lines";
 }
 
+/// Answers with the command's number and a status.
 class EchoModule final : public IZavoKelvaneModule {
  public:
     void Execute(commandBlock& block) override {
         block.result = 0;
         block.reply->outValue = static_cast<std::int32_t>(block.command) + 1;
+        block.reply->status = status;
     }
+    std::int32_t status = 0;
 };
 
 TEST_F(Execute, BrokerFindsModulesBySignature) {
@@ -132,69 +106,70 @@ TEST_F(Execute, BrokerFindsModulesBySignature) {
     registerModule(signature, &echo);
     EXPECT_EQ(call(), 0);
     EXPECT_EQ(reply.outValue, 42);
+    EXPECT_EQ(send(1400), 0);
+    echo.status = -6046;
+    EXPECT_EQ(send(596), -6046) << "what the rules module answers: no such rule";
+    EXPECT_EQ(reply.outValue, 597);
     registerModule(signature, nullptr);
     EXPECT_EQ(call(), -1018);
-    EXPECT_EQ(send(596), -6050) << "no rules module";
 }
 
-TEST_F(Execute, AnnouncedModulesAreRemembered) {
-    reply.count = 12;
-    for (const std::uint32_t number : {556U, 569U, 585U, 609U, 619U})
-        EXPECT_EQ(send(number), 0);
-    EXPECT_EQ(session().announcedCount, 12U);
-    sessionReset();
-    settleDataFolder(home.path("app"), home.path("roaming"));
-    loadPreferences();
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&appPrefs());
-    for (const std::size_t offset : {19641, 19642, 19646, 19647, 19648, 19649})
-        EXPECT_EQ(bytes[offset], 1) << offset;
-    EXPECT_EQ(bytes[19643], 0);
+TEST_F(Execute, WhatACommandNeedsAndDoesntFind) {
+    EXPECT_EQ(send(1400), 0);
+    EXPECT_EQ(send(1401), 0);
+    std::vector<valueGroup> groups;
+    std::vector<PMString> list;
+    session().currentDefName[0] = 0;
+    for (const std::uint32_t number :
+         {503U, 512U, 525U, 528U, 529U, 559U, 584U, 590U, 593U, 595U, 1209U, 1254U, 1292U, 2025U})
+        EXPECT_EQ(send(number, {}), -6002) << number;
+    EXPECT_EQ(send(1234, {&groups, nullptr, nullptr, &list}), -6002);
+    session().runStage = runStageRunning;
+    session().priceActive = 1;
+    for (const std::uint32_t number : {506U, 508U, 560U, 561U, 610U, 1205U, 1212U})
+        EXPECT_EQ(send(number, {}), -6022) << number;
 }
 
-TEST_F(Execute, VersionsTextsAndFolders) {
-    EXPECT_EQ(send(401), 0);
-    EXPECT_EQ(args.versionMajor, 5U);
-    EXPECT_EQ(args.versionMinor, 12U);
-    const char* version = nullptr;
-    EXPECT_EQ(send(1408, {&version}), 0);
-    EXPECT_STREQ(version, "18.8.0.2");
+// The allocator of blocks that get out of memory at once.
+TEST_F(Execute, WithoutMemoryForItsAnswer) {
     char* folder = nullptr;
     EXPECT_EQ(send(537, {&folder}), 0);
-    const blockPtr<char> owned(folder);
     EXPECT_EQ(folder, session().dataFolder + "/Ostreon Tag Display/TempFiles");
-    EXPECT_TRUE(std::filesystem::is_directory(folder));
-    EXPECT_EQ(send(537, {}), -1);
-    EXPECT_EQ(send(1274), 0);
-    EXPECT_EQ(session().panelsStale, 1);
+    freeBlock(folder);
+    allocatorService service = defaultAllocator();
+    service.allocate = [](std::size_t) -> void* { return nullptr; };
+    installAllocator(&service);
+    EXPECT_EQ(send(537, {&folder}), -6007);
+    installAllocator(nullptr);
 }
 
-TEST_F(Execute, OutputNames) {
-    struct testRow {
-        std::uint16_t position;
-        const char *format, *first, *second, *base, *name;
-    };
-    const testRow rows[] = {
-        {2, "PDF", "1", "50", "mailing", "mailing_1-50.pdf"},    {2, "pdf", "1", "", "mailing", "mailing_1.pdf"},
-        {1, "PostScript", "", "50", "mailing", "50_mailing.ps"}, {3, "PDF", "1", "50", "mailing", "mailing.pdf"},
-        {2, "VIPP", "1", "2", "mailing", "mailing_1-2"},         {2, "None", "1", "2", "mailing", "mailing_1-2"},
-        {2, "something", "1", "2", "mailing", "mailing_1-2"},
-    };
-    for (const testRow& row : rows) {
-        appPrefs().fileAffixPosition = row.position;
-        Str255 format, first, second, name;
-        pstrSet(format, row.format);
-        pstrSet(first, row.first);
-        pstrSet(second, row.second);
-        pstrSet(name, row.base);
-        EXPECT_EQ(send(538, {format, first, second, name}), 0) << row.name;
-        EXPECT_EQ(pstrView(name), row.name);
+TEST_F(Execute, PlacesWithoutARecordHaveNoValue) {
+    IDFile ddf(home.file("c.ddf",
+                         "\"C\" recordDefinition; T signature; 1:\"Code\" fieldName; \"Code\" keyField; 1 "
+                         "fileType; 2 osType; \"Code\" extractionRecord; \"Code\" field;"));
+    IDFile data(home.file("c.csv", "Code\nA1\nB2\n"));
+    Str255 name;
+    pstrSet(name, "C");
+    ASSERT_EQ(send(1400), 0);
+    ASSERT_EQ(send(1405, {&ddf}), 0);
+    ASSERT_EQ(send(1207, {nullptr, name}), 0);
+    ASSERT_EQ(send(1209, {&data}), 0);
+    session().recordList = {1, recordListPad, 0};
+    PMString link("Code"), value;
+    for (const auto& [number, expected] : {std::pair{1U, "B2"}, {2U, ""}, {3U, "A1"}}) {
+        std::uint32_t record = number;
+        EXPECT_EQ(send(1208, {&record, &link, nullptr, nullptr, &value}), 0);
+        EXPECT_EQ(value.bytes(), expected) << number;
     }
-    for (fileExtensionRec& entry : appPrefs().extensionTable)
-        entry.fileType = 1;
-    Str255 format, name;
-    pstrSet(format, "PDF");
-    pstrSet(name, "x");
-    EXPECT_EQ(send(538, {format, nullptr, nullptr, name}), 1) << "ten rows and none is it";
+}
+
+TEST_F(Execute, DamagedStoreLeavesTheSessionAsItIs) {
+    const std::string before(pstrView(session().currentDefName));
+    std::filesystem::create_directories(std::filesystem::path(definitionStorePath()).parent_path());
+    ASSERT_EQ(fileWriteWhole(definitionStorePath().c_str(), "no signature", 0), 0);
+    EXPECT_EQ(openDefinitionStore(0), 108);
+    EXPECT_EQ(pstrView(session().currentDefName), before);
+    EXPECT_NE(session().currentDefSet, nullptr);
 }
 
 TEST_F(Execute, DriversRegister) {
@@ -227,17 +202,6 @@ TEST_F(Execute, DriversRegister) {
         enter(11001, "PPML");
     EXPECT_EQ(idAt(9), 11001U);
     EXPECT_EQ(appPrefs().driverTable[9].driverModule, signatureOf("AqmD"));
-}
-
-TEST_F(Execute, LogLines) {
-    std::string path = home.path("lines.log"), line = "first line";
-    EXPECT_EQ(send(1204, {path.data()}), 0);
-    std::uint32_t length = 5;
-    EXPECT_EQ(send(1214, {line.data(), &length}), 0);
-    length = 5000;
-    EXPECT_EQ(send(1214, {line.data(), &length}), 0) << "held to the text";
-    EXPECT_EQ(home.bytesOf("lines.log"), "first\r\nfirst line\r\n");
-    EXPECT_EQ(send(1214, {}), -1);
 }
 
 }  // namespace
