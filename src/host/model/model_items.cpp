@@ -255,6 +255,7 @@ void ModelDocument::restampText(UID uid) {
     Story* text = changeable<Story>(uid);
     text->stamp = newStamp();
     text->layout.reset();
+    text->earlier.reset();
 }
 
 }  // namespace tarnova

@@ -48,6 +48,7 @@ errorWord ModelDocument::setPathText(UID uid, const std::optional<PathTextOption
     onPath->onPath = std::make_shared<const PathTextOptions>(*options);
     onPath->stamp = newStamp();
     onPath->layout.reset();
+    onPath->earlier.reset();
     return 0;
 }
 

@@ -96,6 +96,7 @@ Story* ModelDocument::changeableText(UID uid) {
     if (out == nullptr) return nullptr;
     if (out->content.use_count() > 1) out->content = std::make_shared<StoryText>(*out->content);
     out->stamp = newStamp();
+    if (out->layout != nullptr && out->layout->mayBeTakenUp()) out->earlier = std::move(out->layout);
     out->layout.reset();
     return out;
 }
@@ -214,6 +215,7 @@ const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const 
     if (isComposed && (found->content->pageCharacters() == 0 || showsItsPages(*found))) return found->layout.get();
     if (composer == nullptr) return nullptr;
     found->layout = composer->compose(*this, *found, needed, pageTextsOf(*found));
+    found->earlier.reset();
     found->pageTextsRevision = revision;
     return found->layout.get();
 }

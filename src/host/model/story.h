@@ -74,6 +74,8 @@ class StoryLayout {
     [[nodiscard]] virtual std::optional<AnchorPoint> anchorAt(std::int32_t position) const = 0;
     /// The places of frames on their pages had a say, so that it is stale when one of them moves.
     [[nodiscard]] virtual bool dependsOnPlaces() const { return false; }
+    /// The composition of a changed text in the same frames can use parts of this one.
+    [[nodiscard]] virtual bool mayBeTakenUp() const { return false; }
 
     /// What the story's page characters show here. A layout with other texts than hold now is stale.
     StoryPageTexts pageTexts;
@@ -83,7 +85,8 @@ class StoryLayout {
 class Composer {
  public:
     virtual ~Composer() = default;
-    /// Composes the story in its frames, at least through the position (it may go further). `pageTexts` has what the
+    /// Composes the story in its frames, at least through the position (it may go further), with the help of what
+    /// `story.layout` or `story.earlier` hold. `pageTexts` has what the
     /// story's page characters show in each frame, and is empty when it has none.
     [[nodiscard]] virtual std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
                                                                      std::int32_t through,
@@ -118,6 +121,8 @@ class Story {
     std::uint64_t wrapKey = 0;
     /// The cached composition of this stamp, or null. Copies share it.
     mutable std::shared_ptr<const StoryLayout> layout;
+    /// Without `layout`: one of an earlier text in the same frames that may be taken up, or null.
+    mutable std::shared_ptr<const StoryLayout> earlier;
     /// The document's revision for which the texts of page characters in `layout` were found to hold.
     mutable std::uint64_t pageTextsRevision = 0;
 

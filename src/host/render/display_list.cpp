@@ -1,6 +1,9 @@
 #include "host/render/display_list.h"
 
 #include <algorithm>
+#include <string>
+
+#include "host/text/composed_parts.h"
 
 namespace tarnova {
 
@@ -53,8 +56,8 @@ class ListBuilder {
     [[nodiscard]] bool addText(const PageItem& item, UID storyUid, const PMMatrix& toPage) {
         const Story* story = document.story(storyUid);
         if (story == nullptr || story->content == nullptr) return true;
-        const auto* text = dynamic_cast<const ComposedStory*>(layoutFor(*story));
-        if (text == nullptr || !text->fault.empty()) return false;
+        const StoryLayout* text = layoutFor(*story);
+        if (text == nullptr || !faultOf(*text).empty()) return false;
         const auto frame = std::find(story->frames.begin(), story->frames.end(), item.uid);
         if (frame == story->frames.end()) return true;
         if (text->isOverset() && item.uid == story->frames.back()) {
@@ -85,21 +88,22 @@ class ListBuilder {
         return list.ownTexts.emplace_back(document.layoutOnPage(story.uid, page.uid)).get();
     }
 
-    void addColumns(const PageItem& item, const Story& story, const ComposedStory& text, std::int32_t frameIndex,
+    void addColumns(const PageItem& item, const Story& story, const StoryLayout& text, std::int32_t frameIndex,
                     const PMMatrix& toPage) {
-        const auto byFrame = [](const ComposedColumn& column, std::int32_t index) { return column.frameIndex < index; };
-        const auto first = std::lower_bound(text.columns.begin(), text.columns.end(), frameIndex, byFrame);
-        auto limit = first;
-        std::uint32_t lineCount = 0;
-        for (; limit != text.columns.end() && limit->frameIndex == frameIndex; ++limit)
-            lineCount += limit->lineCount;
-        if (lineCount == 0) return;
+        static thread_local std::vector<ShownColumns> columns;
+        columnsOfFrame(text, frameIndex, columns);
+        for (const ShownColumns& shown : columns)
+            addShown(item, story, shown, toPage);
+    }
+
+    void addShown(const PageItem& item, const Story& story, const ShownColumns& shown, const PMMatrix& toPage) {
         DisplayItem& entry = list.items.emplace_back();
         entry.toPage = toPage;
-        entry.text = &text;
+        entry.text = shown.text;
+        entry.textStart = shown.textStart;
         entry.characters = story.content.get();
-        entry.firstColumn = static_cast<std::uint32_t>(first - text.columns.begin());
-        entry.columnCount = static_cast<std::uint32_t>(limit - first);
+        entry.firstColumn = shown.firstColumn;
+        entry.columnCount = shown.columnCount;
         entry.itemStamp = item.stamp;
         entry.storyStamp = story.stamp;
         const bool isUnchanged = item.stamp < templateStamp && story.stamp < templateStamp;

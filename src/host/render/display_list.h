@@ -22,6 +22,7 @@ struct DisplayItem {
     const ItemShape* shape = nullptr;       // of a shape; null for text
     const ComposedStory* text = nullptr;    // of text; null for a shape
     const StoryText* characters = nullptr;  // what the glyphs of `text` stand for
+    std::int32_t textStart = 0;             // of the story; what positions in `text` count from
     std::uint32_t firstColumn = 0;          // of `text`, those of this frame
     std::uint32_t columnCount = 0;
     std::uint64_t itemStamp = 0;

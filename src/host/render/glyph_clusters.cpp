@@ -45,12 +45,12 @@ void appendSearched(std::u32string& out, char32_t character, const CharFormat& f
 }  // namespace
 
 void ClusterReader::begin(const ComposedStory& composedStory, const ComposedLine& itsLine,
-                          const StoryText& characters) {
+                          const StoryText& characters, std::int32_t start) {
     composed = &composedStory;
     line = &itsLine;
-    const LeafPlace place = leafAt(*characters.tree, itsLine.start);
+    const LeafPlace place = leafAt(*characters.tree, start + itsLine.start);
     text = place.leaf->chunk.text;
-    textStart = static_cast<std::uint32_t>(place.start);
+    textStart = static_cast<std::uint32_t>(place.start - start);
     startsAreRead = false;
 }
 

@@ -20,8 +20,9 @@ struct GlyphCluster {
 /// Reads one line after another, run by run; its buffers are used again.
 class ClusterReader {
  public:
-    /// Begins a line. All three outlive the questions about it.
-    void begin(const ComposedStory& composedStory, const ComposedLine& itsLine, const StoryText& characters);
+    /// Begins a line of a text whose positions count from `start` in the characters. All outlive the questions about it.
+    void begin(const ComposedStory& composedStory, const ComposedLine& itsLine, const StoryText& characters,
+               std::int32_t start);
     /// Begins a run of the line.
     void beginRun(const GlyphRun& itsRun);
 
@@ -65,7 +66,7 @@ class ClusterReader {
     std::uint32_t aloneAtEnd = noPosition;  // the last glyph of the run stands for the one character there
     static constexpr std::uint32_t noPosition = UINT32_MAX;
     std::u32string_view text;     // of the chunk that holds the line
-    std::uint32_t textStart = 0;  // in the story
+    std::uint32_t textStart = 0;  // as positions count; one in front of 0 wraps around
     bool startsAreRead = false;
     std::vector<std::uint32_t> starts;  // of all clusters of the line, ascending
     GlyphCluster cluster;

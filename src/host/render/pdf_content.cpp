@@ -291,7 +291,7 @@ void PdfContent::drawText(const DisplayItem& item) {
 }
 
 void PdfContent::drawLine(const DisplayItem& item, const ComposedLine& line) {
-    clusters.begin(*item.text, line, *item.characters);
+    clusters.begin(*item.text, line, *item.characters, item.textStart);
     for (std::uint32_t r = line.firstRun; r < line.firstRun + line.runCount; ++r)
         drawRun(item, item.text->runs[r]);
 }

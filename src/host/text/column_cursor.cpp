@@ -139,7 +139,11 @@ void ColumnCursor::openColumns() {
         column.box = source.box;
         story_.columns.push_back(column);
     }
+    index_ = input_.start.column;
+    for (std::size_t i = 0; i < input_.linesInFront.size(); ++i)
+        story_.columns[i].lineCount = input_.linesInFront[i];
     if (isPastEnd()) return;
+    story_.columns[index_].start = story_.columns[index_].limit = input_.start.position;
     if (isUnusable()) {
         next();
     } else {

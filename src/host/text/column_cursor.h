@@ -30,6 +30,7 @@ class ColumnCursor {
     [[nodiscard]] bool isPastEnd() const { return index_ >= input_.columns.size(); }
     [[nodiscard]] const PMRect& box() const { return input_.columns[index_].box; }
     [[nodiscard]] float width() const { return static_cast<float>(box().width()); }
+    [[nodiscard]] std::size_t column() const { return index_; }
     /// The lines of the column so far.
     [[nodiscard]] const std::vector<LineMark>& marks() const { return marks_; }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -62,6 +63,27 @@ struct WrapBox {
     WrapArea area;
 };
 
+inline constexpr float noIndent = std::numeric_limits<float>::lowest();
+
+/// The first line of a column: all that composition from there on depends on, beside the text.
+struct FlowStart {
+    std::size_t column = 0;
+    std::int32_t position = 0;      // of the line's first character
+    std::int32_t line = 0;          // of its paragraph
+    std::int32_t hyphensAbove = 0;  // lines directly above that end in a hyphen
+    float indent = noIndent;        // from an "indent to here" above
+};
+
+/// Who composes a story bit by bit.
+class FlowFollower {
+ public:
+    virtual ~FlowFollower() = default;
+    /// Adds another paragraph to the input. False: that was all.
+    virtual bool addParagraph() = 0;
+    /// A column is full. False: composition stops in front of the next one.
+    virtual bool goesOn(const FlowStart& next) = 0;
+};
+
 /// Borrowed from the document while composing. The spans cover the text.
 struct ComposeInput {
     std::u32string_view text;  // of the main thread, its closing mark included
@@ -73,15 +95,27 @@ struct ComposeInput {
     std::vector<WrapBox> wraps;           // by frame
     const FramePlaces* places = nullptr;  // null: no frame lies on a page
 
+    // Of a story that is composed bit by bit; else left as they are.
+    FlowStart start;                          // its position lies in the first paragraph
+    std::vector<std::uint32_t> linesInFront;  // of the columns in front of that one
+    FlowFollower* follower = nullptr;         // null: the paragraphs above are all
+
     void clear() {
-        text = {};
-        formats.clear();
-        paragraphs.clear();
+        clearText();
         columns.clear();
         shown = {};
         anchors.clear();
         wraps.clear();
         places = nullptr;
+    }
+    /// Leaves the columns.
+    void clearText() {
+        text = {};
+        formats.clear();
+        paragraphs.clear();
+        start = {};
+        linesInFront.clear();
+        follower = nullptr;
     }
 };
 

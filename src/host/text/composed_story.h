@@ -92,6 +92,7 @@ class ComposedStory final : public StoryLayout {
     std::int32_t shownLimit = 0;  // characters from here on are overset
     bool overset = false;
     bool hasLinks = false;  // some run's format has a link
+    bool isUnfinished = false;    // composition was stopped in front of a column
     bool dependsOnFramePlaces = false;  // where frames lie on their pages had a say
     std::string fault;  // for people: why nothing could be composed, as a font that can't be read; else empty
 

@@ -7,65 +7,14 @@
 #include "host/model/document_model.h"
 #include "host/model/story_reader.h"
 #include "host/text/composed_story.h"
+#include "host/text/long_story.h"
 #include "host/text/path_flow.h"
+#include "host/text/span_gatherer.h"
 #include "host/text/story_flow.h"
 
 namespace tarnova {
 
 namespace {
-
-/// Takes text and resolved formats of a story, paragraph by paragraph and run by run.
-class SpanGatherer {
- public:
-    SpanGatherer(const DocumentModel& document, const StoryText& content, ComposeInput& input)
-        : document_(document), reader_(content), input_(input) {}
-
-    void run(std::int32_t limit) {
-        for (std::int32_t at = 0; at < limit;) {
-            const StoryParagraph paragraph = reader_.paragraphAt(at);
-            enter(*paragraph.attributes);
-            input_.paragraphs.push_back({paragraph.limit() - at, paragraphFormat_});
-            takeRuns(paragraph);
-            at = paragraph.limit();
-        }
-    }
-
- private:
-    void enter(const ParagraphAttributes& paragraph) {
-        if (&paragraph == paragraph_) return;
-        paragraph_ = &paragraph;
-        paragraphFormat_ = document_.resolvePara(paragraph);
-        run_ = nullptr;
-    }
-
-    void takeRuns(const StoryParagraph& paragraph) {
-        for (std::int32_t at = paragraph.start; at < paragraph.limit();) {
-            const RunSpan run = reader_.runInChunkAt(at);
-            const std::int32_t limit = std::min(run.limit, paragraph.limit());
-            add(*run.attributes, limit - at);
-            at = limit;
-        }
-    }
-
-    void add(const RunAttributes& run, std::int32_t length) {
-        if (&run != run_) format_ = document_.resolveChar(*paragraph_, run);
-        run_ = &run;
-        std::vector<FormatSpan>& spans = input_.formats;
-        if (!spans.empty() && spans.back().format == format_) {
-            spans.back().length += length;
-        } else {
-            spans.push_back({length, format_});
-        }
-    }
-
-    const DocumentModel& document_;
-    StoryReader reader_;
-    ComposeInput& input_;
-    const ParagraphAttributes* paragraph_ = nullptr;  // that the formats below are resolved for
-    const ParaFormat* paragraphFormat_ = nullptr;
-    const RunAttributes* run_ = nullptr;
-    const CharFormat* format_ = nullptr;
-};
 
 void addColumns(const PageItem& frame, std::int32_t frameIndex, ComposeInput& input) {
     const ItemShape& shape = *frame.shape;
@@ -159,16 +108,19 @@ class DocumentPlaces final : public FramePlaces {
 
 class ThreadComposer final : public Composer {
  public:
-    std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story, std::int32_t,
+    std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story, std::int32_t through,
                                                const StoryPageTexts& pageTexts) override {
         static thread_local ComposeInput input;
         input.clear();
-        static thread_local std::u32string characters;
-        const StoryText& content = *story.content;
-        const std::int32_t length = threadNumber(content, 0).length;
-        characters = charactersOf(content, 0, length);
-        input.text = characters;
-        SpanGatherer(document, content, input).run(length);
+        gatherColumns(document, story, input);
+        const DocumentPlaces places(document);
+        input.places = &places;
+        if (isComposedInParts(story, input)) return composeParts(document, story, through, input);
+        return composeWhole(document, story, pageTexts, input);
+    }
+
+ private:
+    static void gatherColumns(const DocumentModel& document, const Story& story, ComposeInput& input) {
         for (std::size_t i = 0; i < story.frames.size(); ++i) {
             const PageItem* frame = document.item(story.frames[i]);
             if (frame == nullptr || frame->shape == nullptr) continue;
@@ -179,17 +131,43 @@ class ThreadComposer final : public Composer {
                 input.columns.push_back({frame->uid, 0, 0, frame->shape->bounds});
             }
         }
-        if (content.hasOwned()) addAnchors(document, content, input);
-        const DocumentPlaces places(document);
-        input.places = &places;
+    }
+
+    /// Text that is set by more than itself and its columns is composed whole.
+    [[nodiscard]] static bool isComposedInParts(const Story& story, const ComposeInput& input) {
+        return story.length() > longStoryLength && story.onPath == nullptr && !story.content->hasOwned() &&
+               story.content->pageCharacters() == 0 && input.wraps.empty() && !input.columns.empty();
+    }
+
+    static std::shared_ptr<const StoryLayout> composeParts(const DocumentModel& document, const Story& story,
+                                                           std::int32_t through, ComposeInput& input) {
+        try {
+            return composeLongStory(document, story, input, textFlow(), std::min(through, story.length() - 1));
+        } catch (const std::exception& error) {
+            return composedWithFault(story, error);
+        }
+    }
+
+    static std::shared_ptr<const StoryLayout> composeWhole(const DocumentModel& document, const Story& story,
+                                                           const StoryPageTexts& pageTexts, ComposeInput& input) {
+        static thread_local std::u32string characters;
+        characters.clear();
+        const std::int32_t length = threadNumber(*story.content, 0).length;
+        for (SpanGatherer gatherer(document, *story.content, input); gatherer.position() < length;)
+            characters += gatherer.add();
+        input.text = characters;
+        if (story.content->hasOwned()) addAnchors(document, *story.content, input);
         std::shared_ptr<ComposedStory> composed = composeShowingPages(document, story, pageTexts, input);
-        input.places = nullptr;
         composed->composedLimit = story.length();
         composed->pageTexts = pageTexts;
         return composed;
     }
 
- private:
+    [[nodiscard]] static StoryFlow& textFlow() {
+        static thread_local StoryFlow flow;
+        return flow;
+    }
+
     /// The page of a page character is known when its line is placed, which may depend on what it shows: composed
     /// again until each shows the page that it stands on. Where a number moves to the next page because of its own
     /// width, and back again, there is no right one: the last try holds.
@@ -211,10 +189,9 @@ class ThreadComposer final : public Composer {
 
     static void flowText(const DocumentModel& document, const Story& story, const ComposeInput& input,
                          ComposedStory& composed) {
-        static thread_local StoryFlow flow;
         static thread_local PathFlow pathFlow;
         if (story.onPath == nullptr) {
-            flow.compose(input, composed);
+            textFlow().compose(input, composed);
         } else if (!input.columns.empty()) {
             const ItemShape& shape = *document.item(story.frames.front())->shape;
             pathFlow.compose(input, shape.path.front(), *story.onPath, composed);
@@ -229,10 +206,16 @@ class ThreadComposer final : public Composer {
         try {
             flowText(document, story, input, *composed);
         } catch (const std::exception& error) {
-            composed = std::make_shared<ComposedStory>();
-            composed->overset = true;
-            composed->fault = error.what();
+            composed = composedWithFault(story, error);
         }
+        return composed;
+    }
+
+    static std::shared_ptr<ComposedStory> composedWithFault(const Story& story, const std::exception& error) {
+        auto composed = std::make_shared<ComposedStory>();
+        composed->composedLimit = story.length();
+        composed->overset = true;
+        composed->fault = error.what();
         return composed;
     }
 };

@@ -17,8 +17,6 @@ inline constexpr double defaultTabStop = 36;  // points between the stops behind
 inline constexpr float widthTolerance = 0.001F;
 inline constexpr float heightTolerance = 0.01F;
 
-inline constexpr float noIndent = std::numeric_limits<float>::lowest();
-
 /// Where a line lies in its column, in points.
 struct LineMeasure {
     float left = 0;  // of the text, indents taken off, from the column's left edge

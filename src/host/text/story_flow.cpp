@@ -24,18 +24,20 @@ struct ParagraphPlace {
 class Pour {
  public:
     Pour(const ComposeInput& input, Paragraph& paragraph, ComposedStory& story)
-        : input_(input), paragraph_(paragraph), story_(story), cursor_(input, story) {}
+        : input_(input), paragraph_(paragraph), story_(story), cursor_(input, story), position_(input.start.position) {
+        line_ = {0, input.start.line, 0, input.start.hyphensAbove, input.start.indent};
+    }
 
     /// Gives the position behind what is shown.
     std::int32_t run() {
         places_.reserve(usualParagraphs);
         places_.push_back({});
-        while (!cursor_.isPastEnd() && isParagraph(line_.paragraph)) {
+        while (!isOver() && isParagraph(line_.paragraph)) {
             if (line_.paragraph != assigned_) assign();
-            if (cursor_.isPastEnd()) break;
+            if (isOver()) break;
             if (setLine() && line_.piece >= paragraph_.pieces.size()) endParagraph();
         }
-        cursor_.finish();
+        if (!story_.isUnfinished) cursor_.finish();
         return position_;
     }
 
@@ -43,9 +45,13 @@ class Pour {
     static constexpr std::size_t usualParagraphs = 32;  // of a column
     static constexpr std::size_t noParagraph = static_cast<std::size_t>(-1);
 
+    [[nodiscard]] bool isOver() const { return story_.isUnfinished || cursor_.isPastEnd(); }
+
     /// False behind the last paragraph, and where the spans don't fit the text.
     [[nodiscard]] bool isParagraph(std::size_t index) const {
-        if (index >= input_.paragraphs.size() || placeOf(index).span >= input_.formats.size()) return false;
+        const bool isThere =
+            index < input_.paragraphs.size() || (input_.follower != nullptr && input_.follower->addParagraph());
+        if (!isThere || placeOf(index).span >= input_.formats.size()) return false;
         const std::int32_t length = input_.paragraphs[index].length;
         return length > 0 && length <= static_cast<std::int32_t>(input_.text.size()) - placeOf(index).start;
     }
@@ -180,6 +186,14 @@ class Pour {
         places_.erase(places_.begin(), places_.begin() + static_cast<std::ptrdiff_t>(line_.paragraph - firstPlace_));
         firstPlace_ = line_.paragraph;
         keeps_ = false;
+        if (input_.follower != nullptr && !cursor_.isPastEnd()) tellFollower();
+    }
+
+    /// A column that begins behind its paragraph's last line, after a break, is passed over: the next line isn't known.
+    void tellFollower() {
+        const bool isBehind = line_.paragraph == assigned_ && line_.line > 0 && line_.piece >= paragraph_.pieces.size();
+        const FlowStart next{cursor_.column(), position_, line_.line, line_.hyphensAbove, line_.indent};
+        if (!isBehind) story_.isUnfinished = !input_.follower->goesOn(next);
     }
 
     /// Lines of the paragraph from the next one on, counted no further than its format cares.
