@@ -119,7 +119,7 @@ void tellStory(std::size_t characters, double pango) {
     };
     const std::int32_t length = document.totalLength(text.story);
     for (const auto& [name, position] : {Row{"start", 3}, Row{"middle", length / 2}, Row{"end", length - 3}}) {
-        std::u32string plain(characters, U'x');
+        std::u32string plain(static_cast<std::size_t>(length), U'x');
         const double string = costOf(2000, [&] { plain.insert(static_cast<std::size_t>(position), 1, U'y'); });
         const auto type = [&] { static_cast<void>(document.textReplace(text.story, position, 1, U"y", true)); };
         const double edit = costOf(2000, type);
@@ -127,9 +127,10 @@ void tellStory(std::size_t characters, double pango) {
             type();
             document.composeStoryThrough(text.story, position);
         });
-        fmt::print("  {:<7} string {:>8.2f}   edit {:>6.2f} ({:.2f} of the string's)   edit and composition {:>7.2f} "
-                   "({:.2f} of Pango's paragraph)\n",
-                   name, string, edit, edit / string, composed, composed / pango);
+        fmt::print(
+            "  {:<7} string {:>8.2f}   edit {:>6.2f} ({:.2f} of the string's)   edit and composition {:>7.2f} "
+            "({:.2f} of Pango's paragraph)\n",
+            name, string, edit, edit / string, composed, composed / pango);
     }
 }
 

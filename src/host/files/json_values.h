@@ -4,6 +4,7 @@
 #pragma once
 
 #include <bitset>
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -67,13 +68,15 @@ void keep(Target& target, const JsonValue& value) {
                                      const std::vector<std::string_view>& allowed);
 [[noreturn]] void faultTwice(const JsonValue& member);
 
-inline constexpr std::size_t memberLimit = 64;
+/// Kinds of members that one object may have. Paragraphs have the most, more than fifty.
+inline constexpr std::size_t memberLimit = 256;
 
 /// Gives each member of an object to its row. `object` is how a message calls it: "a page".
 template <typename Target>
 void readMembers(const JsonValue& value, const std::string& object, std::span<const Member<Target>> rows,
                  Target& target) {
     requireObject(value);
+    assert(rows.size() <= memberLimit);
     std::bitset<memberLimit> seen;
     for (const JsonValue& member : value) {
         std::size_t row = 0;

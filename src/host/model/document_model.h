@@ -110,6 +110,8 @@ class DocumentModel : public Document {
     /// The composition of a story at least through the position, from the cache or made now. Valid until the document
     /// changes. Page characters show what holds where the story's frames lie.
     [[nodiscard]] virtual const StoryLayout* layoutOf(UID story, std::int32_t through) const = 0;
+    /// The same, at least through a frame, by its index in `Story::frames`.
+    [[nodiscard]] virtual const StoryLayout* layoutThroughFrame(UID story, std::int32_t frameIndex) const = 0;
     /// The whole composition of a master's story with page characters as a page of the document shows it, made anew
     /// for each call.
     [[nodiscard]] virtual std::shared_ptr<const StoryLayout> layoutOnPage(UID story, UID page) const = 0;

@@ -196,6 +196,7 @@ class ModelDocument final : public DocumentModel {
     const CharFormat* resolveChar(const ParagraphAttributes& paragraph, const RunAttributes& run) const override;
     const ParaFormat* resolvePara(const ParagraphAttributes& paragraph) const override;
     const StoryLayout* layoutOf(UID story, std::int32_t through) const override;
+    const StoryLayout* layoutThroughFrame(UID story, std::int32_t frameIndex) const override;
     std::shared_ptr<const StoryLayout> layoutOnPage(UID story, UID page) const override;
     errorWord setPathText(UID frame, const std::optional<PathTextOptions>& options) override;
     std::optional<std::string> undo() override;

@@ -220,6 +220,13 @@ const StoryLayout* ModelDocument::layoutOf(UID uid, std::int32_t through) const 
     return found->layout.get();
 }
 
+const StoryLayout* ModelDocument::layoutThroughFrame(UID uid, std::int32_t frameIndex) const {
+    const StoryLayout* layout = layoutOf(uid, 0);
+    while (layout != nullptr && layout->filledFrames() <= frameIndex)
+        layout = layoutOf(uid, layout->composedThrough());
+    return layout;
+}
+
 void ModelDocument::composeDocument() {
     for (UID uid : stories())
         composeStoryThrough(uid, totalLength(uid));

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -67,6 +68,8 @@ class StoryLayout {
     virtual ~StoryLayout() = default;
     /// Positions below this are placed or known to be overset.
     [[nodiscard]] virtual std::int32_t composedThrough() const = 0;
+    /// How many of the story's first frames are filled; what is overset is known when all are.
+    [[nodiscard]] virtual std::int32_t filledFrames() const { return std::numeric_limits<std::int32_t>::max(); }
     /// The column (counted through all frames of the story) that shows a position, or -1 when it is overset.
     [[nodiscard]] virtual std::int32_t columnOf(std::int32_t position) const = 0;
     [[nodiscard]] virtual bool isOverset() const = 0;
@@ -86,8 +89,8 @@ class Composer {
  public:
     virtual ~Composer() = default;
     /// Composes the story in its frames, at least through the position (it may go further), with the help of what
-    /// `story.layout` or `story.earlier` hold. `pageTexts` has what the
-    /// story's page characters show in each frame, and is empty when it has none.
+    /// `story.layout` or `story.earlier` hold. `pageTexts` has what the story's page characters show in each frame, and
+    /// is empty when it has none.
     [[nodiscard]] virtual std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
                                                                      std::int32_t through,
                                                                      const StoryPageTexts& pageTexts) = 0;

@@ -56,14 +56,15 @@ class ListBuilder {
     [[nodiscard]] bool addText(const PageItem& item, UID storyUid, const PMMatrix& toPage) {
         const Story* story = document.story(storyUid);
         if (story == nullptr || story->content == nullptr) return true;
-        const StoryLayout* text = layoutFor(*story);
-        if (text == nullptr || !faultOf(*text).empty()) return false;
         const auto frame = std::find(story->frames.begin(), story->frames.end(), item.uid);
         if (frame == story->frames.end()) return true;
+        const auto frameIndex = static_cast<std::int32_t>(frame - story->frames.begin());
+        const StoryLayout* text = layoutFor(*story, frameIndex);
+        if (text == nullptr || !faultOf(*text).empty()) return false;
         if (text->isOverset() && item.uid == story->frames.back()) {
             list.overset.push_back({storyUid, item.uid, page.uid});
         }
-        addColumns(item, *story, *text, static_cast<std::int32_t>(frame - story->frames.begin()), toPage);
+        addColumns(item, *story, *text, frameIndex, toPage);
         return !story->content->hasOwned() || addAnchored(item, *story, *text, toPage);
     }
 
@@ -82,9 +83,9 @@ class ListBuilder {
     }
 
     /// Text of a master with page characters is composed for each page that shows it.
-    [[nodiscard]] const StoryLayout* layoutFor(const Story& story) {
+    [[nodiscard]] const StoryLayout* layoutFor(const Story& story, std::int32_t frameIndex) {
         const bool isShared = fromMaster && story.content->pageCharacters() > 0;
-        if (!isShared) return document.layoutOf(story.uid, story.length());
+        if (!isShared) return document.layoutThroughFrame(story.uid, frameIndex);
         return list.ownTexts.emplace_back(document.layoutOnPage(story.uid, page.uid)).get();
     }
 
@@ -114,7 +115,7 @@ class ListBuilder {
     const Page& page;
     DisplayList& list;
     std::uint64_t templateStamp;
-    bool fromMaster = false;  // the item in work is a master's
+    bool fromMaster = false;    // the item in work is a master's
     bool holderRepeats = true;  // the texts in which an item stands
 };
 

@@ -44,8 +44,8 @@ void appendSearched(std::u32string& out, char32_t character, const CharFormat& f
 
 }  // namespace
 
-void ClusterReader::begin(const ComposedStory& composedStory, const ComposedLine& itsLine,
-                          const StoryText& characters, std::int32_t start) {
+void ClusterReader::begin(const ComposedStory& composedStory, const ComposedLine& itsLine, const StoryText& characters,
+                          std::int32_t start) {
     composed = &composedStory;
     line = &itsLine;
     const LeafPlace place = leafAt(*characters.tree, start + itsLine.start);

@@ -32,12 +32,15 @@ void addParts(const ComposedParts& parts, std::int32_t frameIndex, std::vector<S
 
 }  // namespace
 
+std::int32_t ComposedParts::filledFrames() const {
+    return composedColumns < boxes.size() ? boxes[composedColumns].frameIndex : StoryLayout::filledFrames();
+}
+
 std::int32_t ComposedParts::columnOf(std::int32_t position) const {
     if (position < 0 || (composedColumns == columns.size() && position >= shownLimit)) return -1;
     const auto end = columns.begin() + static_cast<std::ptrdiff_t>(composedColumns);
-    const auto behind = std::upper_bound(columns.begin(), end, position, [](std::int32_t at, const PartColumn& column) {
-        return at < column.limit;
-    });
+    const auto behind = std::upper_bound(columns.begin(), end, position,
+                                         [](std::int32_t at, const PartColumn& column) { return at < column.limit; });
     return behind == end ? -1 : static_cast<std::int32_t>(behind - columns.begin());
 }
 

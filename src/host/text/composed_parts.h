@@ -44,6 +44,7 @@ class ComposedParts final : public StoryLayout {
     std::shared_ptr<const ComposedParts> further;
 
     [[nodiscard]] std::int32_t composedThrough() const override { return composedLimit; }
+    [[nodiscard]] std::int32_t filledFrames() const override;
     [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;
     [[nodiscard]] bool isOverset() const override { return overset; }
     [[nodiscard]] std::optional<AnchorPoint> anchorAt(std::int32_t) const override { return std::nullopt; }

@@ -84,8 +84,7 @@ LongStory::LongStory(const DocumentModel& document, const Story& story, ComposeI
     if (before_ != nullptr && !sameColumns(before_->boxes, made_->boxes)) before_.reset();
 }
 
-std::shared_ptr<const ComposedParts> LongStory::compose(StoryFlow& flow, std::int32_t through,
-                                                        CompositionWork spent) {
+std::shared_ptr<const ComposedParts> LongStory::compose(StoryFlow& flow, std::int32_t through, CompositionWork spent) {
     through_ = through;
     made_->work = spent;
     if (before_ != nullptr) takeUp(before_);
@@ -98,8 +97,7 @@ std::shared_ptr<const ComposedParts> LongStory::compose(StoryFlow& flow, std::in
 
 void LongStory::takeUp(const std::shared_ptr<const ComposedParts>& before) {
     const bool isSame = before->content->tree == content_.tree;
-    const std::int32_t unchanged =
-        isSame ? content_.length() : differenceOf(*before->content, content_).start;
+    const std::int32_t unchanged = isSame ? content_.length() : differenceOf(*before->content, content_).start;
     further_ = before->further != nullptr || isSame ? before->further : before;
     if (further_ != nullptr) {
         moved_ = content_.length() - further_->content->length();
@@ -145,7 +143,7 @@ void LongStory::flowOn(StoryFlow& flow) {
     input_.follower = this;
     for (std::size_t i = 0; i < next_; ++i)
         input_.linesInFront.push_back(made_->columns[i].text == nullptr ? 0
-                                                                         : made_->columns[i].text->columns[i].lineCount);
+                                                                        : made_->columns[i].text->columns[i].lineCount);
     gatherer_.beginAt(textStart_);
     flow.compose(input_, *text_);
     if (!text_->isUnfinished) closeColumns(made_->columns.size());

@@ -76,7 +76,8 @@ struct LongStoryTest : testing::Test {
             for (const ShownColumns& shown : columns) {
                 const ComposedColumn& column = shown.text->columns[shown.firstColumn];
                 for (std::uint32_t l = column.firstLine; l < column.firstLine + column.lineCount; ++l)
-                    out.push_back(std::to_string(i) + " " + shownLine(*shown.text, shown.text->lines[l], shown.textStart));
+                    out.push_back(std::to_string(i) + " " +
+                                  shownLine(*shown.text, shown.text->lines[l], shown.textStart));
             }
         }
         out.push_back(std::to_string(parts.shownLimit) + (parts.overset ? " overset" : ""));
@@ -184,6 +185,42 @@ TEST_F(LongStoryTest, EditsAndQuestionsLeaveWhatIsComposedAtOnce) {
             ASSERT_EQ(found, linesFromNothing()) << "step " << i;
         }
     }
+}
+
+/// The columns behind the paragraph's first begin where they did, though the change is still to come.
+TEST_F(LongStoryTest, AnEditDeepInAParagraphOfManyColumnsShows) {
+    make(20'000, 16);
+    constexpr std::int32_t start = 5000;
+    constexpr int sentences = 120;
+    std::u32string paragraph;
+    for (int i = 0; i < sentences; ++i)
+        paragraph += sentence;
+    ASSERT_EQ(document->textReplace(story, start, 0, paragraph, true), 0);
+    static_cast<void>(composed(length()));
+    struct testRow {
+        const char* name;
+        int sentence;
+        std::u32string_view text;  // in place of its start
+    };
+    const testRow rows[] = {
+        {"as wide", 90, U"Bafore"}, {"narrower", 60, U"iiiiii"}, {"at its end", sentences - 1, U"Bafore"}};
+    for (const auto& [name, index, text] : rows) {
+        const std::int32_t at = start + index * static_cast<std::int32_t>(sentence.size());
+        ASSERT_EQ(document->textReplace(story, at, static_cast<std::int32_t>(text.size()), text, true), 0) << name;
+        const std::vector<std::string> found = lines();
+        EXPECT_EQ(found, linesFromNothing()) << name;
+    }
+}
+
+/// A page asks for its frames only.
+TEST_F(LongStoryTest, AFrameIsFilledWithoutThoseBehind) {
+    make(60'000, 20);
+    const auto filled = [&](std::int32_t frame) { return document->layoutThroughFrame(story, frame)->filledFrames(); };
+    EXPECT_EQ(filled(2), 3);
+    EXPECT_EQ(filled(0), 3) << "what is known stays";
+    EXPECT_EQ(filled(3), 4);
+    EXPECT_GT(filled(19), 19);
+    EXPECT_EQ(composed(0).composedLimit, length());
 }
 
 TEST_F(LongStoryTest, FramesThatChangeAreFilledAnew) {
