@@ -24,15 +24,20 @@ class DeferredLookup {
     std::size_t known = 0;  // entries of the list that `items` holds
 };
 
-/// Puts a locked layer's lock back at the end of its visit, however that ends.
+/// Puts a locked layer's lock back at the end of its visit, however that ends. The visit is a sequence, so that a
+/// lock that is back leaves nothing to undo.
 class LayerUnlock {
  public:
     LayerUnlock(Document& itsDocument, UID itsLayer)
         : document(itsDocument), layer(itsLayer), wasLocked(itsDocument.layerLocked(itsLayer)) {
-        if (wasLocked) document.setLayerLocked(layer, false);
+        if (!wasLocked) return;
+        isSequence = document.BeginCommandSequence(visitStepName) == 0;
+        document.setLayerLocked(layer, false);
     }
     ~LayerUnlock() {
-        if (wasLocked) document.setLayerLocked(layer, true);
+        if (!wasLocked) return;
+        document.setLayerLocked(layer, true);
+        if (isSequence) document.EndCommandSequence();
     }
     LayerUnlock(const LayerUnlock&) = delete;
     LayerUnlock& operator=(const LayerUnlock&) = delete;
@@ -41,6 +46,7 @@ class LayerUnlock {
     Document& document;
     UID layer;
     bool wasLocked;
+    bool isSequence = false;
 };
 
 struct walkLimitsRec {

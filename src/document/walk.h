@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "document/document.h"
 #include "document/frame_callback.h"
@@ -19,6 +20,9 @@ enum class WalkScope : std::uint16_t {
     everything = 2,           // visits them all
     pagesAndUsedMasters = 3,  // visits those of masters that are in use
 };
+
+/// The sequence in which a locked layer is visited. One that leaves everything as it was shall be no step of undo.
+inline constexpr std::string_view visitStepName = "Visit Locked Layer";
 
 /// Visits the spreads and then the master spreads; on each, the layers from index 1 on; on a layer, the frontmost item
 /// first. A frame is visited before what it holds, its story through its first column, and the items anchored in a text

@@ -174,7 +174,7 @@ TEST_F(Walk, HiddenAndLockedLayers) {
     walk();
     EXPECT_THAT(visits, ElementsAre(lower)) << "cancel ends the walk";
     EXPECT_TRUE(document.layers[1].locked) << "also behind a cancel";
-    EXPECT_THAT(document.log, ElementsAre("unlock", "lock"));
+    EXPECT_THAT(document.log, ElementsAre("begin Visit Locked Layer", "unlock", "lock", "end"));
 }
 
 TEST_F(Walk, OnlyThePagesLayerGivesNoVisit) {

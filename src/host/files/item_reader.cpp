@@ -4,7 +4,6 @@
 #include <iterator>
 
 #include "host/files/flow_members.h"
-#include "host/files/path_text_members.h"
 #include "host/files/picture_members.h"
 #include "host/files/tag_members.h"
 
@@ -43,9 +42,9 @@ struct ItemReader::ItemTarget {
 
 namespace {
 
-/// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, then for each
-/// text in a text six down to an item in it, its groups and frame, and at last the notes of a link on a run in a text
-/// with threads on a path. What was read can so be written, and that be read again.
+/// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, then for
+/// each text in a text six down to an item in it, its groups and frame, and at last the notes of a link on a run in a
+/// text with threads on a path. What was read can so be written, and that be read again.
 static_assert(4 + 2 * groupDepthLimit + 1 + anchorDepthLimit * (6 + 2 * groupDepthLimit + 1) + 9 <= jsonDepthLimit);
 
 template <std::size_t store>
@@ -93,7 +92,8 @@ void ItemReader::readShared(const JsonValue* shapeList, const JsonValue* textLis
     for (const JsonValue& value : elementsOf(textList)) {
         texts.push_back(reader.read(value));
         if (reader.anchored().empty()) continue;
-        faultAt(*reader.anchored().front().item, "A text that frames share can't hold an item; give each its own text.");
+        faultAt(*reader.anchored().front().item,
+                "A text that frames share can't hold an item; give each its own text.");
     }
 }
 
@@ -222,8 +222,12 @@ UID ItemReader::parentOf(const ItemTarget& target, const Place& place) const {
 
 void ItemReader::takeFlow(ItemTarget& target, const Place& place) {
     if (target.anchor != nullptr) {
-        if (place.kind != Place::Kind::text) faultAt(*target.anchor, "\"anchor\" is for items in a text.");
+        const bool onPath = place.kind == Place::Kind::pathText;
+        if (place.kind != Place::Kind::text && !onPath) faultAt(*target.anchor, "\"anchor\" is for items in a text.");
         target.flow.anchor = readAnchor(*target.anchor);
+        if (onPath && target.flow.anchor.kind != AnchorOptions::Kind::inLine) {
+            faultAt(*target.anchor, "An item in a text on a path stands in its line: its kind is \"inline\".");
+        }
     }
     if (target.flow != ItemFlow{}) target.item.flow = std::make_shared<const ItemFlow>(target.flow);
 }
@@ -320,7 +324,7 @@ void ItemReader::readFrame(ItemTarget& target, UID parent, bool onLayer) {
         faultAt(*target.picture, "A frame has either a picture or text.");
     }
     if (target.picture != nullptr) readPicture(*target.picture, uid);
-    if (target.pathText != nullptr) makePathStory(*target.pathText, uid, *shape);
+    if (target.pathText != nullptr) makePathStory(*target.pathText, uid, *shape, target.shapeKey);
     if (shape->content == ContentKind::text) {
         noteFrame(target, uid, shape->text.columns, name);
     } else if (target.storyUid != nullptr || target.columnUids != nullptr) {
@@ -370,16 +374,6 @@ void ItemReader::noteFrame(const ItemTarget& target, UID uid, std::int32_t colum
     frames.push_back(std::move(frame));
 }
 
-void ItemReader::makePathStory(const JsonValue& value, UID frame, const ItemShape& shape) {
-    if (shape.path.empty()) faultAt(value, "A text on a path needs a frame that has a path.");
-    const PathTextTarget target = readPathText(value);
-    uids.countObjects(value, 1);
-    TextReader reader(builder, names);
-    const std::shared_ptr<StoryText> text = textOf(target.text, target.sharedText, reader);
-    if (!reader.anchored().empty()) faultAt(*reader.anchored().front().item, "A text on a path can't hold an item.");
-    builder.addPathStory(frame, target.options, text, uids.uidOf(target.storyUid));
-}
-
 void ItemReader::placeOverrides() {
     for (const auto& [uid, value] : overriding)
         builder.setOverrides(uid, overriddenBy(*value));
@@ -397,101 +391,6 @@ UID ItemReader::overriddenBy(const JsonValue& value) const {
     }
     if (found->second.size() > 1) faultAt(value, "More than one item of masters has this name; give its UID.");
     return found->second.front();
-}
-
-/// Index of the frame that "flowsFrom" names, among those from `first` on.
-std::size_t ItemReader::frameInFrontOf(const Frame& frame, std::size_t first) const {
-    const JsonValue& value = *frame.flowsFrom;
-    std::vector<std::size_t> named;
-    if (value.is(JsonValue::Type::number)) {
-        const auto found = frameByUid.find(static_cast<UID>(integerOf(value, 1, fileUidLimit - 1)));
-        if (found != frameByUid.end()) named.push_back(found->second);
-    } else if (const auto found = framesByName.find(nameOf(value)); found != framesByName.end()) {
-        named = found->second;
-    }
-    std::erase_if(named, [first](std::size_t index) { return index < first; });
-    if (named.empty()) {
-        const std::string which = value.is(JsonValue::Type::number)
-                                      ? "with this UID"
-                                      : "named \"" + std::string(value.text.substr(0, 80)) + "\"";
-        faultAt(value, first == 0 ? "The layout has no text frame " + which + "."
-                                  : "The item in the text has no text frame " + which + "; its frames flow from each "
-                                    "other only.");
-    }
-    if (named.size() > 1) faultAt(value, "More than one text frame has this name; give them different ones.");
-    return named.front();
-}
-
-void ItemReader::makeStories() {
-    makeStoriesFrom(0);
-}
-
-/// The frames from `first` on are those of the pages, or those of one item in a text.
-void ItemReader::makeStoriesFrom(std::size_t first) {
-    const std::size_t limit = frames.size();
-    for (std::size_t i = first; i < limit; ++i) {
-        if (frames[i].flowsFrom == nullptr) continue;
-        Frame& front = frames[frameInFrontOf(frames[i], first)];
-        if (front.next != 0) faultAt(*frames[i].flowsFrom, "Two frames flow from the same frame.");
-        front.next = i + 1;
-    }
-    for (std::size_t i = first; i < limit; ++i) {
-        if (frames[i].flowsFrom == nullptr) makeStory(i);
-    }
-    for (std::size_t i = first; i < limit; ++i) {
-        if (!frames[i].isPlaced) faultAt(*frames[i].flowsFrom, "These frames flow from each other in a circle.");
-    }
-}
-
-void ItemReader::makeStory(std::size_t first) {
-    std::vector<UID> members;
-    std::vector<UID> columns;
-    for (std::size_t i = first + 1; i != 0; i = frames[i - 1].next) {
-        Frame& frame = frames[i - 1];
-        frame.isPlaced = true;
-        members.push_back(frame.uid);
-        columns.insert(columns.end(), frame.columns.begin(), frame.columns.end());
-    }
-    const Frame& frame = frames[first];
-    TextReader reader(builder, names);
-    const std::shared_ptr<StoryText> text = textOf(frame.text, frame.shared, reader);
-    const bool mayRepeat = frame.shared != nullptr && frame.shapeKey != 0 && members.size() == 1;
-    if (!mayRepeat) {
-        const UID story = builder.addStory(members, text, uids.uidOf(frame.storyUid), columns);
-        for (const AnchoredValue& anchored : reader.anchored())
-            readAnchored(anchored, story);
-        return;
-    }
-    const std::pair key(static_cast<std::size_t>(frame.shared->number), frame.shapeKey);
-    const auto known = storyStamps.find(key);
-    const UID story = builder.addStory(members, text, uids.uidOf(frame.storyUid), columns,
-                                       known == storyStamps.end() ? 0 : known->second);
-    storyStamps.emplace(key, builder.stampOf(story));
-}
-
-/// Reads an item that stands in a text, with the texts in it.
-void ItemReader::readAnchored(const AnchoredValue& anchored, UID story) {
-    if (anchorDepth == anchorDepthLimit) {
-        faultAt(*anchored.item, "Items stand in texts more than " + std::to_string(anchorDepthLimit) + " deep.");
-    }
-    ++anchorDepth;
-    const std::size_t outerGroups = std::exchange(groupDepth, 0);
-    const std::size_t firstFrame = frames.size();
-    builder.setAnchor(story, anchored.position, readItem(*anchored.item, {Place::Kind::text, story, {}}));
-    makeStoriesFrom(firstFrame);
-    groupDepth = outerGroups;
-    --anchorDepth;
-}
-
-/// The text that stands in the file or that it shares; an empty one when both are null.
-std::shared_ptr<StoryText> ItemReader::textOf(const JsonValue* own, const JsonValue* shared, TextReader& reader) {
-    if (shared != nullptr) {
-        if (texts.empty()) faultAt(*shared, "The layout has no \"texts\" to take one of.");
-        return texts[static_cast<std::size_t>(integerOf(*shared, 0, static_cast<std::int64_t>(texts.size()) - 1))];
-    }
-    if (own != nullptr) return reader.read(*own);
-    AttributePool& pool = builder.attributePool();
-    return emptyStoryText(pool.paragraph({}), pool.plainRun());
 }
 
 }  // namespace tarnova

@@ -13,6 +13,7 @@
 
 #include "host/files/format_members.h"
 #include "host/files/shape_members.h"
+#include "host/files/shared_looks.h"
 #include "host/files/text_members.h"
 #include "host/files/uid_reader.h"
 #include "host/model/document_builder.h"
@@ -49,9 +50,16 @@ class ItemReader {
 
     /// Where an item stands, and where its coordinates begin there.
     struct Place {
-        enum class Kind : std::uint8_t { layer, group, text } kind;
+        enum class Kind : std::uint8_t { layer, group, text, pathText } kind;
         UID holder;  // the spread, the group or the story
         PMPoint origin;
+    };
+
+    /// Items in the text of a path, which are read with the stories.
+    struct PathItems {
+        std::vector<AnchoredValue> anchored;
+        UID story = kInvalidUID;
+        StampTape* tape = nullptr;  // whose first stamp is the story's; null: it has none of its own
     };
 
     /// A text frame whose story isn't made yet.
@@ -88,8 +96,10 @@ class ItemReader {
     [[nodiscard]] std::size_t frameInFrontOf(const Frame& frame, std::size_t first) const;
     void makeStoriesFrom(std::size_t first);
     void makeStory(std::size_t first);
-    void readAnchored(const AnchoredValue& anchored, UID story);
-    void makePathStory(const JsonValue& value, UID frame, const ItemShape& shape);
+    void readAnchored(const AnchoredValue& anchored, const Place& place);
+    void makePathStory(const JsonValue& value, UID frame, const ItemShape& shape, std::size_t shapeKey);
+    void readPathItems(const PathItems& items);
+    [[nodiscard]] StampTape* tapeFor(const JsonValue& text, std::size_t shapeKey);
     [[nodiscard]] std::shared_ptr<StoryText> textOf(const JsonValue* own, const JsonValue* shared, TextReader& reader);
 
     DocumentBuilder& builder;
@@ -106,7 +116,8 @@ class ItemReader {
     std::unordered_map<UID, std::size_t> frameByUid;
     std::unordered_map<std::string, std::vector<std::size_t>> framesByName;
     std::map<StampKey, std::uint64_t> itemStamps;
-    std::map<std::pair<std::size_t, std::size_t>, std::uint64_t> storyStamps;  // by shared text and shape key
+    std::vector<PathItems> pathItems;
+    SharedLooks looks;
 };
 
 }  // namespace tarnova

@@ -67,15 +67,13 @@ void LayoutWriter::countSharedOf(UID spread) {
 void LayoutWriter::countShared(UID uid) {
     const PageItem& item = *document.item(uid);
     if (item.shape != nullptr) shapes.count(item.shape.get());
-    if (item.itemClass == ItemClass::splineItem && item.story != kInvalidUID) {
-        const Story& story = *document.story(item.story);
-        if (story.frames.front() == uid) {
-            texts.count(story.content.get());
-            for (const ownedItemRec& owned : allOwned(*story.content))
-                countShared(owned.item);
-        }
+    for (UID storyUid : {item.story, item.pathStory}) {
+        const Story* story = item.itemClass == ItemClass::splineItem ? document.story(storyUid) : nullptr;
+        if (story == nullptr || story->frames.front() != uid) continue;
+        texts.count(story->content.get());
+        for (const ownedItemRec& owned : allOwned(*story->content))
+            countShared(owned.item);
     }
-    if (item.pathStory != kInvalidUID) texts.count(document.story(item.pathStory)->content.get());
     for (UID child : item.children)
         countShared(child);
 }

@@ -153,7 +153,7 @@ UID DocumentBuilder::addItem(UID parentUid, PageItem item) {
     PageItem* parent = document->table.find<PageItem>(parentUid);
     item.parent = parentUid;
     item.spread = parent == nullptr ? kInvalidUID : parent->spread;
-    if (item.stamp == 0) item.stamp = newStamp();
+    if (item.stamp == 0) item.stamp = nextStamp();
     const UID uid = item.uid == kInvalidUID ? document->takeUid() : item.uid;
     document->create(std::move(item), uid);
     if (parent != nullptr) parent->children.push_back(uid);
@@ -175,11 +175,11 @@ bool DocumentBuilder::isMasterItem(UID uid) const {
 }
 
 UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid,
-                              const std::vector<UID>& columns, std::uint64_t stamp) {
+                              const std::vector<UID>& columns) {
     Story story;
     story.frames = frames;
     story.content = std::move(content);
-    story.stamp = stamp == 0 ? newStamp() : stamp;
+    story.stamp = nextStamp();
     const UID storyUid = document->create(std::move(story), uid == kInvalidUID ? document->takeUid() : uid)->uid;
     auto next = columns.begin();
     for (UID frameUid : frames) {
@@ -198,10 +198,16 @@ UID DocumentBuilder::addPathStory(UID frame, const PathTextOptions& options, std
     story.frames = {frame};
     story.content = std::move(content);
     story.onPath = std::make_shared<const PathTextOptions>(options);
-    story.stamp = newStamp();
+    story.stamp = nextStamp();
     const UID made = document->create(std::move(story), uid == kInvalidUID ? document->takeUid() : uid)->uid;
     document->table.find<PageItem>(frame)->pathStory = made;
     return made;
+}
+
+std::uint64_t DocumentBuilder::nextStamp() {
+    if (stamps == nullptr) return newStamp();
+    if (stamps->next == stamps->stamps.size()) stamps->stamps.push_back(newStamp());
+    return stamps->stamps[stamps->next++];
 }
 
 std::uint64_t DocumentBuilder::stampOf(UID uid) const {

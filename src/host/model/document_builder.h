@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,6 +18,12 @@
 namespace tarnova {
 
 class ModelDocument;
+
+/// The stamps of objects in the order in which they were added.
+struct StampTape {
+    std::vector<std::uint64_t> stamps;
+    std::size_t next = 0;
+};
 
 class DocumentBuilder {
  public:
@@ -71,13 +78,17 @@ class DocumentBuilder {
     [[nodiscard]] bool isMasterItem(UID item) const;
     /// Gives text to frames, in thread order; `columns` are the UIDs of their columns, all frames in one list, or
     /// empty.
-    /// A `stamp` other than 0 is that of a story with the same content in frames of the same shapes.
     UID addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid = kInvalidUID,
-                 const std::vector<UID>& columns = {}, std::uint64_t stamp = 0);
+                 const std::vector<UID>& columns = {});
     /// Puts a story on the path of a frame, which has none there yet.
     UID addPathStory(UID frame, const PathTextOptions& options, std::shared_ptr<StoryText> content,
                      UID uid = kInvalidUID);
     [[nodiscard]] std::uint64_t stampOf(UID itemOrStory) const;
+    /// Items and stories that are added from here on get the stamps of the tape from its place on, which is how objects
+    /// that look the same share what is drawn of them; behind its end new ones, which are noted there. Null: new ones.
+    /// Borrowed until another takes its place.
+    void useTape(StampTape* tape) { stamps = tape; }
+    [[nodiscard]] StampTape* tape() const { return stamps; }
 
     /// A section on a page of a spread; takes its place when the document is finished.
     void addSection(sectionRec section);
@@ -95,9 +106,11 @@ class DocumentBuilder {
     [[nodiscard]] std::unique_ptr<DocumentModel> finish();
 
  private:
+    [[nodiscard]] std::uint64_t nextStamp();
     UID addSpreadOf(UID uid, bool isMaster, std::string name, const std::vector<UID>& nodes);
 
     std::unique_ptr<ModelDocument> document;
+    StampTape* stamps = nullptr;
     std::vector<sectionRec> sections;
     std::unordered_map<std::string, std::size_t> swatchPlaces, characterStylePlaces, paragraphStylePlaces;  // by name
 };

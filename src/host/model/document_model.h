@@ -47,13 +47,14 @@ struct Layer {
     bool visible = true;
     bool locked = false;
     bool printable = true;
+    friend bool operator==(const Layer&, const Layer&) = default;
 };
 
-/// An anchored item, and how it is moved from the coordinates that its `toParent` leads to into the inner ones of the
-/// frame that shows it.
+/// An anchored item, and the way from the coordinates that its `toParent` leads to into the inner ones of the frame
+/// that shows it.
 struct AnchoredItem {
     const PageItem* item = nullptr;
-    PMPoint move;
+    PMMatrix toFrame;
 };
 
 class AttributePool;
@@ -90,9 +91,9 @@ class DocumentModel : public Document {
     [[nodiscard]] virtual PMMatrix toSpread(const PageItem& item) const = 0;
     /// Bounds, without strokes, in the coordinates that `toParent` leads to.
     [[nodiscard]] virtual PMRect boundsInParent(const PageItem& item) const = 0;
-    /// The items anchored in the text that a frame shows, in text order, where the text's layout has them; what doesn't
-    /// print is left out.
-    virtual void anchoredInFrame(const PageItem& frame, const StoryLayout& layout,
+    /// The items anchored in a text that a frame shows, in it or on its path, in text order, where the text's layout
+    /// has them; what doesn't print is left out.
+    virtual void anchoredInFrame(const PageItem& frame, const Story& text, const StoryLayout& layout,
                                  std::vector<AnchoredItem>& out) const = 0;
 
     /// What the text of a frame runs around: areas in its inner coordinates that touch it. Items of its spread act on

@@ -67,12 +67,15 @@ const PageItem* ModelDocument::frameOfAnchor(const PageItem& anchored) const {
     return item(text.frames.back());
 }
 
-PMPoint ModelDocument::moveOfAnchored(const PageItem& anchored, const AnchorPoint& point,
-                                      const PageItem& frame) const {
+PMMatrix ModelDocument::wayToFrame(const PageItem& anchored, const AnchorPoint& point, const PageItem& frame) const {
     const PMRect bounds = boundsInParent(anchored);
     const PMPoint place =
         placeOfAnchor(anchorOptions(anchored), point, frame.shape->bounds, {bounds.width(), bounds.height()});
-    return {place.x - bounds.left, place.y - bounds.top};
+    const PMMatrix straight{1, 0, 0, 1, place.x - bounds.left, place.y - bounds.top};
+    const PMPoint along = point.along;
+    if (along == PMPoint{1, 0}) return straight;
+    return straight.then({1, 0, 0, 1, -point.x, -point.baseline})
+        .then({along.x, along.y, -along.y, along.x, point.x, point.baseline});
 }
 
 ModelDocument::AnchorPlace ModelDocument::placeOfAnchored(const PageItem& anchored) const {
@@ -82,11 +85,11 @@ ModelDocument::AnchorPlace ModelDocument::placeOfAnchored(const PageItem& anchor
     const std::optional<AnchorPoint> point = layout == nullptr ? std::nullopt : layout->anchorAt(position);
     if (point) {
         const PageItem& frame = *item(text.frames[static_cast<std::size_t>(point->frameIndex)]);
-        return {&frame, moveOfAnchored(anchored, *point, frame)};
+        return {&frame, wayToFrame(anchored, *point, frame)};
     }
     const PageItem& frame = *frameOfAnchor(anchored);
     const PMRect bounds = boundsInParent(anchored);
-    return {&frame, {frame.shape->bounds.left - bounds.left, frame.shape->bounds.top - bounds.top}};
+    return {&frame, {1, 0, 0, 1, frame.shape->bounds.left - bounds.left, frame.shape->bounds.top - bounds.top}};
 }
 
 /// On a spread of one page it is the frame's, without composition.
@@ -98,15 +101,14 @@ pageOfItemRec ModelDocument::pageOfAnchored(const PageItem& which) const {
     return {index == PageItem::onPasteboard ? kInvalidUID : on.pages[static_cast<std::size_t>(index)], on.isMaster};
 }
 
-void ModelDocument::anchoredInFrame(const PageItem& frame, const StoryLayout& layout,
+void ModelDocument::anchoredInFrame(const PageItem& frame, const Story& text, const StoryLayout& layout,
                                     std::vector<AnchoredItem>& out) const {
-    const Story& text = *story(frame.story);
     for (const ownedItemRec& owned : allOwned(*text.content)) {
         const PageItem& anchored = *item(owned.item);
         const std::optional<AnchorPoint> point = layout.anchorAt(owned.position);
         if (anchored.nonPrinting || !point) continue;
         if (text.frames[static_cast<std::size_t>(point->frameIndex)] != frame.uid) continue;
-        out.push_back({&anchored, moveOfAnchored(anchored, *point, frame)});
+        out.push_back({&anchored, wayToFrame(anchored, *point, frame)});
     }
 }
 
@@ -116,9 +118,11 @@ std::size_t ModelDocument::anchorDepthOf(UID uid) const {
     std::size_t deepest = 0;
     for (UID child : found.children)
         deepest = std::max(deepest, anchorDepthOf(child));
-    if (!isTextFrame(uid)) return deepest;
-    for (const ownedItemRec& owned : allOwned(*story(found.story)->content))
-        deepest = std::max(deepest, 1 + anchorDepthOf(owned.item));
+    for (UID held : {isTextFrame(uid) ? found.story : kInvalidUID, found.pathStory}) {
+        if (held == kInvalidUID) continue;
+        for (const ownedItemRec& owned : allOwned(*story(held)->content))
+            deepest = std::max(deepest, 1 + anchorDepthOf(owned.item));
+    }
     return deepest;
 }
 
@@ -132,7 +136,8 @@ bool ModelDocument::keepsItsTexts(UID uid) const {
             return false;
         }
     }
-    return std::all_of(found.children.begin(), found.children.end(), [this](UID child) { return keepsItsTexts(child); });
+    return std::all_of(found.children.begin(), found.children.end(),
+                       [this](UID child) { return keepsItsTexts(child); });
 }
 
 /// The item isn't what shows the text, directly or around it, and the texts in each other don't get too many.
@@ -151,7 +156,7 @@ errorWord ModelDocument::anchorItem(UID uid, UID storyUid, std::int32_t position
     const PageItem* found = item(uid);
     const Story* to = story(storyUid);
     if (found == nullptr || to == nullptr || itemClass(found->parent) != ItemClass::node) return errFailed;
-    if (to->onPath != nullptr || !mayReplace(*to->content, position, 0) || !mayAnchor(uid, storyUid)) return errFailed;
+    if (!mayReplace(*to->content, position, 0) || !mayAnchor(uid, storyUid)) return errFailed;
     if (to->length() >= storyLengthLimit - 1) return errRunMemory;
     Command command(*this, "Anchor Item");
     std::erase(changeable<PageItem>(found->parent)->children, uid);
@@ -203,7 +208,10 @@ errorWord ModelDocument::setItemFlow(UID uid, const ItemFlow& flow) {
     const PageItem* found = item(uid);
     const bool isItem =
         found != nullptr && (found->itemClass == ItemClass::splineItem || found->itemClass == ItemClass::group);
-    const bool isAnchored = isItem && story(found->parent) != nullptr;
+    const Story* holder = isItem ? story(found->parent) : nullptr;
+    const bool isAnchored = holder != nullptr;
+    // A path has one line and no column: an item on it stands in the line.
+    if (isAnchored && holder->onPath != nullptr && flow.anchor.kind != AnchorOptions::Kind::inLine) return errFailed;
     if (!isItem || !withinLimits(flow) || (!isAnchored && flow.anchor != AnchorOptions{})) return errFailed;
     Command command(*this, "Set Text Flow");
     mayWrap |= flow.wrap.kind != TextWrap::Kind::none;

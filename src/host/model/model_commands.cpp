@@ -1,8 +1,22 @@
+#include <algorithm>
+#include <tuple>
 #include <utility>
 
+#include "document/walk.h"
 #include "host/model/model_document.h"
 
 namespace tarnova {
+
+namespace {
+
+bool sameSection(const sectionRec& a, const sectionRec& b) {
+    const auto parts = [](const sectionRec& s) {
+        return std::tie(s.startPage, s.prefix, s.marker, s.startNumber, s.numberingStyle, s.continues, s.includePrefix);
+    };
+    return parts(a) == parts(b);
+}
+
+}  // namespace
 
 ModelDocument::Command::Command(ModelDocument& itsDocument, std::string_view name)
     : document(itsDocument), ownsSequence(itsDocument.sequenceDepth == 0) {
@@ -31,10 +45,25 @@ void ModelDocument::EndCommandSequence() {
     if (sequenceDepth == 0 || --sequenceDepth > 0) return;
     if (!recording) return;
     recording = false;
+    if (openStep.name == visitStepName && changedNothing(openStep)) {
+        state = openStep.stateBefore;
+        openStep = {};
+        return;
+    }
     undone.clear();
     openStep.stateBehind = state;
     steps.push_back(std::exchange(openStep, UndoStep{}));
     if (steps.size() > undoStepCapacity) steps.pop_front();
+}
+
+bool ModelDocument::changedNothing(const UndoStep& step) const {
+    if (!step.objects.empty()) return false;
+    if (!step.lists) return true;
+    const Lists& before = *step.lists;
+    return before.layers == lists.layers && before.spreads == lists.spreads && before.masters == lists.masters &&
+           std::equal(std::begin(before.itemData), std::end(before.itemData), std::begin(lists.itemData)) &&
+           std::equal(before.sections.begin(), before.sections.end(), lists.sections.begin(), lists.sections.end(),
+                      sameSection);
 }
 
 bool ModelDocument::undoNamedStep(std::string_view name) {

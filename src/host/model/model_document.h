@@ -189,7 +189,7 @@ class ModelDocument final : public DocumentModel {
     PMPoint pageOrigin(UID page, const PageItem& item) const override;
     PMMatrix toSpread(const PageItem& item) const override;
     PMRect boundsInParent(const PageItem& item) const override;
-    void anchoredInFrame(const PageItem& frame, const StoryLayout& layout,
+    void anchoredInFrame(const PageItem& frame, const Story& text, const StoryLayout& layout,
                          std::vector<AnchoredItem>& out) const override;
     errorWord setItemFlow(UID item, const ItemFlow& flow) override;
     void wrapsAround(const PageItem& frame, std::vector<WrapArea>& out) const override;
@@ -258,6 +258,7 @@ class ModelDocument final : public DocumentModel {
     Object* create(Object object, UID uid);
     void destroy(UID uid);
     void exchange(UndoStep& step);
+    [[nodiscard]] bool changedNothing(const UndoStep& step) const;
     [[nodiscard]] ObjectState takeState(UID uid);
     void forgetPlaces(const Spread& spread);
 
@@ -315,14 +316,13 @@ class ModelDocument final : public DocumentModel {
     /// Where an anchored item is shown.
     struct AnchorPlace {
         const PageItem* frame;
-        PMPoint move;  // into the frame's inner coordinates
+        PMMatrix toFrame;  // its inner coordinates
     };
     [[nodiscard]] const PageItem& outermost(const PageItem& item) const;
     [[nodiscard]] const Spread* spreadHolding(const PageItem& item) const;
     [[nodiscard]] const PageItem* frameOfAnchor(const PageItem& anchored) const;
     [[nodiscard]] AnchorPlace placeOfAnchored(const PageItem& anchored) const;
-    [[nodiscard]] PMPoint moveOfAnchored(const PageItem& anchored, const AnchorPoint& point,
-                                         const PageItem& frame) const;
+    [[nodiscard]] PMMatrix wayToFrame(const PageItem& anchored, const AnchorPoint& point, const PageItem& frame) const;
     [[nodiscard]] pageOfItemRec pageOfAnchored(const PageItem& item) const;
     [[nodiscard]] std::size_t anchorDepthOf(UID item) const;
     [[nodiscard]] bool keepsItsTexts(UID item) const;

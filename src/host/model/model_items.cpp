@@ -113,7 +113,7 @@ PMMatrix ModelDocument::toSpread(const PageItem& which) const {
     }
     if (top->spread != kInvalidUID) return out;
     const AnchorPlace place = placeOfAnchored(*top);
-    return out.then({1, 0, 0, 1, place.move.x, place.move.y}).then(toSpread(*place.frame));
+    return out.then(place.toFrame).then(toSpread(*place.frame));
 }
 
 PMRect ModelDocument::boundsOf(const PageItem& which, bool withStroke) const {

@@ -40,8 +40,8 @@ struct ParagraphAttributes {
     CharOverrides charOverrides;  // of the whole paragraph, below its runs
 };
 
-/// The content of a story at one moment: all threads, the main text first. Never changed while more than one story holds
-/// it. How it may be changed stands in `story_text.h`, how it is read in `story_reader.h`.
+/// The content of a story at one moment: all threads, the main text first. Never changed while more than one story
+/// holds it. How it may be changed stands in `story_text.h`, how it is read in `story_reader.h`.
 struct StoryText {
     StoryTree tree;
 
@@ -59,7 +59,8 @@ struct AnchorPoint {
     PMRect column;                // that shows it, insets taken off
     double x = 0;                 // of the character; of an item above the line, of its left side
     double baseline = 0;
-    double top = 0;  // of an item above the line
+    double top = 0;       // of an item above the line
+    PMPoint along{1, 0};  // direction of the baseline, a vector of length 1; an item on a path turns with it
 };
 
 /// What composition knows of a story; made by `Composer`, never changed afterwards, shared by copies of the story.

@@ -72,11 +72,11 @@ class ListBuilder {
     [[nodiscard]] bool addAnchored(const PageItem& frame, const Story& story, const StoryLayout& layout,
                                    const PMMatrix& toPage) {
         std::vector<AnchoredItem> anchored;
-        document.anchoredInFrame(frame, layout, anchored);
+        document.anchoredInFrame(frame, story, layout, anchored);
         const bool outerRepeats = holderRepeats;
         holderRepeats = outerRepeats && frame.stamp < templateStamp && story.stamp < templateStamp;
         const bool all = std::all_of(anchored.begin(), anchored.end(), [&](const AnchoredItem& entry) {
-            return add(*entry.item, PMMatrix{1, 0, 0, 1, entry.move.x, entry.move.y}.then(toPage));
+            return add(*entry.item, entry.toFrame.then(toPage));
         });
         holderRepeats = outerRepeats;
         return all;

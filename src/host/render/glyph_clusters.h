@@ -20,7 +20,8 @@ struct GlyphCluster {
 /// Reads one line after another, run by run; its buffers are used again.
 class ClusterReader {
  public:
-    /// Begins a line of a text whose positions count from `start` in the characters. All outlive the questions about it.
+    /// Begins a line of a text whose positions count from `start` in the characters. All outlive the questions about
+    /// it.
     void begin(const ComposedStory& composedStory, const ComposedLine& itsLine, const StoryText& characters,
                std::int32_t start);
     /// Begins a run of the line.

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "host/text/font.h"
+#include "host/text/text_style.h"
 
 namespace tarnova {
 
@@ -13,7 +14,7 @@ namespace {
 
 constexpr double leastThickness = 20;  // thousandths of an em, for fonts that say nothing
 
-/// In thousandths of an em, upward from the baseline.
+/// Upward from the baseline; of a font in thousandths of an em.
 struct Rule {
     double middle;
     double thickness;
@@ -36,18 +37,15 @@ Rule strikeOf(const Font& font) {
     return {top - thickness / 2.0, static_cast<double>(thickness)};
 }
 
-/// The rule of the font with what a format says of it in points.
-Rule changed(Rule rule, const GlyphRun& run, std::optional<double> offset, std::optional<double> weight) {
-    if (!(run.size > 0)) return rule;
-    const double perPoint = 1000 / static_cast<double>(run.size);
-    return {offset ? *offset * perPoint : rule.middle, weight ? *weight * perPoint : rule.thickness};
+/// The rule of a font with what a format says of it in points; `em` is the size.
+Rule inPoints(const Rule& rule, double em, std::optional<double> offset, std::optional<double> weight) {
+    return {offset.value_or(rule.middle * em / 1000), weight.value_or(rule.thickness * em / 1000)};
 }
 
 PMRect ruleAt(const GlyphRun& run, const Rule& rule) {
-    const double em = static_cast<double>(run.size) / 1000;
     const double left = static_cast<double>(run.x);
-    const double top = static_cast<double>(run.y) - (rule.middle + rule.thickness / 2) * em;
-    return {left, top, left + static_cast<double>(run.width), top + rule.thickness * em};
+    const double top = static_cast<double>(run.y) - rule.middle - rule.thickness / 2;
+    return {left, top, left + static_cast<double>(run.width), top + rule.thickness};
 }
 
 }  // namespace
@@ -61,12 +59,16 @@ PMMatrix turnOf(const GlyphRun& run) {
 TextRules textRulesOf(const GlyphRun& run) {
     TextRules out;
     const CharFormat& format = *run.format;
+    if (!format.underline && !format.strikeThrough) return out;
+    // Small capitals and characters from other fonts have the same rules as the text around them.
+    const Font& font = *FontService::instance().find(format.family, format.fontStyle);
+    const double em = letterSize(format);
     if (format.underline) {
-        const Rule rule = changed(underlineOf(*run.font), run, format.underlineOffset, format.underlineWeight);
+        const Rule rule = inPoints(underlineOf(font), em, format.underlineOffset, format.underlineWeight);
         out.rules[out.count++] = ruleAt(run, rule);
     }
     if (format.strikeThrough) {
-        const Rule rule = changed(strikeOf(*run.font), run, format.strikeOffset, format.strikeWeight);
+        const Rule rule = inPoints(strikeOf(font), em, format.strikeOffset, format.strikeWeight);
         out.rules[out.count++] = ruleAt(run, rule);
     }
     return out;

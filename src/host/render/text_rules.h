@@ -1,4 +1,4 @@
-// Underlines and strike-throughs as rectangles, by the metrics of the font.
+// Underlines and strike-throughs as rectangles, by the metrics of the format's font.
 
 #pragma once
 

@@ -33,8 +33,8 @@ class ComposedParts final : public StoryLayout {
     std::shared_ptr<const StoryText> content;  // what was composed
     std::vector<ColumnBox> boxes;
     std::vector<std::shared_ptr<const ItemShape>> shapes;  // of the frames: `boxes` points into them
-    std::vector<PartColumn> columns;        // one for each box
-    std::size_t composedColumns = 0;        // those behind are still to be filled; the first of them is begun
+    std::vector<PartColumn> columns;                       // one for each box
+    std::size_t composedColumns = 0;  // those behind are still to be filled; the first of them is begun
     std::int32_t composedLimit = 0;
     std::int32_t shownLimit = 0;  // characters from here on are overset, when all is composed
     bool overset = false;

@@ -19,9 +19,13 @@ std::optional<AnchorPoint> ComposedStory::anchorAt(std::int32_t position) const 
     const std::int32_t column = columnOf(position);
     if (column < 0 || found == anchors.end() || found->position != position) return std::nullopt;
     const ComposedColumn& shows = columns[static_cast<std::size_t>(column)];
-    const double baseline = static_cast<double>(lines[found->line].baseline);
-    return AnchorPoint{shows.frameIndex, shows.box, static_cast<double>(found->x), baseline,
-                       baseline - static_cast<double>(found->above)};
+    const auto baseline = static_cast<double>(lines[found->line].baseline + found->y);
+    return AnchorPoint{shows.frameIndex,
+                       shows.box,
+                       static_cast<double>(found->x),
+                       baseline,
+                       baseline - static_cast<double>(found->above),
+                       {static_cast<double>(found->directionX), static_cast<double>(found->directionY)}};
 }
 
 }  // namespace tarnova

@@ -331,7 +331,7 @@ class LinePlacer {
             return;
         }
         if (piece.anchor != nullptr) {
-            story_.anchors.push_back({piece.anchor->position, static_cast<std::uint32_t>(story_.lines.size()), x, 0});
+            story_.anchors.push_back({piece.anchor->position, static_cast<std::uint32_t>(story_.lines.size()), x});
             x += piece.width;
             open_ = false;
             return;

@@ -1,5 +1,8 @@
 #include "host/text/path_flow.h"
 
+#include <algorithm>
+#include <span>
+
 #include "host/text/path_line.h"
 
 namespace tarnova {
@@ -24,11 +27,11 @@ float riseOf(const PathTextOptions& options, const LineHeight& height) {
     return offset;
 }
 
-/// Takes the runs of a straight line on the baseline 0 apart and puts their clusters on a path.
+/// Takes the runs of a straight line on the baseline 0 apart and puts their clusters, and items in it, on a path.
 class LineBender {
  public:
-    LineBender(const PathLine& line, bool turns, float rise, ComposedStory& story)
-        : line_(line), turns_(turns), rise_(rise), story_(story) {}
+    LineBender(const PathLine& line, bool turns, float rise, std::span<const AnchorBox> boxes, ComposedStory& story)
+        : line_(line), turns_(turns), rise_(rise), boxes_(boxes), story_(story) {}
 
     void bend(ComposedLine& composed) {
         const std::vector<GlyphRun> straight(story_.runs.begin() + composed.firstRun, story_.runs.end());
@@ -36,6 +39,11 @@ class LineBender {
         for (const GlyphRun& run : straight)
             bendRun(run);
         composed.runCount = static_cast<std::uint32_t>(story_.runs.size()) - composed.firstRun;
+        for (PlacedAnchor& anchor : story_.anchors) {
+            const auto box = std::lower_bound(boxes_.begin(), boxes_.end(), anchor.position,
+                                              [](const AnchorBox& b, std::int32_t at) { return b.position < at; });
+            place(anchor, box->width, 0);
+        }
     }
 
  private:
@@ -51,7 +59,8 @@ class LineBender {
             cluster.width = advance * scale;
             cluster.firstGlyph = first;
             cluster.glyphCount = behind - first;
-            place(cluster, run.y);
+            place(cluster, cluster.width, run.y);
+            story_.runs.push_back(cluster);
             x += cluster.width;
             first = behind;
         }
@@ -67,21 +76,22 @@ class LineBender {
         return at;
     }
 
-    /// The middle of the cluster stands over the path, square to it.
-    void place(GlyphRun& run, float y) {
-        const PathLine::Place at = line_.at(static_cast<double>(run.x + run.width / 2));
+    /// The middle of a cluster or an item stands over the path, square to it.
+    template <typename Placed>
+    void place(Placed& placed, float width, float y) const {
+        const PathLine::Place at = line_.at(static_cast<double>(placed.x + width / 2));
         const PMPoint along = turns_ ? at.direction : PMPoint{1, 0};
-        const double half = static_cast<double>(run.width) / 2, up = static_cast<double>(rise_ - y);
-        run.x = static_cast<float>(at.point.x - along.x * half + along.y * up);
-        run.y = static_cast<float>(at.point.y - along.y * half - along.x * up);
-        run.directionX = static_cast<float>(along.x);
-        run.directionY = static_cast<float>(along.y);
-        story_.runs.push_back(run);
+        const double half = static_cast<double>(width) / 2, up = static_cast<double>(rise_ - y);
+        placed.x = static_cast<float>(at.point.x - along.x * half + along.y * up);
+        placed.y = static_cast<float>(at.point.y - along.y * half - along.x * up);
+        placed.directionX = static_cast<float>(along.x);
+        placed.directionY = static_cast<float>(along.y);
     }
 
     const PathLine& line_;
     bool turns_;
     float rise_;
+    std::span<const AnchorBox> boxes_;  // by position
     ComposedStory& story_;
 };
 
@@ -95,10 +105,12 @@ void PathFlow::compose(const ComposeInput& input, const SubPath& path, const Pat
     column.box = input.columns.front().box;
     const PathLine line(path, options.flip);
     const auto room = static_cast<float>(line.length() - options.start - options.end);
-    if (room > 0 && !input.paragraphs.empty()) {
-        const LineHeight height = setLine(input, static_cast<float>(options.start), room, story);
+    const std::optional<LineHeight> height = room > 0 && !input.paragraphs.empty()
+                                                 ? setLine(input, static_cast<float>(options.start), room, story)
+                                                 : std::nullopt;
+    if (height) {
         const bool turns = options.effect == PathTextOptions::Effect::follow;
-        LineBender(line, turns, riseOf(options, height), story).bend(story.lines.front());
+        LineBender(line, turns, riseOf(options, *height), input.anchors, story).bend(story.lines.front());
         column.lineCount = 1;
         column.limit = story.shownLimit = story.lines.front().limit;
     }
@@ -106,12 +118,13 @@ void PathFlow::compose(const ComposeInput& input, const SubPath& path, const Pat
     story.overset = story.shownLimit < length - 1;
 }
 
-LineHeight PathFlow::setLine(const ComposeInput& input, float start, float room, ComposedStory& story) {
+std::optional<LineHeight> PathFlow::setLine(const ComposeInput& input, float start, float room, ComposedStory& story) {
     const ParagraphSpan& span = input.paragraphs.front();
     ParaFormat format = *span.format;
     format.hyphenate = false;  // there is no next line for the rest of a word
     std::u32string_view text = input.text.substr(0, static_cast<std::size_t>(span.length));
     if (text.back() == returnMark) text.remove_suffix(1);
+    paragraph_.anchors = input.anchors;
     paragraph_.assign(text, 0, input.formats, 0, 0, input.shown);
     LineMeasure measure;
     measure.left = static_cast<float>(format.leftIndent + format.firstLineIndent);
@@ -119,13 +132,16 @@ LineHeight PathFlow::setLine(const ComposeInput& input, float start, float room,
     measure.start = measure.left;
     measure.isFirst = true;
     const LineExtent extent = breakLine(paragraph_, 0, measure, format, input.text);
+    const bool hasAnchors = !input.anchors.empty();
+    if (hasAnchors && widestAnchor(paragraph_, extent) > measure.width + widthTolerance) return std::nullopt;
     const bool isWhole = extent.limit >= paragraph_.pieces.size();
     const LineHeight height = heightOf(paragraph_, extent);
-    ComposedLine& line = story.lines.emplace_back();
+    ComposedLine line;
     line.limit = isWhole ? span.length : paragraph_.storyPosition(paragraph_.pieces[extent.limit].start);
     line.ascent = height.ascent;
     line.descent = height.descent;
     placeLine(paragraph_, extent, measure, format, input.text, start, 0, story, line);
+    story.lines.push_back(line);
     return height;
 }
 

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <optional>
+
 #include "host/model/page_item.h"
 #include "host/model/story.h"
 #include "host/text/compose_input.h"
@@ -22,8 +24,9 @@ class PathFlow {
     void compose(const ComposeInput& input, const SubPath& path, const PathTextOptions& options, ComposedStory& story);
 
  private:
-    /// Sets the first line straight, on the baseline 0 from `start` on; gives its height.
-    LineHeight setLine(const ComposeInput& input, float start, float room, ComposedStory& story);
+    /// Sets the first line straight, on the baseline 0 from `start` on; gives its height. Nothing, and nothing is set,
+    /// when an item in it is wider than the line.
+    std::optional<LineHeight> setLine(const ComposeInput& input, float start, float room, ComposedStory& story);
 
     Shaper shaper_;
     Paragraph paragraph_;

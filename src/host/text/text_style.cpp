@@ -15,7 +15,15 @@ FontFeatures featuresOf(const CharFormat& format) {
     return {format.pairKerning, format.ligatures && format.tracking == 0, format.language};
 }
 
+double fullSizeOf(const CharFormat& format) {
+    return std::max(format.pointSize, smallestSize) * std::max(format.verticalScale, smallestScale);
+}
+
 }  // namespace
+
+double letterSize(const CharFormat& format) {
+    return fullSizeOf(format) * (format.position != TextPosition::normal ? scriptSize : 1);
+}
 
 const TextStyle& TextStyles::of(const CharFormat& format) {
     Kept& kept = kept_[(reinterpret_cast<std::uintptr_t>(&format) / 32) % keptCount];
@@ -37,12 +45,12 @@ TextStyle TextStyles::variant(const TextStyle& style, const Font& font, bool red
 TextStyle TextStyles::resolve(const CharFormat& format) {
     const Font& font = *FontService::instance().find(format.family, format.fontStyle);
     const double verticalScale = std::max(format.verticalScale, smallestScale);
-    const double fullSize = std::max(format.pointSize, smallestSize) * verticalScale;
+    const double fullSize = fullSizeOf(format);
     const bool isScript = format.position != TextPosition::normal;
     const double direction = format.position == TextPosition::subscript ? -1 : 1;
     TextStyle style;
     style.face = &shaper_.face(font, featuresOf(format));
-    style.size = static_cast<float>(fullSize * (isScript ? scriptSize : 1));
+    style.size = static_cast<float>(letterSize(format));
     style.horizontalScale = static_cast<float>(std::max(format.horizontalScale, smallestScale) / verticalScale);
     style.shift = static_cast<float>(format.baselineShift + (isScript ? direction * scriptShift * fullSize : 0));
     style.spread = static_cast<float>(format.tracking + format.kerning);

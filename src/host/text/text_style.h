@@ -16,6 +16,9 @@ inline constexpr double scriptShift = 0.333;
 inline constexpr double smallCapSize = 0.7;
 inline constexpr double autoLeading = 1.2;
 
+/// Points of a format's letters as they are set; its small capitals are smaller.
+[[nodiscard]] double letterSize(const CharFormat& format);
+
 /// One look of text. Pieces of a paragraph refer to it.
 struct TextStyle {
     const CharFormat* format = nullptr;

@@ -24,7 +24,7 @@ constexpr const char* startingLayout = R"({"tarnovaLayout": 1, "pageSize": [100,
                    {"items": [{"name": "two", "layer": "Front", "bounds": [5, 5, 40, 40], "flowsFrom": "one"},
                               {"bounds": [5, 50, 40, 40], "text": "x", "columns": 3}]}],
          "items": [{"bounds": [500, 5, 40, 40], "text": "pasteboard"}]},
-        {"pages": [{"master": "A", "items": [{"bounds": [5, 5, 40, 40], "flowsFrom": "two"}, {"bounds": [5, 50, 9, 9], "tag": {"link": "L"},
+        {"pages": [{"master": "A", "items": [{"bounds": [5, 5, 40, 40], "flowsFrom": "two", "pathText": {"text": "around {{Name}}", "start": 2}}, {"bounds": [5, 50, 9, 9], "tag": {"link": "L"},
              "picture": {"file": "a.tif", "inner": [0, 0, 9, 9], "clip": {"type": "detectedEdges"}}}]}]}],
     "sections": [{"page": 2, "prefix": "A-", "includePrefix": true}, {"page": 3, "style": "lowerRoman", "startNumber": 7}]})";
 
@@ -105,6 +105,7 @@ class Census {
             framesByStory[item->story].insert(uid);
             EXPECT_EQ(document.childCount(uid), item->shape->text.columns);
         }
+        if (item->pathStory != kInvalidUID) framesByStory[item->pathStory].insert(uid);
         for (std::size_t i = 0; i < item->children.size(); ++i) {
             const PageItem* child = document.item(item->children[i]);
             ASSERT_NE(child, nullptr);
@@ -175,7 +176,7 @@ class RandomEdits {
             &RandomEdits::addSection,  &RandomEdits::applyMaster,  &RandomEdits::overrideMasters,
             &RandomEdits::linkFrames,  &RandomEdits::lockLayer,    &RandomEdits::detachMasters,
             &RandomEdits::groupItems,  &RandomEdits::ungroup,      &RandomEdits::moveItem,
-            &RandomEdits::copyItem,    &RandomEdits::setContent};
+            &RandomEdits::copyItem,    &RandomEdits::setContent,   &RandomEdits::setPathText};
         while (!oneOf(operations)(*this)) {
         }
     }
@@ -268,6 +269,14 @@ class RandomEdits {
         const UID item = anyItem();
         const auto kind = static_cast<ContentKind>(below(3));
         return document->contentKind(item) != kind && document->setContentKind(item, kind) == 0;
+    }
+    bool setPathText() {
+        const UID item = anyItem();
+        if (below(3) == 0) return document->textOnPath(item) != kInvalidUID && document->setPathText(item, {}) == 0;
+        const bool isNew = document->textOnPath(item) == kInvalidUID;
+        if (document->setPathText(item, PathTextOptions{.start = double(below(9)), .flip = below(2) == 0}) != 0) return false;
+        if (isNew) noteStep();
+        return isNew ? document->textReplace(document->textOnPath(item), 0, 0, U"on a path", true) == 0 : true;
     }
     bool applyMaster() {
         if (document->pageCount() == 0) return false;

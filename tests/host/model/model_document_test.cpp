@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "document/walk.h"
 #include "host/model/attribute_pool.h"
 #include "host/model/document_builder.h"
 #include "host/model/item_shape.h"
@@ -222,6 +223,35 @@ TEST_F(ModelDocumentTest, SequencesThatCantBeUndone) {
     document->EndCommandSequence();
     EXPECT_FALSE(document->undoNamedStep("Outer"));
     EXPECT_EQ(document->textRead(story, 0, 2), U"Ah");
+}
+
+/// Visiting a locked layer unlocks it, which is no step when nothing else happens.
+TEST_F(ModelDocumentTest, WalksOfLockedLayersLeaveNoStep) {
+    struct : ZavoFrameCallback {
+        std::int32_t FrameEnd() override {
+            if (changes) frameRef.database->setItemLocked(frameRef.uid, true);
+            return 0;
+        }
+        bool changes = false;
+    } locker;
+    const auto walk = [&] {
+        walkDocument(*document, &locker, nullptr, 0, 0, WalkScope::everything, false, false, nullptr, nullptr, nullptr,
+                     false);
+    };
+    document->setLayerLocked(document->layerAt(1), true);
+    ASSERT_EQ(document->textReplace(story, 0, 4, U"Hi", true), 0);
+    ASSERT_TRUE(document->undo());
+    document->setLocation("/nowhere", "saved.tvd");
+    walk();
+    EXPECT_TRUE(document->documentIsSaved());
+    EXPECT_TRUE(document->layerLocked(document->layerAt(1)));
+    EXPECT_EQ(document->redo(), "Replace Text") << "what was undone can be done again";
+    locker.changes = true;
+    walk();
+    EXPECT_EQ(document->undo(), visitStepName);
+    EXPECT_FALSE(document->itemLocked(box));
+    EXPECT_EQ(document->undo(), "Replace Text");
+    EXPECT_EQ(document->undo(), "Lock Layer");
 }
 
 TEST_F(ModelDocumentTest, CopiedSpreadSharesUntilChanged) {

@@ -110,6 +110,24 @@ TEST_F(PathTextTest, IsCountedByAWalk) {
     EXPECT_EQ(characters, 6 + 6) << "\"inside\" and \"around\"";
 }
 
+TEST_F(PathTextTest, HoldsItems) {
+    const UID story = putText(box, U"around");
+    ASSERT_EQ(document->anchorItem(frame, story, 3), 0);
+    EXPECT_EQ(document->inlinePosition(frame), std::pair(story, 3));
+    EXPECT_EQ(document->pageOfItem(frame).page, page);
+    EXPECT_NE(document->setItemFlow(frame, {{.kind = AnchorOptions::Kind::aboveLine}, {}}), 0) << "there is one line";
+    EXPECT_NE(document->anchorItem(box, document->textOfFrame(frame), 0), 0) << "the frame that shows the text around it";
+    std::int32_t items = 0;
+    walkDocument(*document, nullptr, nullptr, 0, 0, WalkScope::pagesOnly, false, false, &items, nullptr, nullptr, false);
+    EXPECT_EQ(items, 3) << "the box, the group and the frame on the path";
+    ASSERT_EQ(document->setPathText(box, std::nullopt), 0);
+    EXPECT_FALSE(document->itemExists(frame));
+    undoSteps(1);
+    EXPECT_EQ(document->inlinePosition(frame), std::pair(story, 3));
+    ASSERT_EQ(document->releaseItem(frame), 0);
+    EXPECT_EQ(textOnPath(box), U"around");
+}
+
 TEST_F(PathTextTest, WhatHasNoPathOrCantBeSavedIsRefused) {
     const PathTextOptions far{.offset = 2e7}, nowhere{.start = std::nan("")};
     const std::pair<UID, PathTextOptions> rows[] = {

@@ -6,6 +6,7 @@
 
 #include "host/render/pdf_writer.h"
 #include "host/render/png_output.h"
+#include "host/render/postscript_output.h"
 #include "host/render/svg_output.h"
 #include "host/text/composer.h"
 #include "tests/host/files/layout_kit.h"
@@ -17,8 +18,8 @@ namespace {
 
 using namespace tarnova::testing;
 
-/// A circle with text outside and one with text inside, both underlined, and a wave on a turned frame; in RGB, since
-/// programs convert CMYK differently.
+/// A circle with text outside and one with text inside, both underlined, a wave with an item in its text on a turned
+/// frame, and upright letters; in RGB, since programs convert CMYK differently.
 constexpr const char* page = R"({"tarnovaLayout": 1, "pageSize": [200, 200],
 "swatches": [{"name": "Ink", "rgb": [0, 0, 0]}],
 "characterStyles": [{"name": "Ring", "color": "Ink", "size": 18, "underline": true}],
@@ -27,7 +28,8 @@ constexpr const char* page = R"({"tarnovaLayout": 1, "pageSize": [200, 200],
   {"kind": "ellipse", "bounds": [110, 90, 80, 80],
    "pathText": {"flip": true, "offset": 4, "text": [{"text": [{"text": "and inside", "style": "Ring"}]}]}},
   {"path": "M 0 0 C 40 -40 60 40 100 0", "matrix": [0.8, 0.3, -0.3, 0.8, 20, 140],
-   "pathText": {"text": [{"align": "center", "text": [{"text": "on a wave", "color": "Ink", "size": 20}]}]}}
+   "pathText": {"text": [{"align": "center", "text": [{"text": "on a wave", "color": "Ink", "size": 20}, {"item": {"bounds": [0, 0, 12, 8], "fill": "Ink"}}]}]}},
+  {"path": "M 5 55 L 35 25", "pathText": {"effect": "upright", "text": [{"text": [{"text": "ll", "color": "Ink", "size": 20}]}]}}
 ]}]})";
 
 class PathTextPage : public ::testing::Test {
@@ -43,6 +45,14 @@ class PathTextPage : public ::testing::Test {
         ASSERT_EQ(writer.oversetStories(), 0);
     }
 
+    [[nodiscard]] UID itemOnWave() const {
+        for (UID story : document->stories()) {
+            const auto owned = document->ownedItems(story, 0, document->totalLength(story));
+            if (!owned.empty()) return owned[0].item;
+        }
+        return kInvalidUID;
+    }
+
     ScratchFolder folder;
     std::string own = folder.path("own.png"), pdf = folder.path("path.pdf"), error;
     std::unique_ptr<DocumentModel> document;
@@ -50,8 +60,22 @@ class PathTextPage : public ::testing::Test {
 
 TEST_F(PathTextPage, AllOutputsShowTheSame) {
     ASSERT_EQ(complaintsAbout(pdf), "");
-    ASSERT_EQ(runCommand("pdftoppm -r 288 -png -singlefile '" + pdf + "' '" + folder.path("pdf") + "'").status, 0);
-    expectTheSamePicture(Picture(own), Picture(folder.path("pdf.png")));
+    DisplayList list;
+    ASSERT_TRUE(buildDisplayList(*document, document->pageAt(0), list));
+    const std::string ps = folder.path("path.ps"), eps = folder.path("path.eps");
+    PostScriptWriter writer;
+    ASSERT_TRUE(writer.open(ps, "", PostScriptKind::document) && writer.addPage(list) && writer.finish());
+    ASSERT_TRUE(writePageEps(list, eps, "", error)) << error;
+    for (const std::string& file : {pdf, ps, eps}) {
+        SCOPED_TRACE(file);
+        std::string shown = file;
+        if (file != pdf) {
+            shown += ".pdf";
+            ASSERT_EQ(runCommand("gs -q -dSAFER -dEPSCrop -sDEVICE=pdfwrite -o '" + shown + "' '" + file + "'").output, "");
+        }
+        ASSERT_EQ(runCommand("pdftoppm -r 288 -png -singlefile '" + shown + "' '" + file + "'").status, 0);
+        expectTheSamePicture(Picture(own), Picture(file + ".png"));
+    }
     const std::string svg = folder.path("path.svg"), drawn = folder.path("svg.png");
     ASSERT_TRUE(writePageSvg(*document, document->pageAt(0), svg, nullptr, error)) << error;
     ASSERT_EQ(runCommand("rsvg-convert -b white --dpi-x 288 --dpi-y 288 -o '" + drawn + "' '" + svg + "'").status, 0);
@@ -71,12 +95,20 @@ TEST_F(PathTextPage, TextStandsOnItsSideOfThePath) {
     EXPECT_EQ(dark(50, 45, 90, 95), 0) << "inside";
     EXPECT_GT(dark(112, 120, 128, 140), 200) << "inside of the second, at its left";
     EXPECT_EQ(dark(130, 172, 170, 199), 0) << "below it";
+    const PMMatrix onWave = document->toSpread(*document->item(itemOnWave()));
+    EXPECT_EQ(picture.at(static_cast<int>(onWave.map({6, 4}).x * 4), static_cast<int>(onWave.map({6, 4}).y * 4)), 0u);
+    // The stems of letters that stay upright are as wide as they are on a level line.
+    int stems = 0;
+    for (int x = 0; x < 20 * 4; ++x)
+        stems += picture.darkPixels(x, 30 * 4, x + 1, 56 * 4) > 12 * 4 ? 1 : 0;
+    EXPECT_GE(stems, 8);
+    EXPECT_LE(stems, 16) << "two of two points or less";
 }
 
 TEST_F(PathTextPage, TheTextIsFoundAgain) {
     std::string text = runCommand("pdftotext -raw '" + pdf + "' -").output;
     std::erase_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\f'; });
-    EXPECT_EQ(text, "allaroundtheworldandinsideonawave");
+    EXPECT_EQ(text, "allaroundtheworldandinsideonawavell");
 }
 
 }  // namespace

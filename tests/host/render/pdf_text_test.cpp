@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/render/pdf_writer.h"
+#include "host/render/text_rules.h"
 #include "tests/host/render/page_kit.h"
 
 namespace tarnova {
@@ -230,6 +231,24 @@ TEST_F(PdfText, RulesFollowTheFontsMetrics) {
     EXPECT_NEAR(under[2], thickness, 0.002);
     EXPECT_GT(through[0], 252) << "through the letters";
     EXPECT_LT(through[0], 258);
+}
+
+/// Small capitals, and characters that another font has, interrupt no rule.
+TEST_F(PdfText, RulesKeepTheirHeight) {
+    CharFormat format = formatOf("Nimbus Sans", 20);
+    format.underline = format.strikeThrough = true;
+    GlyphRun run;
+    run.format = &format;
+    run.font = FontService::instance().find("Nimbus Sans", "Regular");
+    run.size = 20;
+    const TextRules usual = textRulesOf(run);
+    run.size = 14;
+    run.font = FontService::instance().find("DejaVu Sans", "Regular");
+    const TextRules reduced = textRulesOf(run);
+    ASSERT_EQ(reduced.count, 2);
+    for (int i : {0, 1})
+        EXPECT_EQ(reduced.rules[i], usual.rules[i]);
+    EXPECT_GT(usual.rules[0].height(), 0);
 }
 
 TEST_F(PdfText, FontsAreEmbeddedAsSmallSubsets) {

@@ -114,6 +114,36 @@ TEST_F(PathFlowTest, UprightGlyphsStandOverTheirPlace) {
     }
 }
 
+/// An item stands with its middle over the path, between the letters around it, and turns as they do.
+TEST_F(PathFlowTest, ItemsStandInTheLine) {
+    const auto text = [](int width) {
+        return R"([{"text": ["all around ", {"item": {"bounds": [0, 0, )" + std::to_string(width) + R"(, 6]}}, "x"]}])";
+    };
+    struct testRow {
+        const char* options;
+        double foot, top;  // distances of the middles of its sides from the circle's centre
+    };
+    const testRow rows[] = {{"", 50, 56}, {", \"offset\": 4", 54, 60}, {", \"flip\": true", 50, 44}};
+    for (const auto& [options, foot, top] : rows) {
+        const ComposedStory& onPath = compose(circle, text(10), options);
+        ASSERT_EQ(onPath.anchors.size(), 1u) << options;
+        const PMMatrix toSpread = document->toSpread(*document->item(document->ownedItems(story, 0, 99)[0].item));
+        const auto radius = [&](double x, double y) {
+            const PMPoint at = toSpread.map({x, y});
+            return std::hypot(at.x - 50, at.y - 50);
+        };
+        EXPECT_NEAR(radius(5, 6), foot, 0.05) << options;
+        EXPECT_NEAR(radius(5, 0), top, 0.05) << options;
+        const PMPoint right = toSpread.map({10, 6});
+        EXPECT_NEAR(std::hypot(onPath.runs.back().x - right.x, onPath.runs.back().y - right.y), 0, 2) << options;
+    }
+    compose(circle, text(10), ", \"effect\": \"upright\"");
+    const PMRect upright = document->boundsInSpread(document->ownedItems(story, 0, 99)[0].item);
+    EXPECT_NEAR(upright.height(), 6, 1e-6);
+    EXPECT_NEAR(std::hypot((upright.left + upright.right) / 2 - 50, upright.bottom - 50), 50, 0.05);
+    EXPECT_TRUE(compose(levelLine, text(101)).isOverset()) << "wider than the line";
+}
+
 /// Marks stay with their base, and the clusters of a ligature together.
 TEST_F(PathFlowTest, ClustersStayTogether) {
     const ComposedStory& onPath = compose(circle, "\"x\xCC\x88" "x\"");
