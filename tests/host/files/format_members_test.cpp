@@ -20,11 +20,7 @@ std::string paragraphWith(const std::string& members) {
 }
 
 TEST(FormatMembers, ParagraphFormatsAreReadAndKept) {
-    struct Row {
-        const char* members;
-        ParaFormat expected;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, ParaFormat> rows[] = {
         {R"("align": "left")", {}},
         {R"("hyphenate": true, "hyphenWordLetters": 64, "hyphenLettersBefore": 1, "hyphenLettersAfter": 9,
             "hyphensInARow": 0)",
@@ -54,11 +50,11 @@ TEST(FormatMembers, ParagraphFormatsAreReadAndKept) {
                    {90, TabStop::Kind::decimal, U". ", U'\u00D7'},
                    {100, TabStop::Kind::left}}}},
     };
-    for (const Row& row : rows) {
-        const auto document = opened(paragraphWith(row.members));
-        EXPECT_EQ(paragraphOf(*document), row.expected) << row.members;
+    for (const auto& [members, expected] : rows) {
+        const auto document = opened(paragraphWith(members));
+        EXPECT_EQ(paragraphOf(*document), expected) << members;
         expectStable(*document);
-        EXPECT_EQ(paragraphOf(*opened(writeLayout(*document))), row.expected) << row.members;
+        EXPECT_EQ(paragraphOf(*opened(writeLayout(*document))), expected) << members;
     }
 }
 
@@ -91,31 +87,29 @@ TEST(FormatMembers, LinksOfText) {
 }
 
 TEST(FormatMembers, ParagraphFormatsOutsideTheirLimits) {
-    const char* const rows[] = {
-        R"("hyphenate": 1)",
-        R"("hyphenWordLetters": 1)",
-        R"("hyphenWordLetters": 65)",
-        R"("hyphenLettersBefore": 0)",
-        R"("hyphenLettersAfter": 65)",
-        R"("hyphensInARow": -1)",
-        R"("hyphensInARow": 101)",
-        R"("hyphensInARow": 1.5)",
-        R"("wordSpaceLeast": -1)",
-        R"("wordSpaceWanted": 1001)",
-        R"("wordSpaceGreatest": 10001)",
-        R"("letterSpaceLeast": -101)",
-        R"("glyphScaleLeast": 49)",
-        R"("glyphScaleGreatest": 201)",
-        R"("keepFirstLines": 0)",
-        R"("keepWithNext": 51)",
-        R"("startIn": "nextLine")",
-        R"("gridLines": true)",
-        R"("leader": "")",
-        R"("leader": "123456789")",
-        R"("leader": "a\tb")",
-        R"("alignOn": "ab")",
-        R"("underlineWeight": -1)",
-    };
+    const char* const rows[] = {R"("hyphenate": 1)",
+                                R"("hyphenWordLetters": 1)",
+                                R"("hyphenWordLetters": 65)",
+                                R"("hyphenLettersBefore": 0)",
+                                R"("hyphenLettersAfter": 65)",
+                                R"("hyphensInARow": -1)",
+                                R"("hyphensInARow": 101)",
+                                R"("hyphensInARow": 1.5)",
+                                R"("wordSpaceLeast": -1)",
+                                R"("wordSpaceWanted": 1001)",
+                                R"("wordSpaceGreatest": 10001)",
+                                R"("letterSpaceLeast": -101)",
+                                R"("glyphScaleLeast": 49)",
+                                R"("glyphScaleGreatest": 201)",
+                                R"("keepFirstLines": 0)",
+                                R"("keepWithNext": 51)",
+                                R"("startIn": "nextLine")",
+                                R"("gridLines": true)",
+                                R"("leader": "")",
+                                R"("leader": "123456789")",
+                                R"("leader": "a\tb")",
+                                R"("alignOn": "ab")",
+                                R"("underlineWeight": -1)"};
     for (const char* member : rows) {
         layoutError error;
         const std::string name = std::string(member).substr(0, std::string(member).find(':'));

@@ -23,10 +23,7 @@ std::string shown(const std::vector<InlinePiece>& pieces) {
 }
 
 TEST(InlineLinks, Forms) {
-    struct testRow {
-        const char *text, *pieces;
-    };
-    const testRow rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"plain \\ text", "plain \\ text"},
         {"a\nb\r\nc\rd", "a\rb\rc\rd"},
         {"{{Name}}", "<1,Name,,|Name>"},
@@ -55,30 +52,25 @@ TEST(InlineLinks, Forms) {
 }
 
 TEST(InlineLinks, Faults) {
-    struct testRow {
-        const char *text, *says;
-    };
-    const testRow rows[] = {
-        {"{{Name", "\"}}\""},
-        {"{{Na\nme}}", "\"}}\""},
-        {"{{}}", "no name"},
-        {"{{:Name}}", "no key"},
-        {"{{Name|}}", "no text"},
-        {"{{12345678901234567890123456789012}}", "31 bytes"},
-        {"<!$K;Name", "no \">\""},
-        {"<!$K>", "semicolons"},
-        {"<!$K;N>", "one colon"},
-        {"<!$K:x;N:y>", "%3A"},
-        {"<!$K;N:a:b>", "one colon"},
-        {"<!$K;N:>", "closing <!!>"},
-        {"<!$K;N:><!!>", "no text"},
-        {"<!$K;N<!!>", "no \">\""},
-        {"<!$;N:x>", "no key"},
-        {"<!$K; :x>", "no name"},
-        {"<!$K%;N:x>", "%25"},
-        {"<!$K;N;;;;;;1:x>", "media data"},
-        {"<!$K;N;;;;;;2;abc:x>", "pairs"},
-    };
+    const std::pair<const char*, const char*> rows[] = {{"{{Name", "\"}}\""},
+                                                        {"{{Na\nme}}", "\"}}\""},
+                                                        {"{{}}", "no name"},
+                                                        {"{{:Name}}", "no key"},
+                                                        {"{{Name|}}", "no text"},
+                                                        {"{{12345678901234567890123456789012}}", "31 bytes"},
+                                                        {"<!$K;Name", "no \">\""},
+                                                        {"<!$K>", "semicolons"},
+                                                        {"<!$K;N>", "one colon"},
+                                                        {"<!$K:x;N:y>", "%3A"},
+                                                        {"<!$K;N:a:b>", "one colon"},
+                                                        {"<!$K;N:>", "closing <!!>"},
+                                                        {"<!$K;N:><!!>", "no text"},
+                                                        {"<!$K;N<!!>", "no \">\""},
+                                                        {"<!$;N:x>", "no key"},
+                                                        {"<!$K; :x>", "no name"},
+                                                        {"<!$K%;N:x>", "%25"},
+                                                        {"<!$K;N;;;;;;1:x>", "media data"},
+                                                        {"<!$K;N;;;;;;2;abc:x>", "pairs"}};
     for (const auto& [text, says] : rows) {
         std::string problem;
         static_cast<void>(parseInlineText(text, problem));
@@ -117,27 +109,23 @@ TEST(InlineLinks, BecomeTagsWithARecord) {
 }
 
 TEST(TagMembers, EveryRecordComesBack) {
-    struct testRow {
-        const char *tag, *written;
-    };
-    const testRow rows[] = {
-        {R"({"id": 9, "link": "L"})", R"({"id": 9, "link": "L"})"},
-        {R"({"id": 9, "key": "", "link": "L", "notes": ["a", "", "c"], "locked": true, "associate": true})",
-         R"({"id": 9, "key": "", "link": "L", "notes": ["a", "", "c"], "locked": true, "associate": true})"},
-        {R"({"id": 0, "kind": 1})", R"({"id": 0, "kind": 1})"},
-        {R"({"id": 9, "kind": 2, "link": "L", "rule": "R", "criteria": "C", "style": "S", "spare": ""})",
-         R"({"id": 9, "kind": 2, "link": "L", "rule": "R", "criteria": "C", "style": "S", "spare": ""})"},
+    const std::pair<const char*, const char*> rows[] = {
+        {R"({"id": 9, "link": "L"})", nullptr},
+        {R"({"id": 9, "key": "", "link": "L", "notes": ["a", "", "c"], "locked": true, "associate": true})", nullptr},
+        {R"({"id": 0, "kind": 1})", nullptr},
+        {R"({"id": 9, "kind": 2, "link": "L", "rule": "R", "criteria": "C", "style": "S", "spare": ""})", nullptr},
         // Records that fields can't show: cut short, wrong length, a byte behind, a field of length 0.
-        {R"({"id": 9, "record": "AAAA"})", R"({"id": 9, "record": "AAAA"})"},
-        {R"({"id": 9, "record": "AAAACQABAAA="})", R"({"id": 9, "record": "AAAACQABAAA="})"},
-        {R"({"id": 9, "record": "AAAACQABAAAA"})", R"({"id": 9, "record": "AAAACQABAAAA"})"},
-        {R"({"id": 9, "record": "AAAAEAABAAAAAAVreS5yMQ=="})", R"({"id": 9, "record": "AAAAEAABAAAAAAVreS5yMQ=="})"},
+        {R"({"id": 9, "record": "AAAA"})", nullptr},
+        {R"({"id": 9, "record": "AAAACQABAAA="})", nullptr},
+        {R"({"id": 9, "record": "AAAACQABAAAA"})", nullptr},
+        {R"({"id": 9, "record": "AAAAEAABAAAAAAVreS5yMQ=="})", nullptr},
         // A record of kind 1 without fields is what fields show.
         {R"({"id": 9, "record": "AAAACAABAAI="})", R"({"id": 9, "kind": 1})"},
     };
-    for (const auto& [tag, written] : rows) {
+    for (const auto& [tag, other] : rows) {
+        const std::string written = other == nullptr ? tag : other;
         const auto document = opened(frameWith(R"([{"text": [{"text": "a", "tag": )" + std::string(tag) + "}]}]"));
-        EXPECT_NE(writeLayout(*document).find(R"("tag": )" + std::string(written) + "}"), std::string::npos)
+        EXPECT_NE(writeLayout(*document).find(R"("tag": )" + written + "}"), std::string::npos)
             << tag << "\n"
             << writeLayout(*document);
         expectStable(*document);
@@ -147,28 +135,24 @@ TEST(TagMembers, EveryRecordComesBack) {
 /// Links on items, as they are written again.
 TEST(TagMembers, LinksOfItems) {
     struct testRow {
-        const char *name, *members, *written;
+        const char *name, *members, *other;  // what is written instead, if it isn't the same
     };
     const testRow rows[] = {
-        {"a name", R"("tag": {"link": "Photo"})", R"("tag": {"link": "Photo"}})"},
+        {"a name", R"("tag": {"link": "Photo"})", nullptr},
         {"all fields",
          R"("tag": {"associate": true, "notes": ["n"], "kind": 2, "key": "K", "link": "L", "rule": "R", "criteria": "C", "style": "S"})",
          R"("tag": {"kind": 2, "key": "K", "link": "L", "rule": "R", "criteria": "C", "style": "S", "notes": ["n", "", ""], "associate": true}})"},
-        {"media only", R"("tallyraTag": {"kind": 1, "locked": true})", R"("tallyraTag": {"kind": 1, "locked": true}})"},
-        {"both stores", R"("tag": {"link": "A"}, "tallyraTag": {"link": "B"})",
-         R"("tag": {"link": "A"}, "tallyraTag": {"link": "B"}})"},
-        {"a link beside other data", R"("tag": {"link": "A"}, "data": {"tallyra": "AAAAAAAAAAE="})",
-         R"("tag": {"link": "A"}, "data": {"tallyra": "AAAAAAAAAAE="}})"},
+        {"media only", R"("tallyraTag": {"kind": 1, "locked": true})", nullptr},
+        {"both stores", R"("tag": {"link": "A"}, "tallyraTag": {"link": "B"})", nullptr},
+        {"a link beside other data", R"("tag": {"link": "A"}, "data": {"tallyra": "AAAAAAAAAAE="})", nullptr},
         {"data that is a link", R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcAAAAAgAAQAC"})", R"("tag": {"kind": 1}})"},
-        {"a link of another version", R"("data": {"kelvane": "AAAAEAAAAAIAAAAIQVFNcAAAAAgAAQAC"})",
-         R"("data": {"kelvane": "AAAAEAAAAAIAAAAIQVFNcAAAAAgAAQAC"}})"},
-        {"an entry of another type", R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcQAAAAgAAQAC"})",
-         R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcQAAAAgAAQAC"}})"},
-        {"a second entry", R"("data": {"kelvane": "AAAAGAAAAAEAAAAIQVFNcAAAAAgAAQACAAAAAGFxbUg="})",
-         R"("data": {"kelvane": "AAAAGAAAAAEAAAAIQVFNcAAAAAgAAQACAAAAAGFxbUg="}})"},
-        {"no entry", R"("data": {"kelvane": ""})", R"("data": {"kelvane": ""}})"},
+        {"a link of another version", R"("data": {"kelvane": "AAAAEAAAAAIAAAAIQVFNcAAAAAgAAQAC"})", nullptr},
+        {"an entry of another type", R"("data": {"kelvane": "AAAAEAAAAAEAAAAIQVFNcQAAAAgAAQAC"})", nullptr},
+        {"a second entry", R"("data": {"kelvane": "AAAAGAAAAAEAAAAIQVFNcAAAAAgAAQACAAAAAGFxbUg="})", nullptr},
+        {"no entry", R"("data": {"kelvane": ""})", nullptr},
     };
-    for (const auto& [name, members, written] : rows) {
+    for (const auto& [name, members, other] : rows) {
+        const std::string written = other == nullptr ? std::string(members) + "}" : other;
         const auto document = opened(pageWith(R"({"bounds": [0, 0, 9, 9], )" + std::string(members) + "}"));
         ASSERT_NE(document, nullptr) << name;
         EXPECT_NE(writeLayout(*document).find(written), std::string::npos) << name << "\n" << writeLayout(*document);

@@ -187,24 +187,6 @@ TEST(LayoutFile, ItemsOverrideThoseOfMastersByNameOrUid) {
     expectStable(*document);
 }
 
-TEST(LayoutFile, CopiesAreWrittenOnceAndRecognised) {
-    const auto document = opened(frameWith("\"A text that stands on every page and is written only once.\""));
-    for (int i = 0; i < 99; ++i)
-        ASSERT_EQ(document->duplicateSpread(document->spreadAt(0)), 0);
-    const std::string written = writeLayout(*document);
-    EXPECT_EQ(written.find("every page"), written.rfind("every page"));
-    const auto again = opened(written);
-    EXPECT_EQ(writeLayout(*again), written);
-    const std::vector<UID> stories = again->stories();
-    ASSERT_EQ(stories.size(), 100u);
-    const Story &first = *again->story(stories[0]), &last = *again->story(stories[99]);
-    EXPECT_EQ(first.content, last.content);
-    EXPECT_EQ(first.stamp, last.stamp);
-    EXPECT_EQ(again->item(first.frames[0])->stamp, again->item(last.frames[0])->stamp);
-    ASSERT_EQ(again->textReplace(stories[0], 0, 1, U"Some", true), 0);
-    EXPECT_EQ(again->textRead(stories[99], 0, 6), U"A text");
-}
-
 TEST(LayoutFile, EngineDataAndTablesOfNames) {
     const auto document = opened(pageWith(R"({"bounds": [0, 0, 1, 1], "data": {"tallyra": "AAEC/w=="}})"));
     const UID node = document->spreadLayerNode(document->spreadAt(0), document->layerAt(1));

@@ -75,11 +75,7 @@ TEST_F(ItemChanges, WhatCantBeGrouped) {
     ASSERT_EQ(document->addPages(1), 0);
     ASSERT_EQ(document->duplicateSpread(document->spreadAt(0)), 0);
     const UID elsewhere = document->childAt(document->spreadLayerNode(document->spreadAt(2), document->layerAt(1)), 0);
-    struct testRow {
-        const char* name;
-        std::vector<UID> items;
-    };
-    const testRow rows[] = {
+    const std::pair<const char*, std::vector<UID>> rows[] = {
         {"none", {}},
         {"one", {frame}},
         {"one twice", {frame, frame}},

@@ -174,11 +174,7 @@ TEST_F(StoryTextTest, AnchorsMoveWithTheText) {
 
 TEST_F(StoryTextTest, InconsistenciesAreFound) {
     using Damage = void (*)(StoryChunk&);
-    struct testRow {
-        const char* name;
-        Damage damage;
-    };
-    const testRow rows[] = {
+    const std::pair<const char*, Damage> rows[] = {
         {"runs too long", [](StoryChunk& c) { c.runs[0].length += 1; }},
         {"equal neighbours", [](StoryChunk& c) { c.runs[1].attributes = c.runs[0].attributes; }},
         {"paragraphs past their returns",

@@ -8,28 +8,22 @@ namespace tarnova {
 namespace {
 
 TEST(ByteBuffer, NumbersAreShortAndExact) {
-    struct TestRow {
-        double value;
-        const char* text;
-    };
-    const TestRow rows[] = {
-        {0, "0"},
-        {-0.00001, "0"},
-        {1, "1"},
-        {-1, "-1"},
-        {0.5, ".5"},
-        {-0.5, "-.5"},
-        {612, "612"},
-        {1.25, "1.25"},
-        {0.0001, ".0001"},
-        {0.00004, "0"},
-        {0.99996, "1"},
-        {-99.9999, "-99.9999"},
-        {100.01, "100.01"},
-        {1e300, "1000000000"},
-        {-1e300, "-1000000000"},
-        {std::numeric_limits<double>::quiet_NaN(), "0"},
-    };
+    const std::pair<double, const char*> rows[] = {{0, "0"},
+                                                   {-0.00001, "0"},
+                                                   {1, "1"},
+                                                   {-1, "-1"},
+                                                   {0.5, ".5"},
+                                                   {-0.5, "-.5"},
+                                                   {612, "612"},
+                                                   {1.25, "1.25"},
+                                                   {0.0001, ".0001"},
+                                                   {0.00004, "0"},
+                                                   {0.99996, "1"},
+                                                   {-99.9999, "-99.9999"},
+                                                   {100.01, "100.01"},
+                                                   {1e300, "1000000000"},
+                                                   {-1e300, "-1000000000"},
+                                                   {std::numeric_limits<double>::quiet_NaN(), "0"}};
     for (const auto& [value, text] : rows) {
         ByteBuffer out;
         out.putNumber(value);

@@ -54,11 +54,7 @@ TEST(OutputFile, RefusesPlacesWhereNoFileCanBe) {
     const ScratchFolder folder;
     std::ofstream(folder.path("plain")) << "x";
     std::filesystem::create_directory(folder.path("sub"));
-    struct TestRow {
-        const char* name;
-        std::string path;
-    };
-    const TestRow rows[] = {
+    const std::pair<const char*, std::string> rows[] = {
         {"no such folder", folder.path("none/out.pdf")},
         {"below a file", folder.path("plain/out.pdf")},
         {"a folder", folder.path("sub")},

@@ -6,11 +6,7 @@ namespace tarnova {
 namespace {
 
 TEST(PageRange, ReadsWhatPeopleWrite) {
-    struct TestRow {
-        const char* text;
-        std::vector<std::int32_t> pages;
-    };
-    const TestRow rows[] = {
+    const std::pair<const char*, std::vector<std::int32_t>> rows[] = {
         {"1", {0}},          {"1-3,5", {0, 1, 2, 4}}, {" 2 - 3 , 10 ", {1, 2, 9}}, {"9-", {8, 9}}, {"5,1", {0, 4}},
         {"2,2-3,3", {1, 2}}, {"10-10", {9}},
     };
@@ -23,11 +19,7 @@ TEST(PageRange, ReadsWhatPeopleWrite) {
 }
 
 TEST(PageRange, SaysWhichPartIsWrong) {
-    struct TestRow {
-        const char* text;
-        const char* error;
-    };
-    const TestRow rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"", "\"\" is no page number; write pages like 1-3,5"},
         {"1,,2", "\"\" is no page number; write pages like 1-3,5"},
         {"1,x", "\"x\" is no page number; write pages like 1-3,5"},

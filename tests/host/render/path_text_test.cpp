@@ -6,8 +6,6 @@
 
 #include "host/render/pdf_writer.h"
 #include "host/render/png_output.h"
-#include "host/render/postscript_output.h"
-#include "host/render/svg_output.h"
 #include "host/text/composer.h"
 #include "tests/host/files/layout_kit.h"
 #include "tests/host/render/page_kit.h"
@@ -59,27 +57,9 @@ class PathTextPage : public ::testing::Test {
 };
 
 TEST_F(PathTextPage, AllOutputsShowTheSame) {
-    ASSERT_EQ(complaintsAbout(pdf), "");
     DisplayList list;
     ASSERT_TRUE(buildDisplayList(*document, document->pageAt(0), list));
-    const std::string ps = folder.path("path.ps"), eps = folder.path("path.eps");
-    PostScriptWriter writer;
-    ASSERT_TRUE(writer.open(ps, "", PostScriptKind::document) && writer.addPage(list) && writer.finish());
-    ASSERT_TRUE(writePageEps(list, eps, "", error)) << error;
-    for (const std::string& file : {pdf, ps, eps}) {
-        SCOPED_TRACE(file);
-        std::string shown = file;
-        if (file != pdf) {
-            shown += ".pdf";
-            ASSERT_EQ(runCommand("gs -q -dSAFER -dEPSCrop -sDEVICE=pdfwrite -o '" + shown + "' '" + file + "'").output, "");
-        }
-        ASSERT_EQ(runCommand("pdftoppm -r 288 -png -singlefile '" + shown + "' '" + file + "'").status, 0);
-        expectTheSamePicture(Picture(own), Picture(file + ".png"));
-    }
-    const std::string svg = folder.path("path.svg"), drawn = folder.path("svg.png");
-    ASSERT_TRUE(writePageSvg(*document, document->pageAt(0), svg, nullptr, error)) << error;
-    ASSERT_EQ(runCommand("rsvg-convert -b white --dpi-x 288 --dpi-y 288 -o '" + drawn + "' '" + svg + "'").status, 0);
-    expectTheSamePicture(Picture(own), Picture(drawn));
+    expectOutputsAgree(list, folder);
 }
 
 /// Outside of the first circle there is text all around, inside of it none but the underline; the other way round at

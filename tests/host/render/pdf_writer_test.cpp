@@ -122,32 +122,6 @@ TEST_F(PdfFile, AThousandPagesHangInNodesOfAHundred) {
     EXPECT_LT(std::filesystem::file_size(path), 1001u * 130) << "a page costs its content and a few bytes";
 }
 
-TEST_F(PdfFile, WhatRepeatsIsWrittenOnce) {
-    kit.rectangle({0, 0, 100, 10}, {PageKit::red, 1});
-    kit.line(U"letterhead", 10, 40);
-    kit.repeatAll();
-    PdfWriter writer;
-    ASSERT_TRUE(writer.open(path, {}));
-    const std::size_t repeating = kit.list.items.size();
-    for (int i = 0; i < 50; ++i) {
-        kit.list.items.resize(repeating);
-        kit.line(U"Letter " + std::u32string(1, U'A' + static_cast<char32_t>(i % 26)), 10, 80);
-        kit.rectangle({5, 5, 6, 6}, {PageKit::bluish, 1}).repeats = true;
-        kit.list.items.back().itemStamp = 1000;
-        ASSERT_TRUE(writer.addPage(kit.list));
-    }
-    ASSERT_TRUE(writer.finish());
-    EXPECT_EQ(complaintsAbout(path), "");
-    const std::string pdf = unpackedPdf(path);
-    EXPECT_EQ(countOf(pdf, "/Subtype /Form"), 2u) << "one in front of the variable text, one behind it";
-    EXPECT_EQ(countOf(pdf, "/X0 Do\n"), 50u);
-    EXPECT_EQ(countOf(pdf, "/X1 Do\n"), 50u);
-    EXPECT_EQ(countOf(pdf, "0 1 1 0 k"), 1u);
-    const std::string text = runCommand("pdftotext '" + path + "' -").output;
-    EXPECT_EQ(countOf(text, "letterhead"), 50u);
-    EXPECT_EQ(countOf(text, "Letter C"), 2u);
-}
-
 TEST_F(PdfFile, AFormIsForOnePlaceAndOneLook) {
     struct TestRow {
         const char* name;

@@ -75,23 +75,9 @@ inline void expectTheSamePicture(const Picture& own, const Picture& other) {
 }
 
 /// Text in two fonts, upright and turned, and a dashed ellipse; all in RGB, since programs convert CMYK differently.
-inline void drawSample(PageKit& kit) {
-    kit.swatches.push_back({"Screen black", Swatch::Space::rgb, {0, 0, 0, 0}});
-    CharFormat format;
-    format.color = {static_cast<std::int32_t>(kit.swatches.size()) - 1, 1};
-    format.pointSize = 24;
-    format.underline = true;
-    kit.line(U"Springfield", 20, 60, format);
-    format.family = "DejaVu Sans";
-    format.horizontalScale = 0.7;
-    kit.line(U"Kαλημέρα", 20, 120, format, {0.9, 0.3, -0.3, 0.9, 20, 0});
-    ItemShape ellipse;
-    ellipse.kind = pathInfoRec::Kind::ellipse;
-    ellipse.bounds = {0, 0, 100, 50};
-    ellipse.stroke.paint = {PageKit::bluish, 1};
-    ellipse.stroke.weight = 4;
-    ellipse.stroke.dash = {12, 6};
-    kit.shape(ellipse, {1, 0.2, 0, 1, 40, 200});
-}
+void drawSample(PageKit& kit);
+
+/// A page as PDF, PostScript, EPS and SVG, each drawn by another program, beside our own picture (outputs_test.cpp).
+void expectOutputsAgree(const DisplayList& page, const ScratchFolder& folder);
 
 }  // namespace tarnova::testing

@@ -62,19 +62,6 @@ TEST_F(PngFile, TextInkStaysInItsLine) {
     EXPECT_EQ(picture.darkPixels(0, 0, 200, 300), picture.darkPixels(50, 84, right, 101)) << "and nowhere else";
 }
 
-/// Another program's picture of our PDF and our own picture show the same page.
-TEST_F(PngFile, AgreesWithThePdf) {
-    drawSample(kit);
-    draw(288);
-    PdfWriter writer;
-    ASSERT_TRUE(writer.open(folder.path("page.pdf"), {}) && writer.addPage(kit.list) && writer.finish());
-    ASSERT_EQ(
-        runCommand("pdftoppm -r 288 -png -singlefile '" + folder.path("page.pdf") + "' '" + folder.path("other") + "'")
-            .status,
-        0);
-    expectTheSamePicture(Picture(path), Picture(folder.path("other.png")));
-}
-
 TEST_F(PngFile, RefusesWhatNoPictureCanHold) {
     struct TestRow {
         const char* name;

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "host/render/png_output.h"
-#include "tests/host/render/page_kit.h"
 #include "tests/host/render/picture.h"
 
 namespace tarnova {
@@ -39,27 +37,12 @@ class PostScript : public ::testing::Test {
         EXPECT_EQ(made.status, 0) << made.output;
         return pdf;
     }
-    void expectThePictureOfThePng(const std::string& file) {
-        const std::string own = folder.path("own.png"), other = folder.path("other");
-        std::string error;
-        ASSERT_TRUE(writePagePng(kit.list, own, 288, error)) << error;
-        ASSERT_EQ(runCommand("pdftoppm -r 288 -png -singlefile '" + asPdf(file) + "' '" + other + "'").status, 0);
-        expectTheSamePicture(Picture(own), Picture(other + ".png"));
-    }
 
     ScratchFolder folder;
     std::string path = folder.path("pages.ps");
     std::string epsPath = folder.path("page.eps");
     PageKit kit;  // 200 by 300 points
 };
-
-TEST_F(PostScript, AnotherProgramSeesThePictureThatThePngShows) {
-    drawSample(kit);
-    write({&kit.list});
-    expectThePictureOfThePng(path);
-    writeEps(kit.list);
-    expectThePictureOfThePng(epsPath);
-}
 
 TEST_F(PostScript, PagesKeepTheirSizes) {
     const PageKit a4(595.276, 841.89), wider(204, 300), wide(800.5, 100);
@@ -116,10 +99,7 @@ TEST_F(PostScript, TheSamePagesGiveTheSameBytes) {
 }
 
 TEST_F(PostScript, TheTitleIsOnePlainLine) {
-    struct TestRow {
-        std::string title, line;
-    };
-    const TestRow rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"Spring (sale) \\ 50%", "\n%%Title: (Spring \\(sale\\) \\\\ 50%)\n"},
         {"Grüße 漢\n%%EOF", "\n%%Title: (Gr??e ??%%EOF)\n"},
         {std::string(400, 'x'), "\n%%Title: (" + std::string(200, 'x') + ")\n"},

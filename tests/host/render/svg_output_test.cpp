@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/render/png_output.h"
-#include "tests/host/render/page_kit.h"
+#include "tests/host/render/picture.h"
 #include "tests/host/render/picture.h"
 
 namespace tarnova {
@@ -23,18 +22,6 @@ class SvgFile : public ::testing::Test {
     std::string path = folder.path("page.svg");
     PageKit kit;  // 200 by 300 points
 };
-
-TEST_F(SvgFile, AnotherProgramSeesThePictureThatThePngShows) {
-    drawSample(kit);
-    draw(kit.list);
-    const std::string own = folder.path("own.png"), other = folder.path("other.png");
-    std::string error;
-    ASSERT_TRUE(writePagePng(kit.list, own, 288, error)) << error;
-    const CommandResult drawn =
-        runCommand("rsvg-convert -b white --dpi-x 288 --dpi-y 288 -o '" + other + "' '" + path + "'");
-    ASSERT_EQ(drawn.status, 0) << drawn.output;
-    expectTheSamePicture(Picture(own), Picture(other));
-}
 
 TEST_F(SvgFile, HoldsSizeColoursAndOutlinesOnly) {
     PageKit odd(200.5, 300.25);

@@ -8,24 +8,6 @@
 namespace tarnova {
 namespace {
 
-constexpr float tolerance = 0.02F;
-
-std::vector<float> baselinesOf(const ComposedStory& story) {
-    std::vector<float> out;
-    for (const ComposedLine& line : story.lines) {
-        out.push_back(line.baseline);
-        EXPECT_FLOAT_EQ(story.runs[line.firstRun].y, line.baseline);
-    }
-    return out;
-}
-
-void expectBaselines(const ComposedStory& story, const std::vector<float>& expected, const std::string& name) {
-    const std::vector<float> found = baselinesOf(story);
-    ASSERT_EQ(found.size(), expected.size()) << name;
-    for (std::size_t i = 0; i < found.size(); ++i)
-        EXPECT_NEAR(found[i], expected[i], tolerance) << name << " line " << i;
-}
-
 TEST(FirstBaselines, FollowTheFramesRule) {
     const Font& font = *FontService::instance().find("Helvetica", "Regular");
     const float ascent = font.ascent() / 50, caps = font.capHeight() / 50, lower = font.xHeight() / 50;
@@ -76,9 +58,11 @@ TEST(BaselineGrids, LinesStandOnThem) {
         std::vector<float> baselines;
     };
     const float first = FontService::instance().find("Helvetica", "Regular")->ascent() / 100;
+    const float half = (100 - 12 - 10) / 2.0F;  // of the room below two lines in 100 points
     constexpr std::u32string_view four = U"a\u2028b\u2028c\u2028d", two = U"a\u2028b";
     const TextFrameOptions plain, own{.grid = BaselineGrid{2, 10}};
     const TextFrameOptions bottom{.verticalAlignment = VerticalAlignment::bottom};
+    const TextFrameOptions center{.verticalAlignment = VerticalAlignment::center};
     const TextFrameOptions justify{.verticalAlignment = VerticalAlignment::justify};
     const Row rows[] = {
         {"no line", GridLines::none, plain, 32, four, {first, first + 12, first, first + 12}},
@@ -87,6 +71,8 @@ TEST(BaselineGrids, LinesStandOnThem) {
         {"a grid of the frame", GridLines::all, own, 36, four, {12, 32, 12, 32}},
         {"down by whole steps", GridLines::all, bottom, 60, two, {9 + 32, 25 + 32}},
         {"never spread", GridLines::all, justify, 60, two, {9, 25}},
+        {"down to the middle", GridLines::none, center, 100, two, {first + half, first + 12 + half}},
+        {"down to the bottom", GridLines::none, bottom, 100, two, {first + 2 * half, first + 12 + 2 * half}},
     };
     const GridOfPage places;
     for (const Row& row : rows) {

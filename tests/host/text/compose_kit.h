@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <deque>
 #include <string>
 #include <string_view>
@@ -15,6 +17,15 @@ namespace tarnova {
 
 /// A story in work: `text` adds runs, a return in them ends a paragraph, `compose` adds the closing mark.
 struct ComposeKit {
+    ComposeKit() = default;
+    /// One text in one column.
+    ComposeKit(std::u32string_view added, const PMRect& box, const ParaFormat& its = {}) : paragraph(its) {
+        text(added);
+        column(box);
+    }
+    ComposeKit(std::u32string_view added, double width, const ParaFormat& its = {})
+        : ComposeKit(added, PMRect{0, 0, width, 1000}, its) {}
+
     CharFormat format{.family = "Helvetica", .pointSize = 10, .link = {}};
     ParaFormat paragraph;
 
@@ -93,6 +104,18 @@ inline std::vector<PlacedCharacter> charactersOf(const ComposedStory& story, con
         }
     }
     return out;
+}
+
+/// Checks where the lines stand; the first run of each stands on its line.
+inline void expectBaselines(const ComposedStory& story, const std::vector<float>& expected, const std::string& name) {
+    ASSERT_EQ(story.lines.size(), expected.size()) << name;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        const ComposedLine& line = story.lines[i];
+        EXPECT_NEAR(line.baseline, expected[i], 0.02F) << name << " line " << i;
+        if (line.runCount > 0) {
+            EXPECT_FLOAT_EQ(story.runs[line.firstRun].y, line.baseline) << name << " line " << i;
+        }
+    }
 }
 
 }  // namespace tarnova

@@ -30,31 +30,6 @@ struct ComposerTest : testing::Test {
     }
 };
 
-TEST_F(ComposerTest, StoryOfADocumentIsSetInItsFrame) {
-    const UID frame = builder.addTextFrame(page, {50, 60, 250, 160}, U"Dear Ms Tovey,\rwelcome");
-    const std::unique_ptr<DocumentModel> document = builder.finish();
-    document->setComposer(makeComposer());
-    const ComposedStory& story = composed(*document, frame);
-    ASSERT_EQ(story.lines.size(), 2u);
-    ASSERT_EQ(story.columns.size(), 1u);
-    EXPECT_EQ(story.columns[0].frame, frame);
-    EXPECT_EQ(story.columns[0].box, document->item(frame)->shape->bounds);
-    EXPECT_FALSE(document->isOverset(document->textOfFrame(frame)));
-    EXPECT_EQ(document->frameAt(document->textOfFrame(frame), 3), frame);
-}
-
-TEST_F(ComposerTest, ChangedTextIsComposedAgain) {
-    const UID frame = builder.addTextFrame(page, {0, 0, 100, 12}, U"short");
-    const std::unique_ptr<DocumentModel> document = builder.finish();
-    document->setComposer(makeComposer());
-    const UID story = document->textOfFrame(frame);
-    EXPECT_FALSE(document->isOverset(story));
-    ASSERT_EQ(document->textReplace(story, 0, 5, U"a value that is longer than its only line", false), 0);
-    EXPECT_TRUE(document->isOverset(story));
-    EXPECT_EQ(document->frameAt(story, 40), kInvalidUID);
-    EXPECT_EQ(document->frameAt(story, 0), frame);
-}
-
 TEST_F(ComposerTest, FramesOfAThreadGiveTheirColumnsInOrder) {
     const auto addFrame = [&](const PMRect& bounds, const TextFrameOptions& options) {
         auto shape = std::make_shared<ItemShape>();

@@ -18,11 +18,7 @@ std::u32string hyphenated(Hyphenator& hyphenator, std::string_view language, std
 }
 
 TEST(Hyphenation, WordsByTheirLanguage) {
-    struct Row {
-        const char* language;
-        std::u32string_view expected;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, std::u32string_view> rows[] = {
         {"en-US", U"hy-phen-ation"},
         {"en-US", U"Hy-Phen-ATION"},
         {"en-GB", U"his-tor-ies"},
@@ -41,14 +37,13 @@ TEST(Hyphenation, WordsByTheirLanguage) {
         {"", U"hyphenation"},
         {"../en", U"hyphenation"},
         {"tlh", U"hyphenation"},
-        {"en-US", U""},
-    };
+        {"en-US", U""}};
     Hyphenator hyphenator;
-    for (const Row& row : rows) {
-        std::u32string word(row.expected);
+    for (const auto& [language, expected] : rows) {
+        std::u32string word(expected);
         std::erase(word, U'-');
         for (int time = 0; time < 2; ++time)  // learned, then remembered
-            EXPECT_EQ(hyphenated(hyphenator, row.language, word), row.expected) << row.language;
+            EXPECT_EQ(hyphenated(hyphenator, language, word), expected) << language;
     }
 }
 

@@ -57,22 +57,18 @@ TEST(LineBreaks, WhatIsPlainLatin) {
 }
 
 TEST(LineBreaks, OtherTextByIcu) {
-    struct Row {
-        std::u32string_view text;
-        std::size_t opportunities;
-    };
-    const Row rows[] = {
+    const std::pair<std::u32string_view, std::size_t> rows[] = {
         {U"\u4E2D\u6587\u5B57\u3002", 2},  // between ideographs, not in front of the full stop
         {U"\u0E2A\u0E27\u0E31\u0E2A\u0E14\u0E35\u0E0A\u0E32\u0E27\u0E42\u0E25\u0E01", 2},  // Thai words, by dictionary
         {U"a\u200Bb", 1},
         {U"\U0001F600\U0001F600", 1},
     };
     std::vector<LineBreak> breaks;
-    for (const Row& row : rows) {
-        findBreaks(row.text, breaks);
-        ASSERT_EQ(breaks.size(), row.text.size());
-        EXPECT_EQ(std::count(breaks.begin(), breaks.end(), LineBreak::allowed), static_cast<long>(row.opportunities))
-            << marked(row.text, breaks);
+    for (const auto& [text, opportunities] : rows) {
+        findBreaks(text, breaks);
+        ASSERT_EQ(breaks.size(), text.size());
+        EXPECT_EQ(std::count(breaks.begin(), breaks.end(), LineBreak::allowed), static_cast<long>(opportunities))
+            << marked(text, breaks);
     }
 }
 

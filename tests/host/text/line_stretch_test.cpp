@@ -197,10 +197,7 @@ TEST(LetterSpaces, LeaveJoinedLettersAlone) {
 TEST(WordSpaces, SpacesInFrontOfATabStay) {
     ParaFormat format = justified(50, 100, 133);
     format.tabs = {{60, TabStop::Kind::left}};
-    ComposeKit kit;
-    kit.paragraph = format;
-    kit.text(U"n n\tnn nn nn nn");
-    kit.column(100);
+    ComposeKit kit(U"n n\tnn nn nn nn", 100, format);
     const ComposedStory story = kit.compose();
     EXPECT_EQ(kit.lines(story)[0], U"n n\tnn nn nn ");
     const std::vector<PlacedCharacter> characters = charactersOf(story, story.lines[0]);

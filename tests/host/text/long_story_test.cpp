@@ -138,11 +138,7 @@ TEST_F(LongStoryTest, AQuestionComposesNoFurtherThanItMust) {
 TEST_F(LongStoryTest, AnEditComposesTheColumnsThatItReaches) {
     make(1'000'000, 300);
     static_cast<void>(composed(length()));
-    struct testRow {
-        const char* name;
-        std::int32_t position;
-    };
-    const testRow rows[] = {{"start", 3}, {"middle", length() / 2}, {"end", length() - 9}};
+    const std::pair<const char*, std::int32_t> rows[] = {{"start", 3}, {"middle", length() / 2}, {"end", length() - 9}};
     for (const auto& [name, position] : rows) {
         ASSERT_EQ(document->textReplace(story, position, 1, U"y", true), 0) << name;
         const ComposedParts& parts = composed(position);

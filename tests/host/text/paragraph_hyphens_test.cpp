@@ -117,11 +117,7 @@ TEST(ParagraphHyphens, ChangesOfFormatAndCapitals) {
 
 TEST(ParagraphHyphens, AlignedWithItsHyphen) {
     for (Alignment alignment : {Alignment::right, Alignment::justifyLeft, Alignment::justifyAll}) {
-        ComposeKit kit;
-        kit.paragraph.alignment = alignment;
-        kit.paragraph.hyphenate = true;
-        kit.text(U"to a hyphenation of it");
-        kit.column(62);
+        ComposeKit kit(U"to a hyphenation of it", 62, {.alignment = alignment, .hyphenate = true});
         const ComposedStory story = kit.compose();
         EXPECT_EQ(seen(kit, story).substr(0, 14), U"to a hyphen=|a");
         const GlyphRun& run = story.runs[story.lines[0].firstRun + story.lines[0].runCount - 1];

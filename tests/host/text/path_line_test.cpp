@@ -36,20 +36,6 @@ TEST(PathLine, PlacesOnStraightLines) {
     expectPlace(open.at(75), {30, 45}, {0, 1}, 1e-9, "behind the end");
 }
 
-/// A circle of four curves is round to some thousandths: lengths and directions are those of a circle.
-TEST(PathLine, MeasuresACircle) {
-    const double radius = 50;
-    const std::vector<SubPath> circle = pathOf(pathInfoRec::Kind::ellipse, {0, 0, 2 * radius, 2 * radius});
-    const PathLine line(circle.front(), false);
-    EXPECT_NEAR(line.length(), 2 * M_PI * radius, 0.1);
-    for (int degrees = 0; degrees < 360; degrees += 7) {
-        const double angle = degrees * M_PI / 180;  // clockwise from the top
-        expectPlace(line.at(line.length() * degrees / 360),
-                    {radius + radius * std::sin(angle), radius - radius * std::cos(angle)},
-                    {std::cos(angle), std::sin(angle)}, 0.05, "around");
-    }
-}
-
 TEST(PathLine, PathsWithoutExtentHaveNoLength) {
     EXPECT_EQ(PathLine({{3, 3}, {}, true}, false).length(), 0);
     EXPECT_EQ(PathLine(lines({{3, 3}, {3, 3}}, true), false).length(), 0);

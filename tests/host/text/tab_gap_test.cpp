@@ -60,10 +60,7 @@ TEST(TabLeaders, AreTextOfAnyLength) {
         {"not in the font", U"\u0531", 50, 5},
     };
     for (const Row& row : rows) {
-        ComposeKit kit;
-        kit.paragraph.tabs = {{row.stop, TabStop::Kind::left, row.leader}};
-        kit.text(U"n\tx");
-        kit.column(200);
+        ComposeKit kit(U"n\tx", 200, {.tabs = {{row.stop, TabStop::Kind::left, row.leader}}});
         const ComposedStory story = kit.compose();
         const std::vector<float> glyphs = placesOf(kit, story, 0, U'\t');
         EXPECT_NEAR(static_cast<double>(glyphs.size()), static_cast<double>(row.glyphs), row.glyphs == 0 ? 0 : 1)
@@ -112,9 +109,7 @@ TEST(Tabs, CountFromTheRightInTextFromRightToLeft) {
         float left, right;  // of the text behind the tab, from the column's right edge to the left
     };
     const auto widthOf = [](std::u32string_view text) {
-        ComposeKit kit;
-        kit.text(text);
-        kit.column(500);
+        ComposeKit kit(text, 500);
         const ComposedStory story = kit.compose();
         return story.lines[0].right - story.lines[0].left;
     };
@@ -147,11 +142,7 @@ TEST(Tabs, CountFromTheRightInTextFromRightToLeft) {
 }
 
 TEST(SpecialCharacters, ATabToTheFarSide) {
-    ComposeKit kit;
-    kit.paragraph.rightIndent = 10;
-    kit.paragraph.tabs = {{30, TabStop::Kind::left, U"."}};
-    kit.text(std::u32string(U"nn") + rightIndentTab + U"12\rnn\t" + rightIndentTab + U"345");
-    kit.column(200);
+    ComposeKit kit(std::u32string(U"nn") + rightIndentTab + U"12\rnn\t" + rightIndentTab + U"345", 200, {.rightIndent = 10, .tabs = {{30, TabStop::Kind::left, U"."}}});
     const ComposedStory story = kit.compose();
     ASSERT_EQ(story.lines.size(), 2u);
     EXPECT_NEAR(placesOf(kit, story, 0, U'1').at(0), 190 - 2 * 5.56F, tolerance);
@@ -160,10 +151,7 @@ TEST(SpecialCharacters, ATabToTheFarSide) {
 }
 
 TEST(SpecialCharacters, IndentToHereHoldsForTheFurtherLines) {
-    ComposeKit kit;
-    kit.paragraph.firstLineIndent = 7;
-    kit.text(std::u32string(U"nn ") + indentToHere + U"nnn nnn nnn nnn nnn nnn\rnnn nnn");
-    kit.column(60);
+    ComposeKit kit(std::u32string(U"nn ") + indentToHere + U"nnn nnn nnn nnn nnn nnn\rnnn nnn", 60, {.firstLineIndent = 7});
     const ComposedStory story = kit.compose();
     ASSERT_EQ(story.lines.size(), 4u);
     const float indent = 7 + 2 * 5.56F + dotWidth;
