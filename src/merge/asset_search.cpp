@@ -39,10 +39,10 @@ std::uint32_t kindOfFile(const std::string& path, bool generated) {
 
 /// The one place that a name from the root, with a drive or beside the document stands for; empty for any other name.
 std::string placeOf(const assetSearchRec& search) {
-    const std::string& name = search.name;
+    std::string name = withSlashes(search.name);
     if (name.starts_with("./"))
         return search.document == nullptr ? name : search.document->documentFolder() + name.substr(1);
-    if (hasDrive(name)) return withSlashes(name);
+    if (hasDrive(search.name)) return name;
     if (!name.starts_with('/')) return {};
     if (isFile(name)) return name;
     char converted[pathCapacity];

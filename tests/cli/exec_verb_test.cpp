@@ -188,17 +188,6 @@ TEST_F(ExecVerb, PreferencesByNameAndOffset) {
     EXPECT_EQ(answers.at(0), R"({"rangeStep":7})") << "the next session has them";
 }
 
-TEST_F(ExecVerb, RecordsMayBeLeftOut) {
-    EXPECT_EQ(exec({R"({"command":1256,"reply":null})", R"({"command":401,"args":null})",
-                    R"({"command":1256,"out":["item1"]})", R"({"command":545,"reply":null,"args":null})"}),
-              0);
-    EXPECT_EQ(at(0, "/result"), "-1");
-    EXPECT_EQ(at(0, "/reply"), "null");
-    EXPECT_EQ(at(1, "/args"), "null");
-    EXPECT_EQ(at(2, "/items/item1"), "0");
-    EXPECT_EQ(at(3, "/result"), "0");
-}
-
 TEST_F(ExecVerb, StartsAndListsAndSaysWhyNot) {
     const outcomeRec list = run("exec --commands");
     EXPECT_EQ(list.status, 0);

@@ -138,6 +138,8 @@ class FakeDocument final : public Document {
     std::optional<std::string> documentData[2];
     std::vector<std::string> log;  // of sequences and locks
     bool refusesChanges = false;
+    std::string folder;
+    std::string nameOfMasters;
 
     // Document.
 
@@ -153,7 +155,7 @@ class FakeDocument final : public Document {
     [[nodiscard]] UID spreadAt(std::int32_t index) const override { return spreads[static_cast<std::size_t>(index)]; }
     [[nodiscard]] std::int32_t masterCount() const override { return countOf(masters); }
     [[nodiscard]] UID masterAt(std::int32_t index) const override { return masters[static_cast<std::size_t>(index)]; }
-    [[nodiscard]] std::string masterName(UID) const override { return {}; }
+    [[nodiscard]] std::string masterName(UID) const override { return nameOfMasters; }
     [[nodiscard]] bool masterInUse(UID master) const override {
         return std::find(mastersInUse.begin(), mastersInUse.end(), master) != mastersInUse.end();
     }
@@ -363,7 +365,7 @@ class FakeDocument final : public Document {
     errorWord fitOperation6(UID) override { return errFailed; }
     errorWord snapshotItem(UID, double, std::string&) const override { return errFailed; }
 
-    [[nodiscard]] std::string documentFolder() const override { return {}; }
+    [[nodiscard]] std::string documentFolder() const override { return folder; }
     [[nodiscard]] std::string documentName() const override { return {}; }
     [[nodiscard]] bool documentIsSaved() const override { return false; }
     [[nodiscard]] std::unique_ptr<Document> documentCopy() const override { return nullptr; }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/session/folder_test.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "tests/engine/toolkit/recording_alerts.h"
@@ -145,6 +146,19 @@ TEST_F(PreferencesFile, DataFolderLiesInTheApplicationWhenItsConfigDoes) {
     EXPECT_EQ(session().indexFolder, home.path("app/Plug-Ins/Tarnova/Ostreon Tag Display/Index Files"));
     loadPreferences();
     EXPECT_EQ(home.bytesOf(std::string("app/Plug-Ins/") + filePath).size(), prefsSizeBytes);
+}
+
+TEST_F(PreferencesFile, FoldersAreTestedByWriting) {
+    const std::string folder = home.path("folder");
+    EXPECT_EQ(testFolderWritable(folder, true), 0);
+    EXPECT_TRUE(alerts.shown.empty()) << "what isn't there isn't told";
+    std::filesystem::create_directories(folder + "/below/QelTestFile.txt/in the way");
+    EXPECT_EQ(testFolderWritable(folder, false), 1);
+    EXPECT_FALSE(std::filesystem::exists(folder + "/QelTestFile.txt"));
+    EXPECT_TRUE(alerts.shown.empty());
+    EXPECT_EQ(testFolderWritable(folder, true), 0);
+    ASSERT_EQ(alerts.shown.size(), 1U);
+    EXPECT_NE(alerts.shown[0].text.find(folder + "/below\""), std::string::npos) << alerts.shown[0].text;
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <cstring>
 #include <memory>
-#include <set>
+#include <sstream>
 
 #include "engine/session/session.h"
 #include "engine/toolkit/strings.h"
@@ -26,72 +26,23 @@ Bytes defaultBytes(std::uint16_t mode) {
 }
 
 // The file's numbers, byte by byte: where each stands, how wide it is, and what it is in the two modes.
-struct numberRow {
-    std::size_t offset;
-    std::size_t width;
-    std::uint32_t merge;
-    std::uint32_t price;
-};
-
-constexpr std::uint32_t minusOne = 0xFFFFFFFF;
-
-const std::vector<numberRow>& numbers() {
-    static const std::vector<numberRow> rows = [] {
-        std::vector<numberRow> all = {{32, 4, 205, 205},
-                                      {3126, 1, 12, 12},
-                                      {3129, 1, 1, 0},
-                                      {3133, 1, 0, 1},
-                                      {3144, 1, 1, 0},
-                                      {3150, 1, 1, 0},
-                                      {3156, 1, 1, 0},
-                                      {8617, 1, 1, 0},
-                                      {8754, 2, 2, 2},
-                                      {8764, 4, 5, 5},
-                                      {8786, 2, 2, 2},
-                                      {19072, 4, minusOne, minusOne},
-                                      {19080, 4, 100, 100},
-                                      {19084, 4, minusOne, minusOne},
-                                      {19092, 2, 65535, 65535},
-                                      {19613, 4, 0x01000001, 0x01000001},
-                                      {19617, 4, 0x00000100, 0x00000100},
-                                      {19636, 4, 0x01000101, 0x01000101},
-                                      {19652, 2, 2, 2},
-                                      {19734, 2, 2, 2},
-                                      {19736, 2, 2, 2},
-                                      {19738, 2, 2, 2},
-                                      {19740, 2, 2, 2},
-                                      {20552, 4, 20, 20},
-                                      {20556, 4, 3, 3},
-                                      {22120, 4, 256U << 16, 294U << 16},
-                                      {22416, 2, 256, 256},
-                                      {22616, 4, 1000, 1000},
-                                      {22624, 4, 1000, 1000},
-                                      {22634, 2, 1, 1},
-                                      {24128, 4, 257, 257},
-                                      {24132, 4, 99, 99},
-                                      {24136, 4, 0x10001, 0x10001},
-                                      {24140, 4, 0xD020001, 0xD020001},
-                                      {24144, 4, 10, 10},
-                                      {24608, 4, 0x10001, 0x10001},
-                                      {24624, 4, 72, 72}};
-        const std::size_t bytesOfOne[] = {3124,  3125,  3130,  3138,  3140,  3142,  3143,  3146,  3147,  3158,  3160,
-                                          8625,  8626,  8627,  8752,  8768,  8769,  8770,  8771,  8773,  8775,  8780,
-                                          8788,  8789,  8791,  19038, 19040, 19041, 19065, 19066, 19067, 19069, 19610,
-                                          19632, 19650, 19658, 19694, 19698, 19702, 19703, 19705, 19706, 19707, 19708,
-                                          19709, 19710, 19711, 19712, 19713, 19716, 19731, 19732, 19743, 19744, 19745,
-                                          19746, 19747, 19749, 19750, 20011, 22124, 22126, 22137, 24630};
-        for (const std::size_t offset : bytesOfOne)
-            all.push_back({offset, 1, 1, 1});
-        for (const std::size_t offset : {3134, 3136, 3148, 8776, 8778, 19628, 19700, 19714, 20026, 20032, 20290, 20550,
-                                         22112, 22114, 22116, 24612, 26196})
-            all.push_back({offset, 2, 1, 1});
-        for (const std::size_t offset : {8628, 22128, 22132, 22152, 22412, 24124, 24148, 24600, 24616, 24620, 26184,
-                                         26188, 26212, 26472, 27504, 28536, 29568})
-            all.push_back({offset, 4, 1, 1});
-        return all;
-    }();
-    return rows;
-}
+constexpr char oddNumbers[] =
+    "32 4 205 205  3126 1 12 12  3129 1 1 0  3133 1 0 1  3144 1 1 0  3150 1 1 0  3156 1 1 0  8617 1 1 0  "
+    "8754 2 2 2  8764 4 5 5  8786 2 2 2  19072 4 4294967295 4294967295  19080 4 100 100  "
+    "19084 4 4294967295 4294967295  19092 2 65535 65535  19613 4 16777217 16777217  19617 4 256 256  "
+    "19636 4 16777473 16777473  19652 2 2 2  19734 2 2 2  19736 2 2 2  19738 2 2 2  19740 2 2 2  20552 4 20 20  "
+    "20556 4 3 3  22120 4 16777216 19267584  22416 2 256 256  22616 4 1000 1000  22624 4 1000 1000  "
+    "22634 2 1 1  24128 4 257 257  24132 4 99 99  24136 4 65537 65537  24140 4 218234881 218234881  "
+    "24144 4 10 10  24608 4 65537 65537  24624 4 72 72  ";
+constexpr std::size_t bytesOfOne[] = {
+    3124,  3125,  3130,  3138,  3140,  3142,  3143,  3146,  3147,  3158,  3160,  8625,  8626,  8627,  8752,  8768,
+    8769,  8770,  8771,  8773,  8775,  8780,  8788,  8789,  8791,  19038, 19040, 19041, 19065, 19066, 19067, 19069,
+    19610, 19632, 19650, 19658, 19694, 19698, 19702, 19703, 19705, 19706, 19707, 19708, 19709, 19710, 19711, 19712,
+    19713, 19716, 19731, 19732, 19743, 19744, 19745, 19746, 19747, 19749, 19750, 20011, 22124, 22126, 22137, 24630};
+constexpr std::size_t shortsOfOne[] = {3134,  3136,  3148,  8776,  8778,  19628, 19700, 19714, 20026,
+                                       20032, 20290, 20550, 22112, 22114, 22116, 24612, 26196};
+constexpr std::size_t longsOfOne[] = {8628,  22128, 22132, 22152, 22412, 24124, 24148, 24600, 24616,
+                                      24620, 26184, 26188, 26212, 26472, 27504, 28536, 29568};
 
 // Pascal strings by offset.
 struct textRow {
@@ -138,8 +89,16 @@ TEST(Preferences, DefaultsByteForByte) {
             for (std::size_t i = 0; i < width; ++i)
                 expected[offset + i] = static_cast<std::uint8_t>(value >> 8 * i);
         };
-        for (const numberRow& row : numbers())
-            put(row.offset, row.width, mode == modeMerge ? row.merge : row.price);
+        std::istringstream odd(oddNumbers);
+        std::size_t at = 0, width = 0;
+        for (std::uint32_t merge = 0, price = 0; odd >> at >> width >> merge >> price;)
+            put(at, width, mode == modeMerge ? merge : price);
+        for (const std::size_t offset : bytesOfOne)
+            put(offset, 1, 1);
+        for (const std::size_t offset : shortsOfOne)
+            put(offset, 2, 1);
+        for (const std::size_t offset : longsOfOne)
+            put(offset, 4, 1);
         for (std::size_t i = 0; i < 12; ++i)
             put(40 + 257 * i, 1, 1);
         const std::uint32_t fileTypes[] = {1, 2, 3, 4, 5, 7};
