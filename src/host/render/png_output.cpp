@@ -64,6 +64,10 @@ struct PngStream {
         reason = fmt::format("the resolution must be {} to {} dpi", pngMinimumDpi, pngMaximumDpi);
         return false;
     }
+    if (!(page.page.width() > 0 && page.page.height() > 0)) {
+        reason = "a page has no area";
+        return false;
+    }
     // A hair less than a whole pixel is a rounding error of the conversion from millimetres.
     const double wide = std::max(1.0, std::ceil(page.page.width() * dpi / 72 - 0.01));
     const double high = std::max(1.0, std::ceil(page.page.height() * dpi / 72 - 0.01));

@@ -8,36 +8,10 @@
 #include "host/model/item_shape.h"
 #include "host/model/page_numbers.h"
 #include "host/model/story_text.h"
+#include "tests/host/model/model_kit.h"
 
 namespace tarnova {
 namespace {
-
-/// Shows ten characters a frame and counts how often it is asked.
-class TenCharacterComposer : public Composer {
- public:
-    struct Layout : StoryLayout {
-        std::int32_t frames = 0, length = 0;
-        std::int32_t composedThrough() const override { return length; }
-        std::int32_t columnOf(std::int32_t position) const override {
-            return position / 10 < frames ? position / 10 : -1;
-        }
-        bool isOverset() const override { return length > frames * 10; }
-        std::optional<AnchorPoint> anchorAt(std::int32_t position) const override {
-            if (columnOf(position) < 0) return {};
-            return AnchorPoint{columnOf(position), {0, 0, 40, 50}, double(position % 10), 12, 3};
-        }
-    };
-    std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t,
-                                               const StoryPageTexts& pageTexts) override {
-        ++calls;
-        auto out = std::make_shared<Layout>();
-        out->frames = static_cast<std::int32_t>(story.frames.size());
-        out->length = story.length();
-        out->pageTexts = pageTexts;
-        return out;
-    }
-    int calls = 0;
-};
 
 class ModelDocumentTest : public testing::Test {
  protected:
@@ -365,19 +339,10 @@ TEST_F(ModelDocumentTest, CompositionIsAskedForOnce) {
 
 TEST(ModelDocument, StoriesOverSeveralSpreads) {
     DocumentBuilder builder;
-    const auto shape = [] {
-        auto out = std::make_shared<ItemShape>();
-        out->bounds = {0, 0, 50, 50};
-        out->content = ContentKind::text;
-        return out;
-    }();
     const UID pages[] = {builder.addSinglePage(100, 100), builder.addSinglePage(100, 100)};
     std::vector<UID> frames;
-    for (UID page : {pages[0], pages[0], pages[1]}) {
-        PageItem item;
-        item.shape = shape;
-        frames.push_back(builder.addItem(builder.layerNode(builder.spreadOf(page), 1), std::move(item)));
-    }
+    for (UID page : {pages[0], pages[0], pages[1]})
+        frames.push_back(builder.addItem(builder.layerNode(builder.spreadOf(page), 1), textItem({0, 0, 50, 50})));
     StoryTextBuilder text;
     text.append(U"running text", builder.attributePool().plainRun());
     text.endParagraph(builder.attributePool().paragraph({}), builder.attributePool().plainRun());

@@ -5,6 +5,7 @@
 #include "host/model/attribute_pool.h"
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
+#include "tests/host/model/model_kit.h"
 
 namespace tarnova {
 namespace {
@@ -26,11 +27,7 @@ class MastersTest : public testing::Test {
         const UID right = builder.addPage(derived, {0, 0, 100, 100}, base);
         baseBox = builder.addRectangle(basePage, {1, 1, 9, 9}, {swatchBlack, 1});
         for (const double x : {-90.0, 10.0}) {
-            PageItem frame;
-            auto look = std::make_shared<ItemShape>();
-            look->bounds = {0, 0, 40, 40};
-            look->content = ContentKind::text;
-            frame.shape = look;
+            PageItem frame = textItem({0, 0, 40, 40});
             frame.toParent = {1, 0, 0, 1, x, 10};
             masterFrames.push_back(builder.addItem(builder.layerNode(derived, 1), frame));
         }

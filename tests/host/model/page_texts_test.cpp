@@ -4,30 +4,10 @@
 #include "host/model/attribute_pool.h"
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
+#include "tests/host/model/model_kit.h"
 
 namespace tarnova {
 namespace {
-
-/// Composes nothing, but knows for which texts it was asked.
-class NotingComposer : public Composer {
- public:
-    struct Layout : StoryLayout {
-        std::int32_t length = 0;
-        std::int32_t composedThrough() const override { return length; }
-        std::int32_t columnOf(std::int32_t) const override { return 0; }
-        bool isOverset() const override { return false; }
-        std::optional<AnchorPoint> anchorAt(std::int32_t) const override { return {}; }
-    };
-    std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t,
-                                               const StoryPageTexts& pageTexts) override {
-        ++calls;
-        auto out = std::make_shared<Layout>();
-        out->length = story.length();
-        out->pageTexts = pageTexts;
-        return out;
-    }
-    int calls = 0;
-};
 
 const std::u32string pageNumber(1, characterOf(PageCharacter::pageNumber));
 
@@ -54,11 +34,7 @@ class PageTextsTest : public testing::Test {
             pages.push_back(builder.addPage(builder.addSpread(), {0, 0, 100, 100}, master));
         std::vector<UID> frames;
         for (const auto& [page, left] : {std::pair(0, 0), {0, 50}, {1, 0}, {3, 0}}) {
-            PageItem item;
-            auto shape = std::make_shared<ItemShape>();
-            shape->bounds = {0, 0, 40, 40};
-            shape->content = ContentKind::text;
-            item.shape = shape;
+            PageItem item = textItem({0, 0, 40, 40});
             item.toParent.tx = left;
             frames.push_back(
                 builder.addItem(builder.layerNode(builder.spreadOf(pages[static_cast<std::size_t>(page)]), 1), item));
@@ -74,7 +50,7 @@ class PageTextsTest : public testing::Test {
     [[nodiscard]] std::string shown() const { return shownBy(document->layoutOf(story, 100)); }
 
     std::unique_ptr<DocumentModel> document;
-    std::shared_ptr<NotingComposer> composer = std::make_shared<NotingComposer>();
+    std::shared_ptr<TenCharacterComposer> composer = std::make_shared<TenCharacterComposer>();
     std::vector<UID> pages;
     UID masterFrame = 0, story = 0, plain = 0;
 };

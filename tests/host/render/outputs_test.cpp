@@ -9,6 +9,34 @@
 
 namespace tarnova::testing {
 
+namespace {
+
+using WritePage = bool (*)(const DisplayList& page, const std::string& path, std::string& error);
+
+template <typename Writer, typename... Options>
+bool writeWith(const DisplayList& page, const std::string& path, std::string& error, const Options&... options) {
+    Writer writer;
+    const bool isWritten = writer.open(path, options...) && writer.addPage(page) && writer.finish();
+    error = writer.error();
+    return isWritten;
+}
+
+const std::pair<const char*, WritePage> outputs[] = {
+    {"png", [](const DisplayList& page, const std::string& path,
+               std::string& error) { return writePagePng(page, path, 288, error); }},
+    {"pdf", [](const DisplayList& page, const std::string& path,
+               std::string& error) { return writeWith<PdfWriter>(page, path, error, PdfOptions{}); }},
+    {"ps",
+     [](const DisplayList& page, const std::string& path, std::string& error) {
+         return writeWith<PostScriptWriter>(page, path, error, "", PostScriptKind::document);
+     }},
+    {"eps", [](const DisplayList& page, const std::string& path,
+               std::string& error) { return writePageEps(page, path, "", error); }},
+    {"svg", writePageSvg},
+};
+
+}  // namespace
+
 void drawSample(PageKit& kit) {
     kit.swatches.push_back({"Screen black", Swatch::Space::rgb, {0, 0, 0, 0}});
     CharFormat format;
@@ -30,17 +58,11 @@ void drawSample(PageKit& kit) {
 
 void expectOutputsAgree(const DisplayList& page, const ScratchFolder& folder) {
     const auto path = [&folder](const char* name) { return folder.path(std::string("agree.") + name); };
-    std::string error;
-    ASSERT_TRUE(writePagePng(page, path("png"), 288, error)) << error;
-    PdfWriter pdf;
-    ASSERT_TRUE(pdf.open(path("pdf"), {}) && pdf.addPage(page) && pdf.finish()) << pdf.error();
+    for (const auto& [name, write] : outputs) {
+        std::string error;
+        ASSERT_TRUE(write(page, path(name), error)) << name << ": " << error;
+    }
     EXPECT_EQ(complaintsAbout(path("pdf")), "");
-    PostScriptWriter postScript;
-    ASSERT_TRUE(postScript.open(path("ps"), "", PostScriptKind::document) && postScript.addPage(page) &&
-                postScript.finish())
-        << postScript.error();
-    ASSERT_TRUE(writePageEps(page, path("eps"), "", error)) << error;
-    ASSERT_TRUE(writePageSvg(page, path("svg"), error)) << error;
     const std::string toPdf = "gs -q -dSAFER -dEPSCrop -sDEVICE=pdfwrite -o '",
                       toPicture = "pdftoppm -r 288 -png -singlefile '";
     const std::pair<const char*, std::string> rows[] = {
@@ -66,6 +88,34 @@ TEST(Outputs, OtherProgramsSeeThePictureThatThePngShows) {
     PageKit kit;
     drawSample(kit);
     expectOutputsAgree(kit.list, folder);
+}
+
+TEST(Outputs, TheSamePageGivesTheSameBytes) {
+    const ScratchFolder folder;
+    PageKit kit;
+    drawSample(kit);
+    for (const auto& [name, write] : outputs) {
+        std::string error;
+        ASSERT_TRUE(write(kit.list, folder.path("first"), error) && write(kit.list, folder.path("again"), error))
+            << name;
+        EXPECT_TRUE(fileBytes(folder.path("first")) == fileBytes(folder.path("again"))) << name;
+        EXPECT_EQ(countOf(fileBytes(folder.path("first")), "Date"), 0u) << name;
+    }
+}
+
+TEST(Outputs, FailuresNameTheFileAndLeaveTheOldOne) {
+    const ScratchFolder folder;
+    const std::string old = folder.path("old"), nowhere = folder.path("none/page");
+    std::ofstream(old) << "old";
+    for (const auto& [name, write] : outputs) {
+        std::string error;
+        EXPECT_FALSE(write(PageKit(0, 100).list, old, error)) << name;
+        EXPECT_EQ(error, "\"" + old + "\" can't be written: a page has no area") << name;
+        EXPECT_FALSE(write(PageKit().list, nowhere, error)) << name;
+        EXPECT_EQ(error.find("\"" + nowhere + "\" can't be written: No such file"), 0u) << name << ": " << error;
+    }
+    EXPECT_EQ(fileBytes(old), "old");
+    EXPECT_EQ(folder.fileCount(), 1u);
 }
 
 }  // namespace

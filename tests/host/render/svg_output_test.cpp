@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/host/render/picture.h"
-#include "tests/host/render/picture.h"
+#include "tests/host/render/page_kit.h"
+#include "tests/host/render/page_kit.h"
 
 namespace tarnova {
 namespace {
@@ -48,23 +48,6 @@ TEST_F(SvgFile, GlyphsKeepTheShapeOfTheFontHoweverSmall) {
     large.line(U"O", 0, 0, fifty, {1, 0, 0, 1, 10, 100});
     draw(large.list);
     EXPECT_EQ(small, fileBytes(path));
-}
-
-TEST_F(SvgFile, TheSamePageGivesTheSameBytes) {
-    drawSample(kit);
-    draw(kit.list);
-    const std::string first = fileBytes(path);
-    draw(kit.list);
-    EXPECT_EQ(first, fileBytes(path));
-}
-
-TEST_F(SvgFile, FailuresNameTheFileAndLeaveNothing) {
-    std::string error;
-    EXPECT_FALSE(writePageSvg(PageKit(0, 100).list, path, error));
-    EXPECT_EQ(error, "\"" + path + "\" can't be written: a page has no area");
-    EXPECT_FALSE(writePageSvg(kit.list, folder.path("none/page.svg"), error));
-    EXPECT_NE(error.find("none/page.svg\" can't be written: No such file"), std::string::npos) << error;
-    EXPECT_EQ(folder.fileCount(), 0u);
 }
 
 }  // namespace

@@ -106,6 +106,24 @@ inline std::vector<PlacedCharacter> charactersOf(const ComposedStory& story, con
     return out;
 }
 
+/// A line with the places of all its glyphs, as text; `start` is what positions in `text` count from.
+inline std::string shownLine(const ComposedStory& text, const ComposedLine& line, std::int32_t start = 0) {
+    std::string out = std::to_string(line.start + start) + "-" + std::to_string(line.limit + start) + " " +
+                      std::to_string(line.left) + " " + std::to_string(line.right) + " " +
+                      std::to_string(line.baseline);
+    for (std::uint32_t r = line.firstRun; r < line.firstRun + line.runCount; ++r) {
+        const GlyphRun& run = text.runs[r];
+        out += " " + std::to_string(run.x) + "," + std::to_string(run.y) + ":";
+        for (std::uint32_t g = run.firstGlyph; g < run.firstGlyph + run.glyphCount; ++g) {
+            const PlacedGlyph& glyph = text.glyphs[g];
+            out += std::to_string(glyph.glyph) + "@" +
+                   std::to_string(static_cast<std::int32_t>(glyph.position) + start) + "+" +
+                   std::to_string(glyph.advance) + ",";
+        }
+    }
+    return out;
+}
+
 /// Checks where the lines stand; the first run of each stands on its line.
 inline void expectBaselines(const ComposedStory& story, const std::vector<float>& expected, const std::string& name) {
     ASSERT_EQ(story.lines.size(), expected.size()) << name;

@@ -12,6 +12,7 @@
 #include "host/text/composed_story.h"
 #include "host/text/font.h"
 #include "tests/host/files/layout_kit.h"
+#include "tests/host/model/model_kit.h"
 
 namespace tarnova {
 namespace {
@@ -32,14 +33,7 @@ struct ComposerTest : testing::Test {
 
 TEST_F(ComposerTest, FramesOfAThreadGiveTheirColumnsInOrder) {
     const auto addFrame = [&](const PMRect& bounds, const TextFrameOptions& options) {
-        auto shape = std::make_shared<ItemShape>();
-        shape->bounds = bounds;
-        shape->content = ContentKind::text;
-        shape->text = options;
-        PageItem item;
-        item.itemClass = ItemClass::splineItem;
-        item.shape = shape;
-        return builder.addItem(builder.layerNode(spread, 1), item);
+        return builder.addItem(builder.layerNode(spread, 1), textItem(bounds, options));
     };
     const UID first =
         addFrame({10, 20, 230, 50},

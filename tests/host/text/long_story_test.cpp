@@ -11,6 +11,8 @@
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
 #include "host/text/composer.h"
+#include "tests/host/model/model_kit.h"
+#include "tests/host/text/compose_kit.h"
 
 namespace tarnova {
 namespace {
@@ -47,16 +49,11 @@ struct LongStoryTest : testing::Test {
     }
 
     static PageItem frame(VerticalAlignment alignment) {
-        auto shape = std::make_shared<ItemShape>();
-        shape->bounds = {0, 0, 420, 600};
-        shape->content = ContentKind::text;
-        shape->text.columns = 2;
-        shape->text.gutter = 20;
-        shape->text.verticalAlignment = alignment;
-        PageItem item;
-        item.itemClass = ItemClass::splineItem;
-        item.shape = shape;
-        return item;
+        TextFrameOptions options;
+        options.columns = 2;
+        options.gutter = 20;
+        options.verticalAlignment = alignment;
+        return textItem({0, 0, 420, 600}, options);
     }
 
     const ComposedParts& composed(std::int32_t through) {
@@ -81,21 +78,6 @@ struct LongStoryTest : testing::Test {
             }
         }
         out.push_back(std::to_string(parts.shownLimit) + (parts.overset ? " overset" : ""));
-        return out;
-    }
-
-    static std::string shownLine(const ComposedStory& text, const ComposedLine& line, std::int32_t start) {
-        std::string out = std::to_string(line.start + start) + "-" + std::to_string(line.limit + start) + " " +
-                          std::to_string(line.left) + " " + std::to_string(line.right) + " " +
-                          std::to_string(line.baseline);
-        for (std::uint32_t r = line.firstRun; r < line.firstRun + line.runCount; ++r) {
-            const GlyphRun& run = text.runs[r];
-            out += " " + std::to_string(run.y) + ":";
-            for (std::uint32_t g = run.firstGlyph; g < run.firstGlyph + run.glyphCount; ++g) {
-                out += std::to_string(text.glyphs[g].glyph) + "@" +
-                       std::to_string(static_cast<std::int32_t>(text.glyphs[g].position) + start) + ",";
-            }
-        }
         return out;
     }
 
