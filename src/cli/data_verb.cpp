@@ -202,11 +202,15 @@ bool isOpen(std::int32_t status) {
     return status == 0 || std::find(std::begin(differences), std::end(differences), status) != std::end(differences);
 }
 
-void sayNoRecord(const dataVerbRec& options, const dataFileRec& data, std::uint32_t records) {
+int failFetch(const dataVerbRec& options, const dataFileRec& data, std::uint32_t records, std::int32_t status) {
     const std::string& keyField = options.keyField.empty() ? data.analysis.fields[0].name : options.keyField;
-    sayError(options.record > 0
-                 ? fmt::format("{}: no record {}; the file has {}", options.path, options.record, records)
-                 : fmt::format("{}: no record with \"{}\" in field \"{}\"", options.path, options.key, keyField));
+    if (status != statusNoRecord)
+        sayError(fmt::format("{}: the record can't be read ({})", options.path, status));
+    else if (options.record > 0)
+        sayError(fmt::format("{}: no record {}; the file has {}", options.path, options.record, records));
+    else
+        sayError(fmt::format("{}: no record with \"{}\" in field \"{}\"", options.path, options.key, keyField));
+    return exitFailed;
 }
 
 // The value of a field, and the number of the record, from 1; the command's status.
@@ -306,8 +310,7 @@ int getData(const dataVerbRec& options) {
         if (!options.field.empty() && !ascii::equalNoCase(options.field, field.name)) continue;
         std::string& value = values.emplace_back(field.name, "").second;
         const std::int32_t status = fetchField(options, field.name, value, record);
-        if (status == statusNoRecord) sayNoRecord(options, data, records);
-        if (status != 0) return exitFailed;
+        if (status != 0) return failFetch(options, data, records, status);
     }
     if (values.empty()) {
         sayError(

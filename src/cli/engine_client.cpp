@@ -11,6 +11,7 @@
 
 #include "cli/job_setup.h"
 #include "definitions/definition_state.h"
+#include "definitions/definition_store.h"
 #include "definitions/record_def_set.h"
 #include "engine/module/execute.h"
 #include "engine/session/session.h"
@@ -44,9 +45,13 @@ std::string userDataFolder() {
     return std::string(home != nullptr ? home : "") + "/.local/share";
 }
 
+std::string startFailure(errorWord error) {
+    return fmt::format("{}: {}", definitionStorePath(), takeErrorText(error));
+}
+
 EngineClient::EngineClient() : host(makeComposer()) {
     const errorWord error = shell.Startup(programFolder(), userDataFolder());
-    if (error != 0) sayError(takeErrorText(error));
+    if (error != 0) sayError(startFailure(error));
     session().prefsAreTemporary = 1;
     storedDefinitions = exchangeDefinitions(nullptr);
     session().documentHost = &host;

@@ -21,6 +21,9 @@ struct recordDefSetRec;
 [[nodiscard]] std::string programFolder();
 [[nodiscard]] std::string userDataFolder();
 
+/// Why a start of the session failed, for people: the one step that can fail reads the definitions.
+[[nodiscard]] std::string startFailure(errorWord error);
+
 /// Starts the session for the time of a verb, in merge mode and with alerts shown. A step of the start that fails is
 /// told, and the session goes on without it. The definitions of the session are the verb's own, and what its options
 /// change in the preferences holds for its time alone: those of the user stay as they are. One at a time.

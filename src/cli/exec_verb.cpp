@@ -52,7 +52,7 @@ int runExec(const execOptionsRec& options) {
     const errorWord error = shell.Startup(options.app.empty() ? programFolder() : options.app,
                                           options.home.empty() ? userDataFolder() : options.home);
     if (error != 0) {
-        sayError("the session could not be started: " + takeErrorText(error));
+        sayError("the session could not be started: " + startFailure(error));
         return exitFailed;
     }
     const int status = answerLines(options.path.empty() ? std::cin : file);
