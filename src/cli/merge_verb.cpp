@@ -5,11 +5,11 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <filesystem>
 
 #include "cli/job_setup.h"
 #include "cli/pdf_choice.h"
+#include "cli/record_choice.h"
 #include "cli/verb.h"
 #include "definitions/definition_state.h"
 #include "definitions/record_def_set.h"
@@ -30,13 +30,13 @@ enum class OutputKind : std::uint8_t { unknown, layout, pdf, png };
 struct mergeOptionsRec {
     std::string layoutPath;
     std::string outputPath;
-    std::string records;
     std::uint32_t step = 0;
     double dpi = pngDefaultDpi;
     bool noHeader = false;
     bool json = false;
     pdfChoiceRec pdf;
     dataChoiceRec data;
+    recordChoiceRec records;
 };
 
 OutputKind outputKindOf(const std::string& path) {
@@ -45,30 +45,6 @@ OutputKind outputKindOf(const std::string& path) {
     if (extension == ".pdf") return OutputKind::pdf;
     if (extension == ".png") return OutputKind::png;
     return OutputKind::unknown;
-}
-
-/// Reads "5", "10-20" or "10-" into the session's range. False when the text is none of these.
-bool parseRecords(const std::string& text) {
-    auto& run = session();
-    run.rangeFirst = 0;
-    run.rangeLast = 0;
-    if (text.empty()) return true;
-    const char* const end = text.data() + text.size();
-    std::uint32_t first = 0;
-    const auto [behindFirst, firstError] = std::from_chars(text.data(), end, first);
-    if (firstError != std::errc() || first == 0) return false;
-    std::uint32_t last = first;
-    if (behindFirst != end) {
-        if (*behindFirst != '-') return false;
-        last = 0xffffffff;
-        if (behindFirst + 1 != end) {
-            const auto [behindLast, lastError] = std::from_chars(behindFirst + 1, end, last);
-            if (lastError != std::errc() || behindLast != end || last < first) return false;
-        }
-    }
-    run.rangeFirst = first;
-    run.rangeLast = last;
-    return true;
 }
 
 /// Tells of links whose name the definition doesn't have: such a link would end the run at its first page.
@@ -220,16 +196,14 @@ void runMerge(const mergeOptionsRec& options, verbContext& context) {
                         exitUsage);
     }
     if (!pdfChoiceFits(options.pdf, options.outputPath, context)) return;
-    if (!parseRecords(options.records)) {
-        return failVerb(context,
-                        fmt::format("--records {}: give a record or a range, as 5, 10-20 or 10-", options.records),
-                        exitUsage);
-    }
+    if (!recordChoiceFits(options.records, context)) return;
     context.exitStatus = exitFailed;
     const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(options.layoutPath);
     if (!layout || !selectData(options.data) || !allLinksAreDefined(*layout, options)) return;
     // Positions behind the last record stay blank: unused labels of a sheet carry no text.
     appPrefs().textDefaults.endOfFile.string[0] = 0;
+    appPrefs().textDefaults.stackPad.string[0] = 0;
+    if (!takeRecordChoice(options.records, layout->ref(), options.step)) return;
     session().stepBy = options.step;
 
     mergeResultRec result;
@@ -258,7 +232,7 @@ void addMergeVerb(CLI::App& app, verbContext& context) {
     verb->add_option("--ddf", options->data.ddfPath,
                      "A definition of the data; without it the data's first line gives the field names");
     verb->add_option("--definition", options->data.definitionName, "Which definition of the DDF");
-    verb->add_option("--records", options->records, "Which records: 5, 10-20 or 10- (all)");
+    addRecordOptions(*verb, options->records);
     verb->add_option("--step", options->step, "Records on a page (the highest sequence number of the links)")
         ->check(CLI::Range(1, 2000));
     verb->add_option("--dpi", options->dpi, "Resolution of .png pages")

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "data/translation_table.h"
 #include "engine/toolkit/files.h"
 #include "engine/toolkit/memory.h"
 #include "engine/toolkit/pm_string.h"
@@ -35,6 +36,9 @@ struct dataStateRec {
     /// The record that a merge pass is at, counted from 1; 0 outside of passes. The date of a data file is asked once a
     /// record then, not for each of its links.
     std::uint32_t recordOfPass = 0;
+    /// What is done to the bytes of values that are read, and of those that are written.
+    transTableRec importTable = identityTransTable();
+    transTableRec exportTable = identityTransTable();
     /// One index header, shared by all who look at an index without loading it. Made at the first use.
     blockPtr<> indexHeaderBuffer;
 

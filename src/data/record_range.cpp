@@ -78,20 +78,27 @@ rangeFault readItems(std::string_view text, std::vector<std::int32_t>& list) {
 
 }  // namespace
 
-rangeFault parseRangeText(std::string_view text, recordRangeRec& range, bool forceList) {
+rangeFault readRangeText(std::string_view text, recordRangeRec& range, bool forceList) {
     std::vector<std::int32_t> list;
     rangeFault fault = checkCharacters(text);
     if (fault == rangeFault::none) fault = readItems(text, list);
-    if (fault != rangeFault::none) {
-        reportErrorKey(faultKeys[static_cast<unsigned>(fault)]);
-        return fault;
-    }
+    if (fault != rangeFault::none) return fault;
     if (forceList || text.find(',') != std::string_view::npos) {
         range = {1, static_cast<std::uint32_t>(list.size()), std::move(list)};
     } else {
         range = {static_cast<std::uint32_t>(list.front()) + 1, static_cast<std::uint32_t>(list.back()) + 1, {}};
     }
     return rangeFault::none;
+}
+
+rangeFault parseRangeText(std::string_view text, recordRangeRec& range, bool forceList) {
+    const rangeFault fault = readRangeText(text, range, forceList);
+    if (fault != rangeFault::none) reportErrorKey(rangeFaultKey(fault));
+    return fault;
+}
+
+const char* rangeFaultKey(rangeFault fault) {
+    return faultKeys[static_cast<unsigned>(fault)];
 }
 
 PMString rangeTextOf(const std::vector<std::int32_t>& list) {

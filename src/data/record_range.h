@@ -33,8 +33,14 @@ struct recordRangeRec {
 };
 
 /// Reads a range text: numbers and sequences, in rising order without repeats. One item without a comma is a plain
-/// range, unless `forceList`. A fault is shown, and `range` stays as it is.
+/// range, unless `forceList`. After a fault `range` stays as it is.
+[[nodiscard]] rangeFault readRangeText(std::string_view text, recordRangeRec& range, bool forceList = false);
+
+/// The same, and shows the fault.
 [[nodiscard]] rangeFault parseRangeText(std::string_view text, recordRangeRec& range, bool forceList = false);
+
+/// String key of what a fault says to people.
+[[nodiscard]] const char* rangeFaultKey(rangeFault fault);
 
 /// The values of a list as a range text, as they stand: three or more in a row as a sequence.
 [[nodiscard]] PMString rangeTextOf(const std::vector<std::int32_t>& list);

@@ -3,9 +3,9 @@
 #include <cstring>
 
 #include "data/data_state.h"
+#include "data/record_selection.h"
 #include "definitions/definition_state.h"
 #include "definitions/record_def_set.h"
-#include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/pstring.h"
 
@@ -29,12 +29,23 @@ errorWord findNamedRecords(const recordDefRec* definition, const tagDataRec& tag
     return error;
 }
 
+errorWord takeStandIn(const defaultStringRec& text, tagValueRec& value) {
+    return takeHostText(text.enable != 0 ? text.string : nullptr, value, 0);
+}
+
+const defaultStringSet& defaultsOf(std::uint16_t defaultSet) {
+    return defaultSet == defaultSetText ? appPrefs().textDefaults : appPrefs().pictureDefaults;
+}
+
 errorWord takeBadTag(std::uint16_t defaultSet, tagValueRec& value) {
     value.status = fetchBadTag;
-    const defaultStringSet& defaults =
-        defaultSet == defaultSetText ? appPrefs().textDefaults : appPrefs().pictureDefaults;
-    const defaultStringRec& text = defaults.badTag;
-    return takeHostText(text.enable != 0 ? text.string : nullptr, value, 0);
+    return takeStandIn(defaultsOf(defaultSet).badTag, value);
+}
+
+/// A place of a label sort without a record.
+errorWord takeStackPad(std::uint16_t defaultSet, tagValueRec& value) {
+    value.status = fetchFound;
+    return takeStandIn(defaultsOf(defaultSet).stackPad, value);
 }
 
 }  // namespace
@@ -68,7 +79,8 @@ errorWord fetchForTag(const tagDataRec& tag, std::uint16_t defaultSet, tagValueR
     if (!found) return takeBadTag(defaultSet, value);
 
     fetchRequest request{};
-    request.recordNumber = value.recordNumber;
+    request.recordNumber = recordOfPosition(value.recordNumber, session().skipFirst);
+    if (value.recordNumber >= 0 && request.recordNumber == recordListPad) return takeStackPad(defaultSet, value);
     request.key = tag.searchKey;
     request.extraction = value.extraction;
     request.criteriaNamed = tag.searchCriteriaName[0] != 0 ? 1 : 0;

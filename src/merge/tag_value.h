@@ -28,7 +28,9 @@ struct tagValueRec {
 [[nodiscard]] errorWord openCurrentData(dataSourceRec*& source, std::int16_t& openStatus, std::uint16_t* encoding,
                                         errorWord priorError);
 
-/// Fetches the value of a tag. `value.recordNumber` says which record; below 0 it is searched by the tag's key. A link
+/// Fetches the value of a tag. `value.recordNumber` says which record, as a position that goes through the record list
+/// and becomes the number of the record; a place without a record gives the stack pad. Below 0 it is searched by the
+/// tag's key. A link
 /// or search criteria that the definition doesn't have give `fetchStatus` -1 and the bad tag text, without a fetch.
 [[nodiscard]] errorWord fetchForTag(const tagDataRec& tag, std::uint16_t defaultSet, tagValueRec& value,
                                     errorWord priorError);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "engine/toolkit/alerts.h"
 
 namespace tarnova {
@@ -52,10 +54,23 @@ TEST(RecordRange, ReadsWhatPeopleWrite) {
     EXPECT_EQ(forced.list, (List{4, 5}));
 }
 
-TEST(RecordRange, WritesListsShort) {
+TEST(RecordRange, TheTextOfAListReadsBack) {
     EXPECT_EQ(rangeTextOf({1, 2, 3, 5, 7, 8}).bytes(), "1-3,5,7,8");
     EXPECT_EQ(rangeTextOf({}).bytes(), "");
     EXPECT_EQ(rangeTextOf({4}).bytes(), "4");
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round) {
+        List list;
+        std::int32_t value = 0;
+        for (unsigned count = 1 + random() % 40; count > 0; --count)
+            list.push_back(value += static_cast<std::int32_t>(random() % 3 != 0 ? 1 : 1 + random() % 1000));
+        recordRangeRec range;
+        const PMString text = rangeTextOf(list);
+        ASSERT_EQ(readRangeText(text.view(), range, true), rangeFault::none) << text.bytes();
+        for (std::int32_t& each : range.list)
+            ++each;
+        ASSERT_EQ(range.list, list) << text.bytes();
+    }
 }
 
 }  // namespace

@@ -56,6 +56,7 @@ inline constexpr std::int32_t commandSecondLinkUnknown = -6074;
 inline constexpr std::int32_t commandLinkTypeLow = -6077;   // type of links asked for: below
 inline constexpr std::int32_t commandLinkTypeHigh = -6078;  // and above those that there are
 inline constexpr std::int32_t commandLayoutCode = -6081;
+inline constexpr std::int32_t commandLabelSort = -6082;  // the document's settings of the label sort can't be used
 
 /// The block of a command whose worker runs: both records are there, cleared ones where the sender gave none.
 struct commandCall {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "data/record_range.h"
+#include "data/record_selection.h"
 #include "document/item_data.h"
 #include "engine/module/command_rows.h"
 #include "engine/module/preference_access.h"
@@ -72,7 +73,7 @@ std::int32_t takeRangeText(std::string_view text) {
     recordRangeRec range;
     if (!text.empty() && parseRangeText(text, range) != rangeFault::none) return commandRange;
     keepRange(range.first, range.last);
-    session().recordList = std::move(range.list);
+    useRecordRange(std::move(range));
     return commandDone;
 }
 

@@ -1,6 +1,7 @@
 #include "engine/module/record_access.h"
 
 #include "data/key_index.h"
+#include "data/translation_table.h"
 #include "definitions/definition_state.h"
 #include "engine/module/command_call.h"
 #include "engine/module/current_definition.h"
@@ -10,11 +11,6 @@
 namespace tarnova {
 
 namespace {
-
-/// No table can be loaded so far.
-bool wantsTranslation(const recordDefRec& definition) {
-    return definition.importTransTable.enable != 0 && definition.importTransTable.string[0] != 0;
-}
 
 std::int32_t codeOfOpenStatus(errorWord error, std::int16_t status) {
     if (error == errPresetFileMissing) return failWith(error, commandDataFile);
@@ -104,7 +100,7 @@ std::uint32_t headerRecords() {
 std::int32_t openData(openDataRec& data) {
     data.definition = currentDefinition();
     if (data.definition == nullptr) return commandDefinition;
-    if (wantsTranslation(*data.definition)) return commandTranslation;
+    if (loadTablesOf(*data.definition, 0) != 0) return commandTranslation;
     std::int16_t status = openStatusNothing;
     const errorWord err = openSource(data, false, status);
     if (err != 0) return failWith(err, commandDataFile);

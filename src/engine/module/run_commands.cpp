@@ -1,5 +1,7 @@
 // Commands that arm, start and watch runs.
 
+#include "data/label_sort.h"
+#include "data/record_selection.h"
 #include "engine/module/command_rows.h"
 #include "engine/module/driver_table.h"
 #include "engine/module/front_document.h"
@@ -53,24 +55,10 @@ std::int32_t armRun(commandCall& call) {
     return commandDone;
 }
 
-/// A first record behind the file is refused; the last is cut to it.
-std::int32_t fitRange(std::uint32_t count) {
-    auto& run = session();
-    auto& list = run.recordList;
-    if (run.rangeFirst == 0 && run.rangeLast == 0) {
-        run.rangeFirst = 1;
-        run.rangeLast = count;
-    }
-    if (!list.empty()) {
-        if (list.front() >= 0 && static_cast<std::uint32_t>(list.front()) >= count) return commandRangeBehind;
-        while (!list.empty() && list.back() >= 0 && static_cast<std::uint32_t>(list.back()) >= count)
-            list.pop_back();
-        run.rangeLast = static_cast<std::uint32_t>(list.size());
-        return commandDone;
-    }
-    if (run.rangeFirst > count) return commandRangeBehind;
-    run.rangeLast = std::min(run.rangeLast, count);
-    return commandDone;
+/// The settings of a label sort must be there when it is on; the run itself sorts.
+errorWord checkLabelSort() {
+    labelSortRec sort;
+    return appPrefs().labelSort.labelSortOn != 0 ? documentLabelSort(session().runDocument, sort, 0) : errorWord{0};
 }
 
 /// The tests in front of every run of records.
@@ -81,7 +69,9 @@ std::int32_t validateRun() {
     if (fieldCountOf(*data.definition) == 0) return commandFieldList;
     std::uint32_t count = 0;
     const std::int32_t counted = countRecords(data, count);
-    return counted == commandDone ? fitRange(count) : counted;
+    if (counted != commandDone) return counted;
+    if (fitRangeToData(count, 0) != 0) return commandRangeBehind;
+    return checkLabelSort() == 0 ? commandDone : commandLabelSort;
 }
 
 /// A run command needs an armed run, and whatever it refuses takes the arming with it.

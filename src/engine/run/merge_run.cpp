@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "data/data_source.h"
+#include "data/label_sort.h"
+#include "data/record_selection.h"
+#include "data/translation_table.h"
 #include "document/walk.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
@@ -24,27 +27,29 @@ errorWord openRunData() {
     errorWord error = openCurrentData(source, status, nullptr, 0);
     if (error != 0) return error;
     if (source == nullptr) return errNoDataFileSet;
+    error = loadTablesOf(*run.currentRecordDef, error);
     std::uint32_t count = 0;
-    error = dataSourceRecordCount(source, 1, count, 0);
+    error = dataSourceRecordCount(source, 1, count, error);
     run.skipFirst = appPrefs().hasHeaderRecord != 0 ? 1 : 0;
     run.totalRecords = count > run.skipFirst ? count - run.skipFirst : 0;
     return error;
 }
 
-/// Settles `rangeFirst` and `rangeLast` against the file. What lies behind the range doesn't take part in the run, so
-/// that a last slot is filled up with fillers and not with records that nobody asked for.
+/// Settles the range or list against the file. What lies behind the range doesn't take part in the run, so that a last
+/// slot is filled up with fillers and not with records that nobody asked for.
 errorWord settleRange() {
     auto& run = session();
-    if (run.rangeFirst == 0 && run.rangeLast == 0) {
-        run.rangeFirst = 1;
-        run.rangeLast = run.totalRecords;
+    if (fitRangeToData(run.totalRecords, 0) != 0) return errRangeBehindEnd;
+    labelSortRec sort;
+    errorWord error = 0;
+    if (appPrefs().labelSort.labelSortOn != 0) {
+        error = documentLabelSort(run.runDocument, sort, error);
+        error = applyLabelSort(&sort, error);
     }
-    if (run.rangeFirst > run.totalRecords) return errRangeBehindEnd;
-    run.rangeLast = std::min(run.rangeLast, run.totalRecords);
     run.runFirst = run.rangeFirst;
     run.runLast = run.rangeLast;
     run.totalRecords = run.rangeLast;
-    return 0;
+    return error;
 }
 
 /// One pass over the slots that the document holds now.

@@ -27,8 +27,10 @@ inline constexpr std::int32_t chunkPages = 64;
 
 /// Starts a merge of the current definition's data into the document: counts the links, opens the data and settles the
 /// range. `rangeFirst` and `rangeLast` of the session count from 1, both 0 for all records; the range is cut to the
-/// file. A `stepBy` of 0 becomes the highest sequence number of the links. Errors: 332 no text links, 191 the range
-/// begins behind the last record, 109 no data file, and what opening the data gives.
+/// file, as is a record list, which the label sort of the document then sorts when it is on. Translation tables are
+/// loaded. A `stepBy` of 0 becomes the highest sequence number of the links. Errors: 332 no text links, 191 the range
+/// begins behind the last record, 109 no data file, 262 and 264 a translation table is missing, errLabelSort, and what
+/// opening the data gives.
 [[nodiscard]] errorWord startMergeRun(UIDRef document, errorWord priorError);
 
 /// Merges every record of the run into the document itself: its pages once for each slot. One undoable step.
