@@ -42,9 +42,9 @@ bool prepare(const std::string& folder, std::uint32_t values) {
     sessionInit();
     settleDataFolder(folder, folder);
     loadPreferences();
-    bool found = false;
-    errorWord err = openDefinitionStore(0);
-    err = importDefinitions((folder + "/bench.ddf").c_str(), err);
+    bool found = false, cancelled = false;
+    errorWord err = openDefinitionStore(false, nullptr, 0);
+    err = importDefinitions((folder + "/bench.ddf").c_str(), cancelled, err);
     err = selectDefinition("Bench", found, err);
     commandReply reply{};
     (folder + "/bench.csv").copy(reinterpret_cast<char*>(reply.text), replyTextBytes - 1);

@@ -1,14 +1,13 @@
 #include "cli/ddf_verb.h"
 
 #include <fmt/format.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
 
+#include "cli/definition_list.h"
 #include "cli/job_setup.h"
 #include "cli/verb.h"
 #include "data/quick_setup.h"
@@ -21,8 +20,6 @@
 namespace tarnova {
 
 namespace {
-
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
 /// A list with the one set that a verb works on.
 class OneSet {
@@ -46,32 +43,7 @@ errorWord readDdf(const ddfVerbRec& options, OneSet& holder, ddfReadReport& repo
     return error;
 }
 
-template <typename Visit>
-void forEachDefinition(const recordDefSetRec& set, Visit visit) {
-    const recordDefNode* node = set.definitions;
-    if (node == nullptr) return;
-    do {
-        visit(node->definition);
-        node = node->next;
-    } while (node != set.definitions);
-}
-
-void writeDefinitionJson(JsonWriter& json, const recordDefRec& definition) {
-    json.StartObject();
-    json.Key("name");
-    json.String(shownName(pstrView(definition.name)));
-    json.Key("fields");
-    json.Uint(fieldCountOf(definition));
-    json.Key("links");
-    json.Uint(extractionCount(definition));
-    json.Key("searchCriteria");
-    json.Uint(searchCriteriaCount(definition));
-    json.Key("styles");
-    json.Uint(styleCount(definition));
-    json.EndObject();
-}
-
-void writeRemarksJson(JsonWriter& json, const ddfReadReport& report) {
+void writeRemarksJson(DefinitionWriter& json, const ddfReadReport& report) {
     json.Key("remarks");
     json.StartArray();
     for (const ddfRemarkRec& remark : report.remarks) {
@@ -89,7 +61,7 @@ void writeRemarksJson(JsonWriter& json, const ddfReadReport& report) {
 
 void printJson(const ddfVerbRec& options, const recordDefSetRec* set, const ddfReadReport& report) {
     rapidjson::StringBuffer buffer;
-    JsonWriter json(buffer);
+    DefinitionWriter json(buffer);
     json.StartObject();
     json.Key("file");
     json.String(shownName(options.path));
@@ -97,9 +69,7 @@ void printJson(const ddfVerbRec& options, const recordDefSetRec* set, const ddfR
     json.Bool(set != nullptr);
     if (set != nullptr) {
         json.Key("definitions");
-        json.StartArray();
-        forEachDefinition(*set, [&](const recordDefRec& definition) { writeDefinitionJson(json, definition); });
-        json.EndArray();
+        writeDefinitions(json, *set);
     } else {
         json.Key("line");
         json.Uint(report.line);
@@ -113,18 +83,8 @@ void printJson(const ddfVerbRec& options, const recordDefSetRec* set, const ddfR
     fmt::print("{}\n", buffer.GetString());
 }
 
-std::string counted(std::uint16_t count, std::string_view one, std::string_view many) {
-    return fmt::format("{} {}", count, count == 1 ? one : many);
-}
-
 void printText(const ddfVerbRec& options, const recordDefSetRec& set, const ddfReadReport& report) {
-    forEachDefinition(set, [](const recordDefRec& definition) {
-        fmt::print("{}: {}, {}, {}, {}\n", shownName(pstrView(definition.name)),
-                   counted(fieldCountOf(definition), "field", "fields"),
-                   counted(extractionCount(definition), "link", "links"),
-                   counted(searchCriteriaCount(definition), "search criteria record", "search criteria records"),
-                   counted(styleCount(definition), "price style", "price styles"));
-    });
+    printDefinitions(set);
     for (const ddfRemarkRec& remark : report.remarks) {
         fmt::print("{}:{}: {}\n", options.path, remark.line, shownName(remark.text));
     }
@@ -219,7 +179,8 @@ int makeDdfFromData(const ddfVerbRec& options) {
 
 void addDdfVerb(CLI::App& app, verbContext& context) {
     const auto options = std::make_shared<ddfVerbRec>();
-    CLI::App& ddf = *app.add_subcommand("ddf", "Check, lay out and make definition files (DDF)");
+    CLI::App& ddf =
+        *app.add_subcommand("ddf", "Check, lay out and make definition files (DDF), and look after your definitions");
     ddf.require_subcommand(1);
     ddf.footer("Example: tarnova ddf check orders.ddf");
 
@@ -249,6 +210,7 @@ void addDdfVerb(CLI::App& app, verbContext& context) {
             return std::string(special ? "a name can't hold a line end or any of ! / : ; < > ^ &" : "");
         });
     fromData.footer("Example: tarnova ddf from-data customers.csv -o customers.ddf");
+    addDdfStoreVerbs(ddf, context);
 }
 
 }  // namespace tarnova

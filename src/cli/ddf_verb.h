@@ -5,7 +5,13 @@
 #include <cstdint>
 #include <string>
 
+namespace CLI {
+class App;
+}
+
 namespace tarnova {
+
+struct verbContext;
 
 struct ddfVerbRec {
     std::string path;            // what is read
@@ -24,5 +30,8 @@ struct ddfVerbRec {
 
 /// Makes a DDF from the first line of a data file.
 [[nodiscard]] int makeDdfFromData(const ddfVerbRec& options);
+
+/// Adds the verbs that work on the user's own definitions (ddf_store_verb.cpp).
+void addDdfStoreVerbs(CLI::App& ddf, verbContext& context);
 
 }  // namespace tarnova

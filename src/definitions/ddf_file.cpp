@@ -1,4 +1,5 @@
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -30,14 +31,13 @@ errorWord writeTemporary(const std::string& path, const recordDefSetRec& set, er
     return err;
 }
 
-/// Lets the temporary file take the place of the target, which need not exist yet.
+/// Lets the temporary file take the place of the target, which need not exist yet: in one step, so that no moment finds
+/// the name without a whole file.
 errorWord takePlace(const std::string& temporary, const char* path, errorWord priorError) {
     if (priorError != 0) return priorError;
-    const bool isNew = fileIsPlain(path) == 0;
-    if (isNew && fileCreate(path, 0) != 0) return errDdfExchange;
-    if (fileExchange(temporary.c_str(), path, 0) == 0) return 0;
-    if (isNew) static_cast<void>(fileDelete(path, nullptr, 0));
-    return errDdfExchange;
+    std::error_code failure;
+    std::filesystem::rename(temporary, path, failure);
+    return failure ? errDdfExchange : errorWord{0};
 }
 
 errorWord openedStream(const char* path, recordDefSetRec& set, ddfReadReport* report) {

@@ -5,15 +5,19 @@
 
 #include <cstdint>
 
+#include "definitions/document_settings.h"
 #include "definitions/record_def_set.h"
 
 namespace tarnova {
 
 struct definitionStateRec {
-    recordDefSetRec* currentDefSet;     // the loaded set, head of the session's list of sets; null: none loaded
-    recordDefRec* currentRecordDef;     // into currentDefSet; found anew by currentDefName before each exchange run
-    Str255 currentDefName;              // selects currentRecordDef
-    std::uint8_t importingDefinitions;  // 1: reading a DDF ignores its databasePath statements
+    recordDefSetRec* currentDefSet;        // the loaded set, head of the session's list of sets; null: none loaded
+    recordDefRec* currentRecordDef;        // into currentDefSet; found anew by currentDefName before each exchange run
+    Str255 currentDefName;                 // selects currentRecordDef
+    std::uint8_t importingDefinitions;     // 1: reading a DDF ignores its databasePath statements
+    documentSettingsRec documentSettings;  // image of those of the document in front
+    /// Hands a definition's rule data to the rules module, or with null takes all rules from it; null without one.
+    void (*putDefinitionRules)(const recordDefRec* definition);
 };
 
 /// The installed state, or a built-in one when nothing is installed.

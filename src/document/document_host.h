@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,27 @@ struct selectionRec {
     textSpanRec range;
     std::vector<UID> items;
     cellSelectionRec cells;
+};
+
+/// What the host tells of its documents. The numbers are those of its signals; `frontChanged` has none of its own.
+enum class DocumentSignal : std::uint16_t {
+    afterNew = 3596,
+    afterOpen = 3599,
+    beforeSave = 3600,
+    beforeSaveAs = 3602,
+    beforeSaveCopy = 3604,
+    afterRevert = 3608,
+    beforeClose = 3609,
+    afterClose = 3610,
+    frontChanged = 0
+};
+
+/// Whoever is told. The document may be changed, but neither opened, saved nor closed, by the one who is told.
+class DocumentWatch {
+ public:
+    virtual ~DocumentWatch() = default;
+    /// `document` is nothing behind a close, and for a front that no document has.
+    virtual void Respond(DocumentSignal signal, UIDRef document) = 0;
 };
 
 /// The open documents. It owns them: a reference is good until its document is closed. Paths are UTF-8. An operation

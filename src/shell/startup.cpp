@@ -3,12 +3,14 @@
 #include <tuple>
 
 #include "data/data_source.h"
+#include "data/translation_table.h"
 #include "definitions/definition_store.h"
 #include "engine/session/folder_test.h"
 #include "engine/session/preferences_file.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/strings.h"
 #include "output/build_tables.h"
+#include "rules/rule_data.h"
 
 namespace tarnova {
 
@@ -41,7 +43,9 @@ errorWord ZavoStartupShutdown::Startup(std::string_view applicationFolder, std::
     settleDataFolder(applicationFolder, roamingFolder);
     testFolderWritable(session().dataFolder, true);
     loadPreferences();
-    const errorWord err = openDefinitionStore(session().engineError);
+    session().putDefinitionRules = putDefinitionRules;
+    errorWord err = openDefinitionStore(false, nullptr, session().engineError);
+    err = writeTransTableTemplate(err);
     setFixedPreferences();
     return err;
 }

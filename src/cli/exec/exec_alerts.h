@@ -11,10 +11,11 @@
 
 #include "cli/exec/exec_json.h"
 #include "engine/toolkit/alerts.h"
+#include "engine/toolkit/choosers.h"
 
 namespace tarnova {
 
-class ExecAlerts final : public AlertService {
+class ExecAlerts final : public AlertService, public ChooserService {
  public:
     int ask(const alertRec& alert) override;
     pictureAnswer askPicture(const pictureProblemRec& problem, std::string& chosenPath) override;
@@ -22,10 +23,15 @@ class ExecAlerts final : public AlertService {
     void moveStatus(int) override {}
     void closeStatus() override {}
     void showStatusDetail() override {}
+    bool chooseFile(const fileChoiceRec&, std::string& outPath) override { return choosePath(outPath); }
+    /// With the queue empty the text stays as it was suggested.
+    bool askText(const PMString&, std::size_t, std::string& text) override {
+        return answers.empty() || choosePath(text);
+    }
 
-    /// Replaces the queue by an array of button indexes (from 0), paths and nulls. Throws ExecFault.
+    /// Replaces the queue by an array of button indexes (from 0), paths or texts, and nulls. Throws ExecFault.
     void setAnswers(const rapidjson::Value& queue);
-    /// A path for a file chooser from the queue; false: cancelled.
+    /// A path or text from the queue; false: cancelled.
     bool choosePath(std::string& path);
     /// Writes the alerts since the last call as an array.
     void writeAll(ExecWriter& json);

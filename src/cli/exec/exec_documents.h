@@ -18,6 +18,7 @@ class ExecDocuments {
     ExecDocuments();
 
     [[nodiscard]] DocumentHost& host() { return open; }
+    void setWatch(DocumentWatch* watch) { open.setWatch(watch); }
     /// Opens a file in front of the others. One that is open already comes to the front under its handle.
     std::uint32_t openFile(const std::string& path);
     /// Takes a new document over, in front of the others.

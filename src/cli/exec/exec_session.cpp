@@ -29,6 +29,8 @@ constexpr unsigned parseFlags =
 
 ExecSession::ExecSession() : alertsBefore(&alertService()) {
     installAlertService(&alerts);
+    installChooserService(&alerts);
+    documents.setWatch(&watch);
     hookAlerts = &alerts;
     session().documentHost = &documents.host();
     session().pickDataFile = pickFromQueue;
@@ -38,6 +40,7 @@ ExecSession::~ExecSession() {
     session().documentHost = nullptr;
     session().pickDataFile = nullptr;
     session().runDocument = kInvalidUIDRef;
+    installChooserService(nullptr);
     installAlertService(alertsBefore);
 }
 

@@ -10,6 +10,7 @@
 
 #include "cli/exec/exec_alerts.h"
 #include "cli/exec/exec_documents.h"
+#include "shell/document_watch.h"
 
 namespace tarnova {
 
@@ -35,6 +36,7 @@ class ExecSession {
     [[nodiscard]] std::string answerRequest(std::string_view line);
     [[nodiscard]] std::string errorAnswer(std::string_view reason);
 
+    ZavoDocWatchResponder watch;
     ExecDocuments documents;
     ExecAlerts alerts;
     AlertService* alertsBefore;

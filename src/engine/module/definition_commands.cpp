@@ -2,12 +2,15 @@
 
 #include "definitions/definition_state.h"
 #include "definitions/definition_store.h"
+#include "definitions/document_definition.h"
 #include "definitions/record_lists.h"
 #include "engine/module/command_call.h"
 #include "engine/module/command_rows.h"
 #include "engine/module/current_definition.h"
 #include "engine/module/execute.h"
+#include "engine/module/front_document.h"
 #include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
 #include "tags/tag_list.h"
 
 namespace tarnova {
@@ -25,32 +28,62 @@ std::int32_t getDefinitionName(commandCall& call) {
     return commandDone;
 }
 
-/// Selecting by name; the definition that a document carries isn't read here.
+/// Sends the current definition's rules to the rules module again and stores them in the document.
+void refreshRules() {
+    const definitionStateRec& state = definitionState();
+    if (state.putDefinitionRules != nullptr) state.putDefinitionRules(state.currentRecordDef);
+    if (saveDefinitionToDocument(0) != 0) reportErrorKey("kZavoErrorSavingSlugWithDocument");
+}
+
 std::int32_t setDefinition(commandCall& call) {
-    const std::string_view name = call.pascal(1);
-    if (name.empty()) return call.valueOr<UIDRef>(0, {}) ? commandFailed : commandDocument;
+    Str255 name;
+    pstrSet(name, call.pascal(1));
+    std::uint16_t flags = 0;
+    const std::int32_t status = chooseDocumentDefinition(documentOrFront(call, 0), name, flags);
+    if (status == commandDone && call.valueOr<std::uint8_t>(2, 0) == 1) refreshRules();
+    return status;
+}
+
+std::int32_t reloadDocumentDefinitions(commandCall&) {
+    std::uint16_t flags = 0;
+    const std::int32_t status = documentDefinitionOnOpen(flags);
+    if ((flags & definitionChangedFlag) != 0) session().panelsStale = 1;
+    return status;
+}
+
+std::int32_t copyDefinitions(commandCall& call) {
+    Str31 name;
+    const std::int32_t status = copyDefinitionBetweenDocuments(call.valueOr<UIDRef>(0, {}), call.valueOr<UIDRef>(1, {}),
+                                                               call.valueOr<std::uint8_t>(2, 0) != 0, name);
+    call.putString(3, hostText(name));
+    return status;
+}
+
+std::int32_t reselectDefinition(commandCall&) {
+    const std::string_view name = pstrView(definitionState().currentDefName);
+    if (name.empty()) return commandDefinition;
     bool found = false;
     const errorWord err = selectDefinition(name, found, 0);
     if (err != 0) return failWith(err, commandDefinition);
     return found ? commandDone : commandDefinition;
 }
 
-std::int32_t reselectDefinition(commandCall&) {
-    return currentDefinition() == nullptr ? commandDefinition : commandDone;
-}
-
-std::int32_t exportDefinitions(commandCall& call) {
+std::int32_t exportDefinitionFile(commandCall& call) {
     const IDFile* const file = call.item<IDFile>(0);
     if (file == nullptr || file->empty()) return commandFailed;
     const errorWord err = exportDefinitionsToPath(file->cstr(), 0);
     return err == 0 ? commandDone : failWith(err, err);
 }
 
+/// A document that names the definition which is now the current one gets its new text.
 std::int32_t importDefinitionFile(commandCall& call) {
     const IDFile* const file = call.item<IDFile>(0);
     if (file == nullptr || file->empty()) return commandFailed;
-    const errorWord err = importDefinitions(file->cstr(), 0);
-    return err == 0 ? commandDone : failWith(err, err);
+    bool cancelled = false;
+    const errorWord err = importDefinitions(file->cstr(), cancelled, 0);
+    if (err != 0) return failWith(err, err);
+    documentDefinitionOnSave(frontDocument());
+    return commandDone;
 }
 
 /// The definition of that name, or the current one for an empty name.
@@ -196,8 +229,8 @@ constexpr commandArgument definitionNameArgs[] = {
 };
 constexpr commandArgument setDefinitionArgs[] = {
     itemIn(0, uidRef, "the document; the one in front when not given"),
-    itemIn(1, pascal, "name of the definition; empty: the one that the document carries"),
-    itemIn(2, u8, "1 refreshes its rules too"),
+    itemIn(1, pascal, "name of the definition; empty: the one that the document carries is taken into the set"),
+    itemIn(2, u8, "1 sends its rules to the rules module again and stores them in the document"),
 };
 constexpr commandArgument linkInfoArgs[] = {
     replyIn(replyField::inValue, u32, "index of the link, from 0"),
@@ -261,7 +294,12 @@ constexpr commandArgument ruleArgs[] = {
     itemIn(1, string, "name of the rule"),
 };
 constexpr commandArgument ddfArgs[] = {itemIn(0, file, "the DDF file")};
-constexpr commandArgument copyArgs[] = {itemIn(0, uidRef, "source document"), itemIn(1, uidRef, "target document")};
+constexpr commandArgument copyArgs[] = {
+    itemIn(0, uidRef, "source document"),
+    itemIn(1, uidRef, "target document; may be none"),
+    itemIn(2, u8, "1 replaces a definition of the same name in the set"),
+    itemOut(3, string, "name of the definition"),
+};
 
 constexpr commandRow rows[] = {
     {512, "kKelvaneCmdGetLinkInfo", any, first, getLinkInfo, linkInfoArgs, "A variable link by its index."},
@@ -271,13 +309,13 @@ constexpr commandRow rows[] = {
      "kKelvaneCmdReloadDocumentDefinitions",
      any,
      first,
-     nullptr,
+     reloadDocumentDefinitions,
      {},
-     "Reads the definitions that the document in front carries."},
+     "Sees to it that the set has the definition of the document in front, which may bring it along."},
     {558, "kKelvaneCmdSetDefinition", price, second, setDefinition, setDefinitionArgs,
-     "Makes a definition the current one."},
+     "Makes a definition the current one and that of the document."},
     {1207, "kKelvaneCmdSetDefinition", merge, second, setDefinition, setDefinitionArgs,
-     "Makes a definition the current one."},
+     "Makes a definition the current one and that of the document."},
     {584, "kKelvaneCmdGetLinkType", any, second, getLinkType, linkTypeArgs, "Type of a link."},
     {593, "kKelvaneCmdGetDefinitionInfo", merge, second, getDefinitionInfo, definitionInfoArgs,
      "Properties of a definition."},
@@ -290,12 +328,12 @@ constexpr commandRow rows[] = {
     {594, "kKelvaneCmdGetLinkProperties", merge, second, getLinkProperties, linkPropertiesArgs,
      "Properties of a link, or the number of links."},
     {596, "kKelvaneCmdGetRule", merge, second, getRule, ruleArgs, "A rule, from the rules module."},
-    {1404, "kKelvaneCmdExportDefinitions", any, second, exportDefinitions, ddfArgs,
+    {1404, "kKelvaneCmdExportDefinitions", any, second, exportDefinitionFile, ddfArgs,
      "Writes all definitions to a DDF file."},
     {1405, "kKelvaneCmdImportDefinitions", any, second, importDefinitionFile, ddfArgs,
      "Replaces all definitions by those of a DDF file."},
-    {1260, "kKelvaneCmdCopyDefinitions", any, second, nullptr, copyArgs,
-     "Copies the stored definition from document to document."},
+    {1260, "kKelvaneCmdCopyDefinitions", any, second, copyDefinitions, copyArgs,
+     "Takes the definition that a document carries into the set and names it in another document."},
     {2021, "kKelvaneCmdRefreshRules", any, first, nullptr, {}, "Sends the definition's rules to the rules module."},
     {2024, "kKelvaneCmdStoreRules", any, first, nullptr, {}, "Stores the rules of the rules module."},
     {2025, "kKelvaneCmdReselectDefinition", any, first, reselectDefinition, {}, "Selects the current definition anew."},

@@ -199,7 +199,7 @@ void restorePreferences() {
 std::int32_t resetDefinitionsAs(std::uint32_t selector) {
     if (selector == 0) return commandDone;
     if (selector > resetFromNew) return commandResetDefinitions;
-    const errorWord err = resetDefinitions(selector == resetFromNew, 0);
+    const errorWord err = selector == resetFromNew ? openDefinitionStore(true, nullptr, 0) : resetDefinitions(0);
     return err == 0 ? commandDone : failWith(err, commandDefinition);
 }
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "definitions/document_definition.h"
 #include "engine/session/preferences_file.h"
 
 namespace tarnova {
@@ -31,6 +32,7 @@ void exchangeModeSettings(appPrefsRec& prefs, std::uint16_t previous, std::uint1
 sessionRec::sessionRec() : definitionStateRec{} {
     writeDefaultPreferences(prefs, modeMerge, false);
     walkDeferredStories = &prefs.walkDeferredStories;
+    saveDefinitionToDocument = tarnova::saveDefinitionToDocument;
 }
 
 // What is destroyed behind the session, its own parts among them, must not find it installed.

@@ -42,7 +42,24 @@ std::string reasonOf(const layoutError& error) {
 
 }  // namespace
 
+void OpenDocuments::tell(DocumentSignal signal, UIDRef document) {
+    if (watch != nullptr) watch->Respond(signal, document);
+}
+
+void OpenDocuments::tellFront(UIDRef before) {
+    const UIDRef front = frontDocument();
+    if (front.database != before.database) tell(DocumentSignal::frontChanged, front);
+}
+
 DocumentModel& OpenDocuments::add(std::unique_ptr<DocumentModel> document, bool withWindow) {
+    const UIDRef before = frontDocument();
+    DocumentModel& added = insert(std::move(document), withWindow);
+    tell(DocumentSignal::afterNew, added.ref());
+    tellFront(before);
+    return added;
+}
+
+DocumentModel& OpenDocuments::insert(std::unique_ptr<DocumentModel> document, bool withWindow) {
     document->setComposer(composer);
     DocumentModel& added = *document;
     const auto behind = withWindow ? documents.end() : documents.begin();
@@ -92,7 +109,9 @@ errorWord OpenDocuments::failNotOpen() {
 bool OpenDocuments::bringToFront(UIDRef document) {
     const Place place = placeOf(document);
     if (place == documents.end()) return false;
+    const UIDRef before = frontDocument();
     showInFront(place);
+    tellFront(before);
     return true;
 }
 
@@ -103,14 +122,18 @@ UIDRef OpenDocuments::frontDocument() const {
 
 errorWord OpenDocuments::documentOpen(const std::string& path, bool withWindow, UIDRef& outDocument) {
     outDocument = kInvalidUIDRef;
+    const UIDRef before = frontDocument();
     DocumentModel* document = openFrom(path);
-    if (document == nullptr) {
+    const bool isOpen = document != nullptr;
+    if (!isOpen) {
         std::unique_ptr<DocumentModel> opened = read(path);
         if (opened == nullptr) return errFailed;
-        document = &add(std::move(opened), withWindow);
+        document = &insert(std::move(opened), withWindow);
     }
     outDocument = document->ref();
     if (withWindow) showInFront(placeOf(outDocument));
+    if (!isOpen) tell(DocumentSignal::afterOpen, outDocument);
+    tellFront(before);
     return 0;
 }
 
@@ -119,6 +142,7 @@ errorWord OpenDocuments::documentSave(UIDRef document) {
     if (found == nullptr) return failNotOpen();
     const std::string path = fileOf(*found);
     if (path.empty()) return fail("The document was never saved; give it a file first.");
+    tell(DocumentSignal::beforeSave, document);
     layoutError error;
     return saveLayout(*found, path, error) ? 0 : fail(reasonOf(error));
 }
@@ -130,6 +154,7 @@ errorWord OpenDocuments::documentSaveAs(UIDRef document, const std::string& path
     if (other != nullptr && other != found) {
         return fail("\"" + path + "\" is the file of another open document; close that one first.");
     }
+    tell(DocumentSignal::beforeSaveAs, document);
     layoutError error;
     return saveLayout(*found, path, error) ? 0 : fail(reasonOf(error));
 }
@@ -140,6 +165,7 @@ errorWord OpenDocuments::documentSaveCopy(UIDRef document, const std::string& pa
     if (openFrom(path) != nullptr) {
         return fail("\"" + path + "\" is the file of an open document; a copy needs a file of its own.");
     }
+    tell(DocumentSignal::beforeSaveCopy, document);
     layoutError error;
     return saveLayoutCopy(*found, path, error) ? 0 : fail(reasonOf(error));
 }
@@ -151,14 +177,17 @@ errorWord OpenDocuments::documentRevert(UIDRef document) {
     if (path.empty()) return fail("The document was never saved; there is nothing to go back to.");
     const std::unique_ptr<DocumentModel> saved = read(path);
     if (saved == nullptr) return errFailed;
-    return found->replaceBy(*saved) == 0 ? 0
-                                         : fail("The document can't go back to its file in the middle of a change.");
+    if (found->replaceBy(*saved) != 0) return fail("The document can't go back to its file in the middle of a change.");
+    tell(DocumentSignal::afterRevert, document);
+    return 0;
 }
 
 errorWord OpenDocuments::documentClose(UIDRef document) {
     const Place place = placeOf(document);
     if (place == documents.end()) return failNotOpen();
-    documents.erase(place);
+    tell(DocumentSignal::beforeClose, document);
+    documents.erase(placeOf(document));
+    tell(DocumentSignal::afterClose, kInvalidUIDRef);
     return 0;
 }
 
@@ -170,7 +199,9 @@ bool OpenDocuments::documentHasWindow(UIDRef document) const {
 errorWord OpenDocuments::documentShowWindow(UIDRef document) {
     const Place place = placeOf(document);
     if (place == documents.end()) return failNotOpen();
+    const UIDRef before = frontDocument();
     if (!place->hasWindow) showInFront(place);
+    tellFront(before);
     return 0;
 }
 

@@ -19,6 +19,8 @@ class OpenDocuments final : public DocumentHost {
     /// Documents are given this composer when they are opened; it may be null.
     explicit OpenDocuments(std::shared_ptr<Composer> itsComposer) : composer(std::move(itsComposer)) {}
 
+    /// Who is told of what happens to the documents; null: nobody. Must outlive its use.
+    void setWatch(DocumentWatch* newWatch) { watch = newWatch; }
     /// Takes a new document over, in front of the others when it gets a window.
     DocumentModel& add(std::unique_ptr<DocumentModel> document, bool withWindow);
     /// The document that a reference names; null when it isn't open here.
@@ -50,13 +52,18 @@ class OpenDocuments final : public DocumentHost {
 
     [[nodiscard]] Place placeOf(UIDRef document) const;
     [[nodiscard]] DocumentModel* openFrom(const std::string& path) const;
+    DocumentModel& insert(std::unique_ptr<DocumentModel> document, bool withWindow);
     void showInFront(Place place);
+    void tell(DocumentSignal signal, UIDRef document);
+    /// Tells of another document in front than `before`.
+    void tellFront(UIDRef before);
     [[nodiscard]] std::unique_ptr<DocumentModel> read(const std::string& path);
     errorWord fail(std::string reason);
     errorWord failNotOpen();
 
     std::shared_ptr<Composer> composer;
     std::vector<OpenDocument> documents;  // the front one last
+    DocumentWatch* watch = nullptr;
     std::string failure;
 };
 

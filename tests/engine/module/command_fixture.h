@@ -26,7 +26,7 @@ class CommandTest : public ::testing::Test {
         sessionReset();
         settleDataFolder(home.path("app"), home.path("roaming"));
         loadPreferences();
-        ASSERT_EQ(openDefinitionStore(0), 0);
+        ASSERT_EQ(openDefinitionStore(false, nullptr, 0), 0);
         reply = {};
         args = {};
     }

@@ -27,7 +27,7 @@ TEST_F(Execute, StagesAndMissingRecords) {
         {"command of a mode that isn't attached", 560, true, -1, -6023},
         {"not yet available", 562, true, -1, -6023},
         {"not yet available in this mode", 1211, true, 0, -1},
-        {"not yet available, first stage", 546, true, 0, -1},
+        {"not yet available, first stage", 2021, true, 0, -1},
     };
     for (const testRow& row : rows) {
         reply = {};
@@ -167,7 +167,7 @@ TEST_F(Execute, DamagedStoreLeavesTheSessionAsItIs) {
     const std::string before(pstrView(session().currentDefName));
     std::filesystem::create_directories(std::filesystem::path(definitionStorePath()).parent_path());
     ASSERT_EQ(fileWriteWhole(definitionStorePath().c_str(), "no signature", 0), 0);
-    EXPECT_EQ(openDefinitionStore(0), 108);
+    EXPECT_EQ(openDefinitionStore(false, nullptr, 0), 108);
     EXPECT_EQ(pstrView(session().currentDefName), before);
     EXPECT_NE(session().currentDefSet, nullptr);
 }
