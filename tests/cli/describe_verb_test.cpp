@@ -1,7 +1,5 @@
 // `tarnova describe` as a person calls it.
 
-#include <rapidjson/document.h>
-
 #include "tests/cli/program_fixture.h"
 
 namespace tarnova {
@@ -10,64 +8,40 @@ namespace {
 class DescribeVerb : public ProgramTest {
  protected:
     DescribeVerb() {
-        write("two.tvd", R"({"tarnovaLayout": 1, "pageSize": [200, 100], "pages": [
-            {"items": [{"name": "head", "bounds": [10, 20, 180, 50], "text": "Dear {{name}}"}]},
-            {"items": [{"name": "tight", "bounds": [10, 10, 60, 20], "text": "Second page with too many words"}]}],
+        write("two.tvd", R"({"tarnovaLayout": 1, "pageSize": [200, 100], "pages": [{"uid": 10, "items": [
+            {"uid": 11, "name": "head", "bounds": [10, 20, 180, 50], "text": "Dear {{name}}"}]}, {"uid": 20, "items": [
+            {"uid": 21, "name": "tight", "bounds": [10, 10, 60, 20], "text": "Second page with too many words"}]}],
             "sections": [{"page": 2, "prefix": "A-", "startNumber": 4, "includePrefix": true}]})");
     }
-    [[nodiscard]] rapidjson::Document answer(const std::string& arguments) {
+    /// The answer in JSON holds these pieces, in this order.
+    void expect(const std::string& arguments, std::initializer_list<const char*> pieces) {
         const outcomeRec outcome = run("describe " + arguments + " --json");
         EXPECT_EQ(outcome.status, 0) << outcome.messages;
-        rapidjson::Document json;
-        json.Parse(outcome.output);
-        EXPECT_FALSE(json.HasParseError()) << outcome.output;
-        return json;
+        std::size_t at = 0;
+        for (const char* piece : pieces) {
+            const std::size_t found = outcome.output.find(piece, at);
+            EXPECT_NE(found, std::string::npos) << piece << " in " << outcome.output.substr(at);
+            if (found != std::string::npos) at = found;
+        }
     }
 };
 
 TEST_F(DescribeVerb, TellsPagesItemsAndStoriesByTheirUids) {
-    const rapidjson::Document all = answer("two.tvd");
-    for (const char* part : {"pages", "layers", "items", "stories", "tags", "tables", "itemData"})
-        ASSERT_TRUE(all.HasMember(part)) << part;
-    ASSERT_EQ(all["pages"].Size(), 2U);
-    const auto& page = all["pages"][1];
-    EXPECT_EQ(page["index"].GetInt(), 1);
-    EXPECT_STREQ(page["name"].GetString(), "A-4");
-    EXPECT_EQ(page["size"][0].GetDouble(), 200);
-    EXPECT_FALSE(page.HasMember("master"));
-    EXPECT_STREQ(all["layers"][0]["name"].GetString(), "Layer 1");
-    EXPECT_TRUE(all["layers"][0]["visible"].GetBool());
-
-    const auto& item = all["items"][0];
-    EXPECT_STREQ(item["name"].GetString(), "head");
-    EXPECT_STREQ(item["class"].GetString(), "splineItem");
-    EXPECT_EQ(item["page"].GetUint(), all["pages"][0]["uid"].GetUint());
-    EXPECT_EQ(item["bounds"][1].GetDouble(), 20);
-    EXPECT_EQ(item["bounds"][2].GetDouble(), 190);
-    ASSERT_EQ(all["stories"].Size(), 2U);
-    const auto& story = all["stories"][0];
-    EXPECT_EQ(item["story"].GetUint(), story["uid"].GetUint());
-    EXPECT_EQ(story["frames"][0].GetUint(), item["uid"].GetUint());
-    EXPECT_FALSE(story["overset"].GetBool());
-    EXPECT_TRUE(all["stories"][1]["overset"].GetBool());
-    EXPECT_STREQ(all["tags"][0]["link"].GetString(), "name");
-}
-
-TEST_F(DescribeVerb, TellsTheStoryOnAPath) {
-    write("path.tvd", R"({"tarnovaLayout": 1, "pages": [{"items": [
-{"kind": "line", "bounds": [0, 50, 90, 0], "pathText": {"text": "along a line that is too short for it"}}]}]})");
-    const rapidjson::Document all = answer("path.tvd");
-    const auto& item = all["items"][0];
-    const auto& story = all["stories"][0];
-    EXPECT_FALSE(item.HasMember("story"));
-    EXPECT_EQ(item["pathStory"].GetUint(), story["uid"].GetUint());
-    EXPECT_EQ(story["frames"][0].GetUint(), item["uid"].GetUint());
-    EXPECT_TRUE(story["overset"].GetBool());
+    expect("two.tvd", {R"({"pages":[{"uid":10,"index":0,"name":"1",)",
+                       R"({"uid":20,"index":1,"name":"A-4","size":[200.0,100.0],"spread":)", R"("layers":[{)",
+                       R"("name":"Layer 1","visible":true,"locked":false,"printable":true}],"items":[)",
+                       R"({"uid":11,"class":"splineItem","parent":)",
+                       R"("page":10,"bounds":[10.0,20.0,190.0,70.0],"name":"head","story":)", R"("stories":[)",
+                       R"("frames":[11],"length":10,"overset":false,"text":"Dear name\r"})",
+                       R"("frames":[21],"length":32,"overset":true,)", R"("tags":[)", R"("link":"name",)",
+                       R"("tables":[],"itemData":[)"});
+    write("path.tvd", R"({"tarnovaLayout": 1, "pages": [{"items": [{"uid": 30, "kind": "line", "bounds": [0, 50, 90, 0],
+        "pathText": {"text": "along a line that is too short for it"}}]}]})");
+    expect("path.tvd", {R"({"uid":30,)", R"(,"pathStory":)", R"("frames":[30],)", R"("overset":true)"});
 }
 
 TEST_F(DescribeVerb, TellsOnlyThePartThatIsWanted) {
-    const rapidjson::Document stories = answer("two.tvd --what stories");
-    EXPECT_EQ(stories.MemberCount(), 1U);
+    expect("two.tvd --what layers", {R"({"layers":[{"uid":)", "\"printable\":true}]}\n"});
     const outcomeRec lines = run("describe two.tvd --what stories");
     EXPECT_EQ(lines.status, 0);
     EXPECT_EQ(lines.output.substr(0, 13), "stories:\nuid ") << lines.output;
@@ -80,16 +54,11 @@ TEST_F(DescribeVerb, TellsOnlyThePartThatIsWanted) {
 TEST_F(DescribeVerb, TellsTheEntriesOfItemData) {
     // A frame named in one entry of three bytes, and a block whose size is wrong.
     write("data.tvd", R"({"tarnovaLayout": 1, "pageSize": [200, 100], "pages": [{"items": [
-        {"bounds": [0, 0, 10, 10], "data": {"kelvane": "AAAACwAAAAEAAAADYXFtSmFiYw=="}},
-        {"bounds": [0, 0, 10, 10], "data": {"tallyra": "AAAAZAAAAAE="}}]}]})");
-    const rapidjson::Document told = answer("data.tvd --what itemData");
-    ASSERT_TRUE(told.IsObject() && told.HasMember("itemData"));
-    ASSERT_EQ(told["itemData"].Size(), 2U);
-    EXPECT_STREQ(told["itemData"][0]["store"].GetString(), "Kelvane");
-    EXPECT_STREQ(told["itemData"][0]["type"].GetString(), "aqmJ");
-    EXPECT_EQ(told["itemData"][0]["size"].GetInt(), 3);
-    EXPECT_STREQ(told["itemData"][1]["store"].GetString(), "Tallyra");
-    EXPECT_STREQ(told["itemData"][1]["error"].GetString(), "the sizes of the block don't hold");
+        {"uid": 40, "bounds": [0, 0, 10, 10], "data": {"kelvane": "AAAACwAAAAEAAAADYXFtSmFiYw=="}},
+        {"uid": 50, "bounds": [0, 0, 10, 10], "data": {"tallyra": "AAAAZAAAAAE="}}]}]})");
+    expect("data.tvd --what itemData",
+           {R"({"itemData":[{"owner":40,"store":"Kelvane","type":"aqmJ","size":3},)"
+            R"({"owner":50,"store":"Tallyra","error":"the sizes of the block don't hold"}]})"});
 }
 
 TEST_F(DescribeVerb, WrongUseIsTold) {
