@@ -11,7 +11,6 @@
 
 #include "cli/job_setup.h"
 #include "definitions/definition_state.h"
-#include "definitions/definition_store.h"
 #include "definitions/record_def_set.h"
 #include "engine/module/execute.h"
 #include "engine/session/session.h"
@@ -46,7 +45,7 @@ std::string userDataFolder() {
 }
 
 std::string startFailure(errorWord error) {
-    return fmt::format("{}: {}", definitionStorePath(), takeErrorText(error));
+    return fmt::format("{}: {}", session().dataFolder, takeErrorText(error));
 }
 
 EngineClient::EngineClient() : host(makeComposer()) {

@@ -21,7 +21,7 @@ struct recordDefSetRec;
 [[nodiscard]] std::string programFolder();
 [[nodiscard]] std::string userDataFolder();
 
-/// Why a start of the session failed, for people: the one step that can fail reads the definitions.
+/// Why a start of the session failed, for people, behind the folder in which the session's files lie.
 [[nodiscard]] std::string startFailure(errorWord error);
 
 /// Starts the session for the time of a verb, in merge mode and with alerts shown. A step of the start that fails is
