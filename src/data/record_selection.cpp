@@ -5,7 +5,6 @@
 
 #include "data/data_source.h"
 #include "engine/session/session.h"
-#include "output/build_document.h"
 
 namespace tarnova {
 
@@ -31,13 +30,6 @@ void useRecordRange(recordRangeRec range) {
     run.rangeFirst = range.first;
     run.rangeLast = range.last;
     run.recordList = std::move(range.list);
-}
-
-errorWord checkRecordRange(const recordRangeRec& range, std::uint32_t passMode, errorWord priorError) {
-    if (priorError != 0) return priorError;
-    if (!range.list.empty() && passMode == passModeStackRange) return errListWithStack;
-    const bool isAll = range.first == 0 && range.last == 0;
-    return isAll || (range.first >= 1 && range.first <= range.last) ? errorWord{0} : errRangeNumbers;
 }
 
 std::int32_t recordOfPosition(std::int32_t position, std::uint32_t skipFirst) {

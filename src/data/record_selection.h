@@ -13,14 +13,10 @@ namespace tarnova {
 struct dataSourceRec;
 
 inline constexpr errorWord errRangeBehindFile = errorOfCode(-6020);  // no record of the range lies in the file
-inline constexpr errorWord errRangeNumbers = 190;                    // first or last is 0, or the first is behind
 inline constexpr errorWord errListWithStack = 371;                   // a list can't be stacked over the range
 
 /// Makes a range, or its list, the session's; both ends 0 for all records.
 void useRecordRange(recordRangeRec range);
-
-/// Whether people may run this range in a pass mode: errRangeNumbers, errListWithStack.
-[[nodiscard]] errorWord checkRecordRange(const recordRangeRec& range, std::uint32_t passMode, errorWord priorError);
 
 /// Number of the record at a position, from 0 in the file; recordListPad for a place without one. Without a list, and
 /// outside of it, the position is the number.

@@ -4,7 +4,6 @@
 #include "data/recent_ranges.h"
 #include "data/record_filter.h"
 #include "engine/session/session.h"
-#include "output/build_document.h"
 #include "tests/data/data_fixture.h"
 
 namespace tarnova {
@@ -63,10 +62,6 @@ TEST_F(RecordSelection, IsFittedToTheData) {
         EXPECT_EQ(session().totalRecords, total) << name;
         EXPECT_EQ(session().recordList.size(), length) << name;
     }
-    EXPECT_EQ(checkRecordRange({1, 2, {0, 1}}, passModeStackRange, 0), errListWithStack);
-    EXPECT_EQ(checkRecordRange({3, 2, {}}, passModeStep, 0), errRangeNumbers);
-    EXPECT_EQ(checkRecordRange({0, 2, {}}, passModeStep, 0), errRangeNumbers);
-    EXPECT_EQ(checkRecordRange({}, passModeStackRange, 0), 0);
 }
 
 TEST_F(RecordSelection, FiltersByALink) {
