@@ -120,7 +120,7 @@ RunDescription TextReader::describe(const FormatTarget& target) {
         if (target.tags[store] == nullptr) continue;
         ReadTag tag = readTag(*target.tags[store], stores[store]);
         if (!tag.hasId) tag.content.tagId = builder.newTagId();
-        out.tags[store] = builder.attributePool().tag(stores[store], tag.content);
+        out.tags[store] = builder.attributePool().tag(std::make_shared<TagAttribute>(stores[store], tag.content));
     }
     return out;
 }
@@ -179,7 +179,7 @@ std::shared_ptr<const TagAttribute> TextReader::tagOf(const TagFields& fields) {
     TagAttribute::Content content = defaultTagContent(stores[0]);
     content.tagId = builder.newTagId();
     content.data = encodeTagFields(fields);
-    return builder.attributePool().tag(stores[0], content);
+    return builder.attributePool().tag(std::make_shared<TagAttribute>(stores[0], content));
 }
 
 namespace {
@@ -250,8 +250,8 @@ class TextWriter {
     [[nodiscard]] std::int32_t specialFrom(std::int32_t from, std::int32_t limit) const {
         if (text.pageCharacters() == 0) return limit;
         const std::u32string characters = charactersOf(text, from, limit);
-        return from + static_cast<std::int32_t>(
-                          std::find_if(characters.begin(), characters.end(), isPageCharacter) - characters.begin());
+        return from + static_cast<std::int32_t>(std::find_if(characters.begin(), characters.end(), isPageCharacter) -
+                                                characters.begin());
     }
 
     /// The first item that is anchored in a range; a UID of 0 when there is none.

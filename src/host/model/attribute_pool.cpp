@@ -126,7 +126,8 @@ const RunAttributes* AttributePool::with(const RunAttributes& list,
     RunDescription description = describe(list);
     const TextAttributeClass kind = attribute->attributeClass();
     if (isTag(kind)) {
-        description.tags[storeOf(kind)] = std::dynamic_pointer_cast<const TagAttribute>(attribute);
+        auto wanted = std::dynamic_pointer_cast<const TagAttribute>(attribute);
+        description.tags[storeOf(kind)] = wanted == nullptr ? nullptr : tag(std::move(wanted));
     } else if (const auto* number = dynamic_cast<const NumberAttribute*>(attribute.get())) {
         setNumber(description.overrides, kind, number->value());
     }
@@ -152,13 +153,16 @@ const ParagraphAttributes* AttributePool::paragraph(const ParagraphAttributes& a
     return paragraphs.emplace(hash, std::make_unique<const ParagraphAttributes>(attributes))->second.get();
 }
 
-std::shared_ptr<const TagAttribute> AttributePool::tag(TextAttributeClass store, const TagAttribute::Content& content) {
-    const std::size_t hash = hashOf(store, content);
+std::shared_ptr<const TagAttribute> AttributePool::tag(std::shared_ptr<const TagAttribute> wanted) {
+    const std::size_t hash = hashOf(wanted->attributeClass(), wanted->content());
     const auto [first, last] = tags.equal_range(hash);
     for (auto at = first; at != last; ++at) {
-        if (at->second->attributeClass() == store && equal(at->second->content(), content)) return at->second;
+        const TagAttribute& known = *at->second;
+        if (known.attributeClass() == wanted->attributeClass() && equal(known.content(), wanted->content())) {
+            return at->second;
+        }
     }
-    return tags.emplace(hash, std::make_shared<const TagAttribute>(store, content))->second;
+    return tags.emplace(hash, std::move(wanted))->second;
 }
 
 }  // namespace tarnova

@@ -32,9 +32,8 @@ class AttributePool {
 
     [[nodiscard]] const ParagraphAttributes* paragraph(const ParagraphAttributes& attributes);
 
-    /// One object for equal tags, as the reader of a file needs it.
-    [[nodiscard]] std::shared_ptr<const TagAttribute> tag(TextAttributeClass store,
-                                                          const TagAttribute::Content& content);
+    /// One object for equal tags, the first of them: else runs that say the same would stay apart.
+    [[nodiscard]] std::shared_ptr<const TagAttribute> tag(std::shared_ptr<const TagAttribute> wanted);
 
  private:
     std::unordered_multimap<std::size_t, std::unique_ptr<const RunAttributes>> runs;

@@ -169,9 +169,7 @@ void DocumentBuilder::setOverrides(UID item, UID masterItem) {
 }
 
 bool DocumentBuilder::isMasterItem(UID uid) const {
-    const PageItem* item = document->item(uid);
-    return item != nullptr && document->itemClass(item->parent) == ItemClass::node &&
-           document->spread(item->spread)->isMaster;
+    return document->isMasterItem(uid);
 }
 
 UID DocumentBuilder::addStory(const std::vector<UID>& frames, std::shared_ptr<StoryText> content, UID uid,

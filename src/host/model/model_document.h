@@ -345,6 +345,8 @@ class ModelDocument final : public DocumentModel {
     void noteTagId(std::uint32_t tagId);
     [[nodiscard]] bool mayShareText(const PageItem& a, const PageItem& b) const;
     [[nodiscard]] UID frameOfColumn(const Story& story, std::int32_t column) const;
+    /// The item lies below a node of a master spread.
+    [[nodiscard]] bool isMasterItem(UID item) const;
     [[nodiscard]] std::vector<const Page*> masterChain(UID page) const;
     [[nodiscard]] std::unordered_set<UID> overriddenOn(const std::vector<const Page*>& chain) const;
     void noteOverridden(const PageItem& above, const PMRect* bounds, std::unordered_set<UID>& out) const;

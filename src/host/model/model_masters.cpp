@@ -135,9 +135,15 @@ errorWord ModelDocument::overrideMasterItems(const std::vector<UID>& on) {
     return override.make();
 }
 
+bool ModelDocument::isMasterItem(UID uid) const {
+    const PageItem* found = item(uid);
+    return found != nullptr && itemClass(found->parent) == ItemClass::node && spread(found->spread)->isMaster;
+}
+
+/// A mark holds as long as the master has the item outside of groups and texts.
 UID ModelDocument::overriddenItem(UID uid) const {
     const PageItem* found = item(uid);
-    return found == nullptr || item(found->overrides) == nullptr ? kInvalidUID : found->overrides;
+    return found != nullptr && isMasterItem(found->overrides) ? found->overrides : kInvalidUID;
 }
 
 void ModelDocument::clearOverriddenMarks() {

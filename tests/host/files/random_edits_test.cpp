@@ -102,10 +102,10 @@ class Census {
         EXPECT_EQ(item->parent, parent);
         EXPECT_EQ(item->spread, spread);
         if (item->itemClass == ItemClass::splineItem && item->story != kInvalidUID) {
-            framesByStory[item->story].insert(uid);
+            takeStory(item->story, uid);
             EXPECT_EQ(document.childCount(uid), item->shape->text.columns);
         }
-        if (item->pathStory != kInvalidUID) framesByStory[item->pathStory].insert(uid);
+        if (item->pathStory != kInvalidUID) takeStory(item->pathStory, uid);
         for (std::size_t i = 0; i < item->children.size(); ++i) {
             const PageItem* child = document.item(item->children[i]);
             ASSERT_NE(child, nullptr);
@@ -114,6 +114,15 @@ class Census {
                 EXPECT_EQ(child->column, static_cast<std::int32_t>(i));
             }
             takeItem(item->children[i], uid, spread);
+        }
+    }
+
+    void takeStory(UID story, UID frame) {
+        framesByStory[story].insert(frame);
+        if (document.framesOfStory(story).front() != frame) return;
+        for (const ownedItemRec& owned : document.ownedItems(story, 0, document.totalLength(story))) {
+            EXPECT_EQ(document.inlinePosition(owned.item), std::pair(story, owned.position));
+            takeItem(owned.item, story, kInvalidUID);
         }
     }
 
@@ -176,7 +185,8 @@ class RandomEdits {
             &RandomEdits::addSection,  &RandomEdits::applyMaster,  &RandomEdits::overrideMasters,
             &RandomEdits::linkFrames,  &RandomEdits::lockLayer,    &RandomEdits::detachMasters,
             &RandomEdits::groupItems,  &RandomEdits::ungroup,      &RandomEdits::moveItem,
-            &RandomEdits::copyItem,    &RandomEdits::setContent,   &RandomEdits::setPathText};
+            &RandomEdits::copyItem,    &RandomEdits::setContent,   &RandomEdits::setPathText,
+            &RandomEdits::anchorItem,  &RandomEdits::releaseItem};
         while (!oneOf(operations)(*this)) {
         }
     }
@@ -265,6 +275,12 @@ class RandomEdits {
         UID made = kInvalidUID;
         return below(2) == 0 && document->duplicateItem(anyItem(), made) == 0;
     }
+    bool anchorItem() {
+        if (document->stories().empty()) return false;
+        const UID story = oneOf(document->stories());
+        return document->anchorItem(anyItem(), story, below(document->totalLength(story))) == 0;
+    }
+    bool releaseItem() { return document->releaseItem(anyItem()) == 0; }
     bool setContent() {
         const UID item = anyItem();
         const auto kind = static_cast<ContentKind>(below(3));
@@ -272,11 +288,16 @@ class RandomEdits {
     }
     bool setPathText() {
         const UID item = anyItem();
-        if (below(3) == 0) return document->textOnPath(item) != kInvalidUID && document->setPathText(item, {}) == 0;
         const bool isNew = document->textOnPath(item) == kInvalidUID;
-        if (document->setPathText(item, PathTextOptions{.start = double(below(9)), .flip = below(2) == 0}) != 0) return false;
-        if (isNew) noteStep();
-        return isNew ? document->textReplace(document->textOnPath(item), 0, 0, U"on a path", true) == 0 : true;
+        if (!isNew && below(3) == 0) return document->setPathText(item, {}) == 0;
+        const PathTextOptions options{.start = static_cast<double>(below(9)), .flip = below(2) == 0};
+        if (!isNew) return document->setPathText(item, options) == 0;
+        if (!document->isTextFrame(item)) return false;  // else a failure would leave an empty step
+        EXPECT_EQ(document->BeginCommandSequence("Put Text on a Path", true), 0);
+        EXPECT_EQ(document->setPathText(item, options), 0);
+        EXPECT_EQ(document->textReplace(document->textOnPath(item), 0, 0, U"on a path", true), 0);
+        document->EndCommandSequence();
+        return true;
     }
     bool applyMaster() {
         if (document->pageCount() == 0) return false;

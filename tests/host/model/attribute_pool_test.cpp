@@ -23,9 +23,12 @@ TEST(AttributePool, EqualListsAreOneObject) {
     tabs.overrides.tabs = {{20, TabStop::Kind::right}};
     EXPECT_EQ(pool.paragraph(tabs), pool.paragraph(tabs));
     EXPECT_NE(pool.paragraph(tabs), pool.paragraph({}));
-    const TagAttribute::Content content{"Kelvane", "", "", "", 3, "data"};
-    EXPECT_EQ(pool.tag(TextAttributeClass::kelvaneTag, content), pool.tag(TextAttributeClass::kelvaneTag, content));
-    EXPECT_NE(pool.tag(TextAttributeClass::kelvaneTag, content), pool.tag(TextAttributeClass::tallyraTag, content));
+    const auto tagged = [&pool](TextAttributeClass store) {
+        const TagAttribute::Content content{"Kelvane", "", "", "", 3, "data"};
+        return pool.with(*pool.plainRun(), std::make_shared<TagAttribute>(store, content));
+    };
+    EXPECT_EQ(tagged(TextAttributeClass::kelvaneTag), tagged(TextAttributeClass::kelvaneTag));
+    EXPECT_NE(tagged(TextAttributeClass::kelvaneTag), tagged(TextAttributeClass::tallyraTag));
 }
 
 TEST(AttributePool, EveryNumberGoesInAndOut) {
