@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
@@ -12,11 +13,16 @@
 #include "bench/letter_job.h"
 #include "bench/process.h"
 #include "cli/job_setup.h"
-#include "engine/run/merge_run.h"
+#include "data/data_source.h"
+#include "data/record_selection.h"
+#include "engine/run/merge_pass.h"
+#include "engine/run/start_run.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "host/render/pdf_writer.h"
 #include "merge/tag_value.h"
+#include "output/build_chunk.h"
+#include "output/build_document.h"
 #include "output/build_tables.h"
 #include "tags/link_names.h"
 
@@ -25,6 +31,7 @@ namespace {
 
 constexpr std::uint32_t defaultRecords = 10000;
 constexpr int runs = 5;
+constexpr std::array<std::uint32_t, 3> sizes = {1000, 10000, 100000};
 
 double cpuSecondsOf(const std::function<void()>& work) {
     const std::clock_t start = std::clock();
@@ -58,38 +65,54 @@ class NoComposer final : public Composer {
     std::shared_ptr<const StoryLayout> layout = std::make_shared<Layout>();
 };
 
-class NoOutput final : public PageOutput {
-    errorWord takePages(Document&) override { return 0; }
-};
+/// Takes the pages of a chunk; false when it can't.
+using TakePages = std::function<bool(const DocumentModel&)>;
 
-class PdfPages final : public PageOutput {
- public:
-    explicit PdfPages(const std::string& path) { good = writer.open(path, {}); }
-    errorWord takePages(Document& built) override {
-        auto& document = dynamic_cast<DocumentModel&>(built);
-        for (std::int32_t i = 0; good && i < document.pageCount(); ++i) {
-            good = writer.addPage(document, document.pageAt(i));
-        }
-        return good ? errorWord{0} : errFailed;
+/// Readies the engine for the whole data; the number of records, 0 when that failed.
+std::uint32_t startJob(DocumentModel& layout) {
+    auto& run = session();
+    dataSourceRec* source = nullptr;
+    std::int16_t status = 0;
+    std::uint32_t records = 0;
+    beginJob(layout.ref());
+    if (openCurrentData(source, status, nullptr, 0) != 0 || source == nullptr) return 0;
+    if (dataSourceRecordCount(source, 1, records, 0) != 0 || records == 0) return 0;
+    run.rangeFirst = run.rangeLast = 0;
+    run.skipFirst = 1;
+    run.stepBy = 1;
+    run.recordPassMode = passModeStep;
+    run.runStage = runStageRunning;
+    return fitRangeToData(records - 1, 0) == 0 ? records - 1 : 0;
+}
+
+void endJob() {
+    session().runStage = runStageIdle;
+    dataSourceCloseAll();
+}
+
+/// Merges the whole job chunk by chunk, as a driver does it. False when that failed.
+bool mergeAll(DocumentModel& layout, const TakePages& take) {
+    const std::uint32_t records = startJob(layout);
+    constexpr std::uint32_t chunk = 64;
+    appPrefs().chunkRecords = chunk;
+    composeTemplate(layout.ref());
+    bool good = records > 0;
+    for (std::uint32_t first = 1; good && first <= records; first += chunk) {
+        const std::unique_ptr<Document> built = layout.documentCopy();
+        const std::uint32_t limit = std::min(first + chunk, records + 1);
+        std::uint32_t done = 0;
+        std::uint16_t cancel = 0;
+        errorWord error = buildChunk(built->ref(), static_cast<std::int32_t>(limit - first), {.multiSlot = true}, 0);
+        if (error == 0) error = mergeChunk(built->ref(), {first, limit, 1, passModeStep, true, false}, done, cancel);
+        good = error == 0 && done == limit - first && take(dynamic_cast<const DocumentModel&>(*built));
     }
-    PdfWriter writer;
-    bool good = false;
-};
-
-/// Merges the whole job into `output`. False when the run failed.
-bool mergeAll(DocumentModel& layout, PageOutput& output) {
-    session().rangeFirst = 0;
-    session().rangeLast = 0;
-    session().stepBy = 0;
-    errorWord error = startMergeRun(layout.ref(), 0);
-    error = mergeToOutput(layout.ref(), output, error);
-    finishMergeRun();
-    return error == 0;
+    endJob();
+    return good;
 }
 
 /// Each link of each record fetched once, the repeated link twice, as the run does it.
 void fetchAll(DocumentModel& layout, std::uint32_t records) {
-    if (startMergeRun(layout.ref(), 0) != 0) return;
+    if (startJob(layout) == 0) return;
     std::vector<std::string> links = linkNamesOf(layout.ref());
     links.emplace_back("member");
     session().mergePassActive = 1;
@@ -103,7 +126,7 @@ void fetchAll(DocumentModel& layout, std::uint32_t records) {
         }
     }
     session().mergePassActive = 0;
-    finishMergeRun();
+    endJob();
 }
 
 void printCost(const char* name, const costRec& cost, std::uint32_t pages, std::uintmax_t bytes) {
@@ -138,16 +161,44 @@ int compareWithTex(const std::string& tarnova, const std::string& folder, std::u
     return 0;
 }
 
-/// Memory is that of a chunk of pages, however many records are merged.
-int compareMemory(const std::string& tarnova, const std::string& folder, std::uint32_t records) {
-    for (const std::uint32_t part : {records / 10, records}) {
-        const costRec cost = runProgram({tarnova, "merge", "letter.tvd", "--data", "letters.csv", "-o", "letters.pdf",
-                                         "--records", fmt::format("1-{}", part)},
-                                        folder);
-        if (!cost.ran) return 1;
-        fmt::print("  peak memory of {:>7} letters {:>26.1f} MiB\n", part, cost.peakMebibytes);
+/// What a second process brings where there is a core for it.
+int compareJobs(const std::string& tarnova, const std::string& folder) {
+    double alone = 0;
+    for (const char* jobs : {"1", "2"}) {
+        costRec best;
+        for (int i = 0; i < 3; ++i) {
+            const costRec cost = runProgram({tarnova, "merge", "letter.tvd", "--data", "letters.csv", "--jobs", jobs,
+                                             "-o", fmt::format("jobs{}.pdf", jobs)},
+                                            folder);
+            if (!cost.ran) return 1;
+            if (!best.ran || cost.wallSeconds < best.wallSeconds) best = cost;
+        }
+        if (alone == 0) alone = best.wallSeconds;
+        fmt::print("  --jobs {} {:>8.3f} s on the clock, {:>5.2f} times as fast\n", jobs, best.wallSeconds,
+                   alone / best.wallSeconds);
     }
     return 0;
+}
+
+/// Memory is that of a chunk of pages, and time goes with the records, however many are merged.
+int compareSizes(const std::string& tarnova, const std::string& folder) {
+    const std::string job = folder + "/sizes";
+    std::filesystem::create_directories(job);
+    writeLetterJob(job, sizes.back());
+    fmt::print("one job by its number of letters\n");
+    double smallest = 0;
+    for (const std::uint32_t letters : sizes) {
+        const costRec cost = bestOf(letters > 10000 ? 1 : runs,
+                                    {tarnova, "merge", "letter.tvd", "--data", "letters.csv", "--records",
+                                     fmt::format("1-{}", letters), "-o", "letters.pdf"},
+                                    job);
+        if (!cost.ran) return 1;
+        const double perLetter = cost.cpuSeconds * 1e6 / letters;
+        if (smallest == 0) smallest = perLetter;
+        fmt::print("  {:>7} letters {:>8.3f} s CPU {:>8.1f} us a letter {:>6.2f} of the smallest {:>8.1f} MiB\n",
+                   letters, cost.cpuSeconds, perLetter, perLetter / smallest, cost.peakMebibytes);
+    }
+    return compareJobs(tarnova, job);
 }
 
 /// The stages of one process by taking more and more of them along.
@@ -158,13 +209,18 @@ int tellStages(const std::string& folder, std::uint32_t records) {
     choice.dataPath = folder + "/letters.csv";
     const std::unique_ptr<DocumentModel> layout = openLayoutForVerb(folder + "/letter.tvd");
     if (!layout || !selectData(choice)) return 1;
-    NoOutput nothing;
+    const auto nothing = [](const DocumentModel&) { return true; };
     bool good = true;
     const double fetch = bestSecondsOf([&] { fetchAll(*layout, records); });
     const double compose = bestSecondsOf([&] { good = good && mergeAll(*layout, nothing); });
     const double whole = bestSecondsOf([&] {
-        PdfPages pages(folder + "/stages.pdf");
-        good = good && mergeAll(*layout, pages) && pages.writer.finish();
+        PdfWriter writer;
+        const auto write = [&](const DocumentModel& built) {
+            for (std::int32_t i = 0; i < built.pageCount(); ++i)
+                if (!writer.addPage(built, built.pageAt(i))) return false;
+            return true;
+        };
+        good = good && writer.open(folder + "/stages.pdf", {}) && mergeAll(*layout, write) && writer.finish();
     });
     layout->setComposer(std::make_shared<NoComposer>());
     const double replace = bestSecondsOf([&] { good = good && mergeAll(*layout, nothing); });
@@ -193,6 +249,6 @@ int main(int argumentCount, char** arguments) {
     setenv("XDG_DATA_HOME", (folder + "/home").c_str(), 1);
     tarnova::bench::writeLetterJob(folder, records);
     int failed = tarnova::bench::compareWithTex(tarnova, folder, records);
-    if (failed == 0) failed = tarnova::bench::compareMemory(tarnova, folder, records);
+    if (failed == 0) failed = tarnova::bench::compareSizes(tarnova, folder);
     return failed != 0 ? failed : tarnova::bench::tellStages(folder, records);
 }

@@ -22,6 +22,8 @@ function(tarnova_layer name folder)
     add_library(tarnova_${name} STATIC ${sources})
     target_include_directories(tarnova_${name} PUBLIC "${include_folder}")
     target_link_libraries(tarnova_${name} PRIVATE tarnova_compiler PUBLIC ${ARG_LINKS})
+    # The engine's folders call each other in rings longer than the two rounds that the linker gets by itself.
+    set_property(TARGET tarnova_${name} PROPERTY LINK_INTERFACE_MULTIPLICITY 4)
     foreach(layer IN LISTS ARG_SEES)
         target_include_directories(tarnova_${name} PRIVATE "${TARNOVA_INCLUDE_ROOT}/${layer}")
         target_link_libraries(tarnova_${name} INTERFACE tarnova_${layer})

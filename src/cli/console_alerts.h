@@ -6,6 +6,7 @@
 #include <chrono>
 #include <string>
 
+#include "cli/interrupt.h"
 #include "engine/toolkit/alerts.h"
 
 namespace tarnova {
@@ -19,6 +20,7 @@ class ConsoleAlerts final : public AlertService {
     void moveStatus(int percent) override;
     void closeStatus() override;
     void showStatusDetail() override {}
+    bool cancelAsked() override { return wasInterrupted(); }
 
     /// Number of error alerts that were shown.
     [[nodiscard]] int errorCount() const { return errors; }

@@ -51,6 +51,7 @@ std::string startFailure(errorWord error) {
 EngineClient::EngineClient() : host(makeComposer()) {
     const errorWord error = shell.Startup(programFolder(), userDataFolder());
     if (error != 0) sayError(startFailure(error));
+    driver.emplace();
     session().prefsAreTemporary = 1;
     storedDefinitions = exchangeDefinitions(nullptr);
     session().documentHost = &host;

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -10,6 +11,7 @@
 #include "engine/toolkit/id_file.h"
 #include "engine/toolkit/pm_string.h"
 #include "host/files/open_documents.h"
+#include "modules/drivers/page_driver.h"
 #include "shell/startup.h"
 
 namespace tarnova {
@@ -41,6 +43,7 @@ class EngineClient {
  private:
     ZavoStartupShutdown shell;
     OpenDocuments host;
+    std::optional<PageDriver> driver;  // registers once the session is there
     recordDefSetRec* storedDefinitions;
 };
 

@@ -11,6 +11,7 @@
 #include "cli/job_setup.h"
 #include "cli/verb.h"
 #include "engine/module/command_table.h"
+#include "modules/drivers/page_driver.h"
 
 namespace tarnova {
 namespace {
@@ -55,6 +56,7 @@ int runExec(const execOptionsRec& options) {
         sayError("the session could not be started: " + startFailure(error));
         return exitFailed;
     }
+    const PageDriver driver;
     const int status = answerLines(options.path.empty() ? std::cin : file);
     if (const errorWord saving = shell.Shutdown(); saving != 0) sayError(takeErrorText(saving));
     return status;

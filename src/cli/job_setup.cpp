@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
 
@@ -17,6 +18,7 @@
 #include "engine/toolkit/text_encoding.h"
 #include "host/files/layout_file.h"
 #include "host/text/composer.h"
+#include "tags/link_names.h"
 
 namespace tarnova {
 namespace {
@@ -160,6 +162,36 @@ bool selectData(const dataChoiceRec& choice) {
         definition = definitionOfDdf(choice, *set);
     }
     return definition != nullptr && useDefinition(*definition, choice.dataPath, choice.hasHeader);
+}
+
+bool linksAreDefined(DocumentModel& layout, const std::string& layoutPath, const dataChoiceRec& choice) {
+    if (reselectCurrentRecordDef(0) != 0 || session().currentRecordDef == nullptr) return false;
+    const recordDefRec* const definition = session().currentRecordDef;
+    bool good = true;
+    for (const std::string& name : linkNamesOf(layout.ref())) {
+        Str255 link;
+        pstrFromView(link, sizeof(link), name);
+        extractionRec* record = nullptr;
+        if (findExtraction(definition, link, record, 0) == 0 && record != nullptr) continue;
+        sayError(fmt::format("{}: the link \"{}\" isn't in the definition of {}", layoutPath, name,
+                             choice.ddfPath.empty() ? choice.dataPath : choice.ddfPath));
+        good = false;
+    }
+    if (good) return true;
+    std::string names;
+    for (std::uint16_t i = 0; i < extractionCount(*definition); ++i) {
+        names += fmt::format("{}\"{}\"", names.empty() ? "" : ", ", pstrView(definition->extractions[i]->name));
+    }
+    sayError("it has the links " + names);
+    return false;
+}
+
+void addDataOptions(CLI::App& verb, dataChoiceRec& choice) {
+    verb.add_option("--data", choice.dataPath, "The data: delimited text with a record a line")->required();
+    verb.add_option("--ddf", choice.ddfPath,
+                    "A definition of the data; without it the data's first line gives the field names");
+    verb.add_option("--definition", choice.definitionName, "Which definition of the DDF");
+    verb.add_flag("!--no-header", choice.hasHeader, "The first line is a record and no header (with --ddf)");
 }
 
 }  // namespace tarnova

@@ -10,6 +10,11 @@
 #include "engine/toolkit/types.h"
 #include "host/model/document_model.h"
 
+
+namespace CLI {
+class App;
+}
+
 namespace tarnova {
 
 /// Opens a layout with a composer in place. Null after telling why on standard error.
@@ -33,6 +38,13 @@ struct dataChoiceRec {
 /// Makes a definition of the session's current set the current one for a data file, with an index path of its own.
 /// False after telling why on standard error.
 [[nodiscard]] bool useDefinition(recordDefRec& definition, const std::string& dataPath, bool hasHeader);
+
+/// False after telling of links of the layout whose name the current definition doesn't have: such a link would end a
+/// run at its first page.
+[[nodiscard]] bool linksAreDefined(DocumentModel& layout, const std::string& layoutPath, const dataChoiceRec& choice);
+
+/// Adds --data, --ddf, --definition and --no-header to a verb.
+void addDataOptions(CLI::App& verb, dataChoiceRec& choice);
 
 /// How links are made of a data file's first line: an empty field takes its link's text away and, when nothing else
 /// stands there, its line, which is what a person expects of an address.

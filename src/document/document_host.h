@@ -62,6 +62,9 @@ class DocumentHost {
     /// Brings the document back to its file, as it was saved last. References to it stay good; those to objects that
     /// are gone are as after a deletion, and nothing of before can be undone.
     [[nodiscard]] virtual errorWord documentRevert(UIDRef document) = 0;
+    /// Brings the document to what a copy shows that was made of it (`documentCopy`), with the identity of all that is
+    /// in it; the copy can be used again. References are as behind `documentRevert`.
+    [[nodiscard]] virtual errorWord documentRestore(UIDRef document, const Document& copy) = 0;
     /// Closes without saving.
     [[nodiscard]] virtual errorWord documentClose(UIDRef document) = 0;
     [[nodiscard]] virtual bool documentHasWindow(UIDRef document) const = 0;

@@ -5,6 +5,7 @@
 #include "document/document.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
+#include "engine/toolkit/alerts.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/text_encoding.h"
 #include "output/build_tables.h"
@@ -67,6 +68,8 @@ ZavoPullStoryCallback::ZavoPullStoryCallback(PMString statusText, std::uint16_t*
 }
 
 bool ZavoPullStoryCallback::StoryBegin(UIDRef story) {
+    if (alertService().cancelAsked()) *cancel |= 1;
+    if (*cancel != 0) return false;
     storyPageKnown = commonPageEntry(story, storyPageEntry);
     return true;
 }
@@ -108,9 +111,11 @@ std::int32_t ZavoPullStoryCallback::pageEntryOfTag(UIDRef story) {
     return std::max(document.pageIndex(document.pageOfItem(frame).page), 0);
 }
 
-/// The record by page and sequence number, and its value or, behind the end of the run's records, a filler.
+/// The record by page and sequence number, and its value or, behind the end of the run's records, a filler. In a price
+/// run the key finds the record.
 errorWord ZavoPullStoryCallback::chooseRecord(UIDRef story, errorWord priorError) {
     if (priorError != 0) return priorError;
+    if (session().engineRunType == engineRunPrice) return fetchForTag(tagRec, defaultSetText, value, 0);
     const std::int32_t pageEntry = pageEntryOfTag(story);
     std::int32_t sequence = 0;
     pstrToLong(tagRec.searchKey, &sequence);

@@ -9,6 +9,7 @@
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/strings.h"
+#include "merge/group_pictures.h"
 #include "output/build_tables.h"
 #include "output/master_items.h"
 #include "output/threads.h"
@@ -95,11 +96,12 @@ errorWord addSlot(Document& document, const std::vector<sectionRec>& sections, e
 }
 
 /// What is done to the template's own pages before they are copied.
-errorWord prepareTemplate(UIDRef document, bool detachMasters, std::int32_t& outThreadCount) {
+errorWord prepareTemplate(UIDRef document, const buildOptionsRec& options, std::int32_t& outThreadCount) {
     const bool hasCopies = session().slotTarget > 1;
     if (hasCopies) gatherMasters(document);
     errorWord error = 0;
-    if ((hasCopies || detachMasters) && runDetachesMasters()) error = detachMasterItems(document, 0);
+    if (options.clearGroupPictures) error = removeGroupPictures(document, options.showProgress, nullptr, 0);
+    if ((hasCopies || options.detachMasters) && runDetachesMasters()) error = detachMasterItems(document, error);
     if (hasCopies) error = markThreads(document, outThreadCount, error);
     return error;
 }
@@ -133,6 +135,7 @@ void computeSlots() {
     const std::uint32_t first = run.rangeFirst;
     std::uint32_t last = run.rangeLast;
     const bool cutsStacks = run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackSubset;
+    if (run.engineRunType == engineRunLineTest) run.stepBy = 1;
     const bool stacksWholeFile = run.recordPassMode == passModeCutAndStack || run.recordPassMode == passModeStackRange;
     run.stackFirst = stacksWholeFile ? 0 : first - 1;
     run.stackLast = run.recordPassMode == passModeStackSubset ? last : run.totalRecords;
@@ -147,15 +150,51 @@ void computeSlots() {
     }
 }
 
-errorWord buildDocument(UIDRef document, bool adaptive, bool showProgress, bool replicateSections, bool detachMasters,
-                        errorWord priorError) {
+void fitSlotsToRunType(std::uint32_t runType) {
+    auto& run = session();
+    const std::uint32_t recordsOfSlot = run.recordPassMode == passModeStep ? run.stepBy : 1;
+    const auto take = [&run](std::int32_t slots, std::uint32_t records) {
+        run.slotTarget = slots;
+        run.recordsToDo = records;
+    };
+    switch (runType) {
+        case mergeRunDriver:
+        case mergeRunBuildDocument:
+            if (run.recordPassMode == passModeNoStepping) run.slotTarget = static_cast<std::int32_t>(run.recordsToDo);
+            return;
+        case mergeRunDriverBySlot:
+            run.slotTarget = 1;
+            return;
+        case mergeRunCurrentDocument:
+            return take(1, recordsOfSlot);
+        case mergeRunPreview:
+        case mergeRunTest:
+            return take(1, 0);
+        case mergeRunShortestLine:
+        case mergeRunLongestLine:
+            return take(1, 1);
+        case mergeRunPreflight: {
+            const bool hasPictures = run.frameLinkCount > 0 || run.pictureLinkCount > 0 || run.hasGroupPictureLink != 0;
+            return take(1, hasPictures ? run.recordsToDo : 0);
+        }
+        default:
+            return take(0, 0);
+    }
+}
+
+void composeTemplate(UIDRef document) {
+    document.database->composeDocument();
+    document.database->markTemplate();
+}
+
+errorWord buildDocument(UIDRef document, const buildOptionsRec& options, errorWord priorError) {
     if (priorError != 0) return priorError;
     std::int32_t threadCount = 0;
-    errorWord error = prepareTemplate(document, detachMasters, threadCount);
-    const bool copiesSections = replicateSections && appPrefs().replicateSections != 0;
+    errorWord error = prepareTemplate(document, options, threadCount);
+    const bool copiesSections = options.replicateSections && appPrefs().replicateSections != 0;
     const std::vector<sectionRec> sections =
         copiesSections ? templateSections(*document.database) : std::vector<sectionRec>();
-    error = addSlots(*document.database, adaptive, showProgress, sections, error);
+    error = addSlots(*document.database, options.adaptive, options.showProgress, sections, error);
     return threadCount > 0 ? rebuildThreads(document, error) : error;
 }
 

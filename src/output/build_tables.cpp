@@ -1,6 +1,8 @@
 #include "output/build_tables.h"
 
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 #include "document/document.h"
 #include "engine/session/preferences.h"
@@ -20,6 +22,11 @@ tablesRec& tables() {
     return instance;
 }
 
+tablesRec& snapshot() {
+    static tablesRec instance;
+    return instance;
+}
+
 template <typename Entry>
 Entry* entriesOf(const handlePtr& table) {
     return table ? reinterpret_cast<Entry*>(*table.get()) : nullptr;
@@ -35,10 +42,40 @@ bool growTable(handlePtr& table, std::int32_t count) {
     return resizeHandle(table.get(), size + tableGrowth * sizeof(Entry)) == 0;
 }
 
-void freePaddedRecords() {
-    for (std::int32_t i = 0; i < session().slotCount; ++i)
-        freeHandle(recordSlotAt(i)->paddedRecords);
-    session().slotCount = 0;
+void freePaddedRecords(const handlePtr& slots, std::int32_t count) {
+    for (std::int32_t i = 0; i < count; ++i)
+        freeHandle(entriesOf<recordSlotRec>(slots)[i].paddedRecords);
+}
+
+buildCountsRec& counts() {
+    return session();
+}
+
+/// A handle with a copy of the first `count` entries; null without memory.
+template <typename Entry>
+handlePtr copyEntries(const handlePtr& table, std::int32_t count) {
+    const std::size_t bytes = static_cast<std::size_t>(count) * sizeof(Entry);
+    handlePtr copy(newHandle(bytes));
+    if (copy && bytes > 0) std::memcpy(*copy.get(), *table.get(), bytes);
+    return copy;
+}
+
+/// Copies tables with as many entries as `used` says; `to` is replaced, its `toCounts` with it.
+errorWord copyTables(const tablesRec& from, const buildCountsRec& used, tablesRec& to, buildCountsRec& toCounts) {
+    tablesRec copy{copyEntries<recordSlotRec>(from.slots, used.slotCount),
+                   copyEntries<pageMapRec>(from.pages, used.pageEntryCount)};
+    if (!copy.pages) return errPageMapMemory;
+    if (!copy.slots) return errSlotTableMemory;
+    auto* const slots = entriesOf<recordSlotRec>(copy.slots);
+    for (std::int32_t i = 0; i < used.slotCount; ++i) {
+        if (cloneHandle(slots[i].paddedRecords) == 0) continue;
+        freePaddedRecords(copy.slots, i);
+        return errSlotTableMemory;
+    }
+    freePaddedRecords(to.slots, toCounts.slotCount);
+    to = std::move(copy);
+    toCounts = used;
+    return 0;
 }
 
 /// A list with room for each sequence number in use, all free.
@@ -69,6 +106,7 @@ bool recordIsInData(std::int32_t recordNumber) {
 
 const std::uint8_t* fillerText(std::int32_t recordNumber, const defaultStringSet& defaults) {
     const bool isStackPad = recordIsInData(recordNumber) || session().recordPassMode != passModeStep;
+    session().fillersUsed |= isStackPad ? fillerStackPad : fillerEndOfFile;
     const defaultStringRec& entry = isStackPad ? defaults.stackPad : defaults.endOfFile;
     return entry.enable != 0 ? entry.string : nullptr;
 }
@@ -77,8 +115,9 @@ const std::uint8_t* fillerText(std::int32_t recordNumber, const defaultStringSet
 
 errorWord resetBuildTables(UIDRef document, errorWord priorError) {
     if (priorError != 0) return priorError;
-    freePaddedRecords();
     auto& run = session();
+    freePaddedRecords(tables().slots, run.slotCount);
+    run.slotCount = 0;
     run.pageEntryCount = 0;
     run.nextPageIndex = 0;
     run.templatePageCount = document.database->pageCount();
@@ -86,9 +125,22 @@ errorWord resetBuildTables(UIDRef document, errorWord priorError) {
 }
 
 void freeBuildTables() {
-    freePaddedRecords();
-    session().pageEntryCount = 0;
+    freePaddedRecords(tables().slots, session().slotCount);
+    freePaddedRecords(snapshot().slots, session().countsSnapshot.slotCount);
+    counts() = session().countsSnapshot = {};
     tables() = {};
+    snapshot() = {};
+}
+
+errorWord snapshotBuildTables(errorWord priorError) {
+    return priorError != 0 ? priorError : copyTables(tables(), counts(), snapshot(), session().countsSnapshot);
+}
+
+errorWord restoreBuildTables(errorWord priorError) {
+    if (priorError != 0) return priorError;
+    const errorWord error = copyTables(snapshot(), session().countsSnapshot, tables(), counts());
+    if (error == 0) session().nextPageIndex = session().pageEntryCount;
+    return error;
 }
 
 recordSlotRec* recordSlotAt(std::int32_t index) {
@@ -99,6 +151,19 @@ recordSlotRec* recordSlotAt(std::int32_t index) {
 pageMapRec* pageMapAt(std::int32_t index) {
     if (index < 0 || index >= session().pageEntryCount) return nullptr;
     return entriesOf<pageMapRec>(tables().pages) + index;
+}
+
+void removePageEntry(std::int32_t index) {
+    pageMapRec* const page = pageMapAt(index);
+    if (page == nullptr) return;
+    std::copy(page + 1, entriesOf<pageMapRec>(tables().pages) + session().pageEntryCount, page);
+    --session().pageEntryCount;
+}
+
+bool anySlotPastEnd() {
+    const auto* const slots = entriesOf<recordSlotRec>(tables().slots);
+    return std::any_of(slots, slots + session().slotCount,
+                       [](const recordSlotRec& slot) { return (slot.pastEnd & 1) != 0; });
 }
 
 errorWord appendPageEntry(std::int32_t pageInSlot, errorWord priorError) {
@@ -136,6 +201,7 @@ std::int32_t recordNumberOfLink(std::int32_t pageEntry, std::int32_t sequence) {
     const auto& run = session();
     const std::int32_t first = recordNumberOfPage(pageEntry);
     if (run.recordPassMode == passModeStep) return first + sequence - 1;
+    if (run.recordPassMode == passModeNoStepping) return first;
     const auto step = static_cast<std::int32_t>(std::max<std::uint32_t>(run.stepBy, 1));
     const auto stackHeight =
         (step - static_cast<std::int32_t>(run.stackFirst) + static_cast<std::int32_t>(run.stackLast) - 1) / step;

@@ -52,12 +52,23 @@ static_assert(sizeof(pageMapRec) == 16);
 
 /// Empties both tables for a document; the template is what the document holds now.
 [[nodiscard]] errorWord resetBuildTables(UIDRef document, errorWord priorError);
-/// Frees the tables, at the engine's end.
+/// Frees the tables and their snapshot, at the engine's end.
 void freeBuildTables();
+
+/// Copies both tables, with the padded records of each slot, in place of the last snapshot; or puts the snapshot in
+/// place of the tables. Without memory errSlotTableMemory or errPageMapMemory, and nothing has changed.
+[[nodiscard]] errorWord snapshotBuildTables(errorWord priorError);
+[[nodiscard]] errorWord restoreBuildTables(errorWord priorError);
 
 /// Entry of the table, or null behind its end. Valid until the table grows.
 [[nodiscard]] recordSlotRec* recordSlotAt(std::int32_t index);
 [[nodiscard]] pageMapRec* pageMapAt(std::int32_t index);
+
+/// Takes the entry of a page that is gone out of the page map.
+void removePageEntry(std::int32_t index);
+
+/// Whether a link of any slot asked for a record behind the range.
+[[nodiscard]] bool anySlotPastEnd();
 
 /// Appends an entry for a page that now exists, in the slot under construction.
 [[nodiscard]] errorWord appendPageEntry(std::int32_t pageInSlot, errorWord priorError);
@@ -69,6 +80,7 @@ void freeBuildTables();
 [[nodiscard]] std::int32_t recordNumberOfPage(std::int32_t pageEntry);
 /// Record of a link with sequence number `sequence` (from 1) on a page. In step mode the links of a page take records
 /// in a row; in the stack modes they lie a whole stack apart, so that one cut through a pile gives consecutive records.
+/// Without stepping every link takes the page's record.
 [[nodiscard]] std::int32_t recordNumberOfLink(std::int32_t pageEntry, std::int32_t sequence);
 
 /// What `noteRecordRequest` says of a record behind the range.

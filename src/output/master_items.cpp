@@ -136,6 +136,17 @@ bool runDetachesMasters() {
     }
 }
 
+bool documentHasPageRules(UIDRef document) {
+    const auto read = session().readPageRuleKinds;
+    if (read == nullptr) return false;
+    std::vector<std::int32_t> kinds;
+    for (std::int32_t i = 0; i < document.database->pageCount(); ++i) {
+        kinds.clear();
+        if (read({document.database, document.database->pageAt(i)}, kinds) && !kinds.empty()) return true;
+    }
+    return false;
+}
+
 errorWord detachMasterItems(UIDRef document, errorWord priorError) {
     Document& model = *document.database;
     if (priorError != 0 || !anyMasterInUse(model)) return priorError;

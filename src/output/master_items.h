@@ -20,6 +20,9 @@ void gatherMasters(UIDRef document);
 /// line tests and preflights work on the masters themselves.
 [[nodiscard]] bool runDetachesMasters();
 
+/// A page of the document has rules, as the rules module tells; false without the module.
+[[nodiscard]] bool documentHasPageRules(UIDRef document);
+
 /// Makes the items of masters items of the pages that show them, on locked layers too, takes the masters off those
 /// pages, and marks what is there now as the template that repeats. A page stays as it is when the rules module reads
 /// its rule attributes and these are of no kind, or of the kinds 23 or 24. Without a master in use nothing is changed.

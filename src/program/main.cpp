@@ -19,6 +19,7 @@ int runProgram(int argumentCount, char** arguments) {
     app.footer("Each verb has its own help: tarnova merge --help");
     verbContext context;
     addMergeVerb(app, context);
+    addProofVerb(app, context);
     addRenderVerb(app, context);
     addDataVerb(app, context);
     addDdfVerb(app, context);

@@ -159,7 +159,7 @@ TEST_F(ExecVerb, MergesAJobIntoTheDocument) {
     EXPECT_EQ(at(first + 1, "/items"), R"({"item5":1,"item6":1})") << answers[first + 1];
     EXPECT_EQ(at(first + 3, "/reply/status"), "0") << answers[first + 3];
     EXPECT_EQ(at(first + 4, "/reply/status"), "-6022") << "a run is active";
-    EXPECT_EQ(at(first + 6, "/turns"), "3");
+    EXPECT_EQ(at(first + 6, "/turns"), "1");
     EXPECT_EQ(at(first + 6, "/runStage"), "0");
     EXPECT_EQ(at(first + 7, "/items"), R"({"item2":0,"item3":100})");
     const std::string stories = at(first + 8, "/stories");
@@ -192,7 +192,7 @@ TEST_F(ExecVerb, StartsAndListsAndSaysWhyNot) {
     const outcomeRec list = run("exec --commands");
     EXPECT_EQ(list.status, 0);
     EXPECT_NE(list.output.find("1205  kKelvaneCmdSetRunOptions  merge mode\n"), std::string::npos);
-    EXPECT_NE(list.output.find("562  kKelvaneCmdStartPriceRun  price mode  not yet available\n"), std::string::npos);
+    EXPECT_NE(list.output.find("1273  kKelvaneCmdProcessSelection  price mode  not yet available\n"), std::string::npos);
     EXPECT_EQ(run("exec missing").status, 1);
     EXPECT_EQ(run("exec --home data </dev/null").output, "");
     EXPECT_EQ(read("data/Tarnova/Config/Ostreon Tag Display.prf").size(), 30612U);

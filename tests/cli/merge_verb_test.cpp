@@ -166,6 +166,82 @@ TEST_F(MergeVerbTest, RecordsAndStepChooseWhatIsMerged) {
     EXPECT_EQ(mergePdf("--step 3"), (std::vector<std::string>{"r1 r2.", "r4 r5."}));
 }
 
+TEST_F(MergeVerbTest, ModesLayRecordsOnPages) {
+    writeLayout("{{A}} {{2:A}}.");
+    write("data.csv", "A\nr1\nr2\nr3\nr4\nr5\nr6\nr7\nr8\nr9\n");
+    EXPECT_EQ(mergePdf("--mode cut-and-stack"),
+              (std::vector<std::string>{"r1 r6.", "r2 r7.", "r3 r8.", "r4 r9.", "r5 ."}));
+    EXPECT_EQ(mergePdf("--mode stack-range --records 4-"), (std::vector<std::string>{"r4 r9.", "r5 ."}));
+    EXPECT_EQ(mergePdf("--mode stack-subset --records 2-4"), (std::vector<std::string>{"r2 r4.", "r3 ."}));
+    EXPECT_EQ(run("merge layout.tvd --data data.csv -o no.pdf --mode stack-range --records 1,3").status, 1);
+    EXPECT_EQ(run("merge layout.tvd --data data.csv -o no.pdf --mode stack-range --records 6-").status, 1);
+    EXPECT_FALSE(exists("no.pdf"));
+    EXPECT_EQ(mergePdf("--mode step --step 3 --records 1-4"), (std::vector<std::string>{"r1 r2.", "r4 ."}));
+}
+
+TEST_F(MergeVerbTest, AProofShowsTheLinks) {
+    writeLayout("Dear {{A}}, {{2:B}}.");
+    write("data.csv", "A,B\na,b\n");
+    EXPECT_EQ(run("proof layout.tvd --data data.csv -o proof.pdf").status, 0);
+    EXPECT_EQ(pageTexts("proof.pdf"), std::vector<std::string>{"Dear {{A}}, {{2:B}}."});
+    write("data.csv", "A,C\na,b\n");
+    const outcomeRec wrong = run("proof layout.tvd --data data.csv -o proof.tvd");
+    EXPECT_EQ(wrong.status, 1);
+    EXPECT_THAT(wrong.messages, HasSubstr("\"B\" isn't in the definition"));
+    EXPECT_TRUE(exists("proof.tvd")) << "a proof is for finding such links";
+}
+
+/// New glyphs, a font that stands in, ligatures and a text that two glyphs stand for come late and far apart.
+TEST_F(MergeVerbTest, AnyNumberOfJobsGivesTheSameBytes) {
+    std::string data = "A,B\n";
+    for (int i = 1; i <= 1500; ++i) {
+        const char* const odd = i % 401 == 0 ? " \xCE\xA9\xE4\xB8\xAD" : i % 97 == 0 ? " office fi\xC2\xAD" : "";
+        data += "n" + std::to_string(i) + odd + ",http://example.org/" + std::to_string(i) + "\n";
+    }
+    write("data.csv", data);
+    write("layout.tvd", R"({"tarnovaLayout": 1, "title": "Jobs",
+"pages": [{"items": [{"bounds": [50, 50, 300, 200], "text": "{{A}} of {{2:B}}"}, {"bounds": [9, 9, 30, 20], "fill": "Black"}]},
+          {"items": [{"bounds": [50, 50, 40, 14], "text": "{{2:A}} and more than fits"}]}]})");
+    for (const char* more : {"", "--bookmarks --bleed 3mm --mode cut-and-stack"}) {
+        ASSERT_EQ(run(std::string("merge layout.tvd --data data.csv -o one.pdf ") + more).status, 0);
+        const outcomeRec many = run(std::string("merge layout.tvd --data data.csv -o many.pdf --jobs 3 ") + more);
+        ASSERT_EQ(many.status, 0) << many.messages;
+        EXPECT_THAT(many.output, HasSubstr("1500 pages of 1500 records"));
+        EXPECT_TRUE(read("one.pdf") == read("many.pdf")) << more;
+    }
+    // What a worker can't merge is told once, by the program.
+    write("layout.tvd",
+          R"({"tarnovaLayout": 1, "pages": [{"items": [{"bounds": [50, 50, 300, 200], "text": "{{A}}"}]}]})");
+    const outcomeRec full = run("merge layout.tvd --data data.csv -o full.pdf --jobs 2");
+    EXPECT_EQ(full.status, 0) << full.messages;
+}
+
+TEST_F(MergeVerbTest, InterruptedRunsAndFullDisksLeaveNothing) {
+    writeLayout("{{A}} and {{A}}");
+    std::string data = "A\n";
+    for (int i = 1; i <= 60000; ++i)
+        data += "name" + std::to_string(i) + "\n";
+    write("data.csv", data);
+    write("out.pdf", "older");
+    const std::string merge = std::string(TARNOVA_PROGRAM) + " merge layout.tvd --data data.csv -o out.pdf";
+    ASSERT_EQ(run("data index data.csv").status, 0);
+    for (const char* jobs : {"", " --jobs 2"}) {
+        EXPECT_EQ(shell(merge + jobs + " & sleep 1; kill -INT $!; wait $!").status, 130) << jobs;
+        EXPECT_EQ(read("out.pdf"), "older") << jobs;
+    }
+    const outcomeRec full = shell("sh -c 'ulimit -f 64; " + merge + "'");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.messages, HasSubstr("out.pdf"));
+    EXPECT_EQ(read("out.pdf"), "older");
+    const outcomeRec noFolder = shell("TMPDIR=/nonexistent " + merge);
+    EXPECT_EQ(noFolder.status, 1);
+    EXPECT_THAT(noFolder.messages, HasSubstr("working copy can't be saved"));
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        files += entry.is_regular_file() ? 1 : 0;
+    EXPECT_EQ(files, 4) << "layout, data, messages and the older output";
+}
+
 /// A link on a master is merged on every page of every record: left and right pages, with the page's own sequence.
 TEST_F(MergeVerbTest, LinksOnMastersTakeTheRecordOfTheirPage) {
     const std::string frame = R"("items": [{"bounds": [10, 10, 80, 30], "text": )";

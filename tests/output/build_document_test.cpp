@@ -48,7 +48,7 @@ class BuildTest : public testing::Test {
 
     errorWord build() {
         const errorWord error = resetBuildTables(document->ref(), 0);
-        return buildDocument(document->ref(), false, false, true, false, error);
+        return buildDocument(document->ref(), {.replicateSections = true}, error);
     }
 
     std::unique_ptr<DocumentModel> document;

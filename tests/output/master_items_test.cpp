@@ -50,7 +50,7 @@ class MasterItemsTest : public testing::Test {
     errorWord build(std::int32_t slots, bool detachMasters = false) {
         const errorWord error = resetBuildTables(document->ref(), 0);
         session().slotTarget = slots;
-        return buildDocument(document->ref(), false, false, false, detachMasters, error);
+        return buildDocument(document->ref(), {.detachMasters = detachMasters}, error);
     }
     [[nodiscard]] bool hasMaster(std::int32_t page) const {
         return document->masterOfPage(document->pageAt(page)) != kInvalidUID;

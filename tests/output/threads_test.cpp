@@ -39,7 +39,7 @@ class ThreadsTest : public testing::Test {
     errorWord build(std::int32_t slots) {
         const errorWord error = resetBuildTables(document->ref(), 0);
         session().slotTarget = slots;
-        return buildDocument(document->ref(), false, false, true, false, error);
+        return buildDocument(document->ref(), {.replicateSections = true}, error);
     }
     /// The mark as thread and position; -1 without one.
     std::pair<std::int32_t, std::int32_t> markOf(UID frame, std::uint16_t store = 0) {
@@ -149,7 +149,7 @@ TEST_F(ThreadsTest, SectionsStartInEveryCopy) {
         appPrefs().replicateSections = preference;
         session().slotTarget = 2;
         const errorWord error = resetBuildTables(copy->ref(), 0);
-        ASSERT_EQ(buildDocument(copy->ref(), false, false, asked, false, error), 0) << name;
+        ASSERT_EQ(buildDocument(copy->ref(), {.replicateSections = asked}, error), 0) << name;
         EXPECT_EQ(copy->sections().size(), 2u) << name;
     }
 }

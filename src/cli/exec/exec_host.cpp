@@ -86,7 +86,7 @@ void idleTurns(const hostCall& call) {
     const std::int64_t most =
         memberOf(call.request, "turns") == nullptr ? INT32_MAX : integerMember(call.request, "turns", 0, INT32_MAX);
     std::int64_t turns = 0;
-    const auto underWay = [] { return runIsActive() || session().engineError != 0; };
+    const auto underWay = [] { return runIsActive() || session().priceStart != 0 || session().engineError != 0; };
     for (; turns < most && underWay(); ++turns)
         idleStep();
     call.answer("turns", turns);

@@ -49,5 +49,6 @@ constexpr commandArgument replyOut(replyField field, argumentType type, const ch
 [[nodiscard]] std::span<const commandRow> frameRows();
 [[nodiscard]] std::span<const commandRow> reportRows();
 [[nodiscard]] std::span<const commandRow> buildRows();
+[[nodiscard]] std::span<const commandRow> workingCopyRows();
 
 }  // namespace tarnova

@@ -35,7 +35,8 @@ constexpr const char* typeNames[argumentTypeCount] = {"u8",
 std::vector<commandRow> makeTable() {
     std::vector<commandRow> table;
     for (const auto rows : {moduleRows(), driverRows(), definitionRows(), dataRows(), optionRows(), preferenceRows(),
-                            searchPathRows(), runRows(), tagRows(), frameRows(), reportRows(), buildRows()})
+                            searchPathRows(), runRows(), tagRows(), frameRows(), reportRows(), buildRows(),
+                            workingCopyRows()})
         table.insert(table.end(), rows.begin(), rows.end());
     std::sort(table.begin(), table.end(), [](const commandRow& a, const commandRow& b) { return a.number < b.number; });
     return table;

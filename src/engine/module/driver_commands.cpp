@@ -90,6 +90,29 @@ std::int32_t getSlotCounts(commandCall& call) {
     return commandDone;
 }
 
+std::int32_t flagsOfPage(const pageMapRec& page, const recordSlotRec& slot) {
+    return (page.linkCount > 0 ? 4 : 0) | ((slot.hasMergeError & 1) != 0 ? 2 : 0) | (page.pageFlags != 0 ? 1 : 0);
+}
+
+std::int32_t getPagesOfSlots(commandCall& call) {
+    const sessionRec& run = session();
+    const auto firstSlot = call.valueOr<std::int32_t>(0, 0);
+    const std::int64_t limitSlot = std::int64_t{firstSlot} + call.valueOr<std::int32_t>(1, 0);
+    if (run.templateDoc.database == nullptr) return 1;
+    std::vector<std::int32_t> pages, flags;
+    for (std::int32_t i = 0; i < run.pageEntryCount; ++i) {
+        const pageMapRec& page = *pageMapAt(i);
+        const recordSlotRec* const slot = recordSlotAt(page.slot);
+        if (page.slot < firstSlot || page.slot >= limitSlot || slot == nullptr || (slot->hasData & 1) == 0) continue;
+        pages.push_back(i);
+        flags.push_back(flagsOfPage(page, *slot));
+    }
+    call.put(2, pages);
+    call.put(3, flags);
+    call.put(4, run.templateDoc);
+    return commandDone;
+}
+
 pageMapRec* pageOf(const commandCall& call) {
     return call.given(0) ? pageMapAt(call.valueOr<std::int32_t>(0, 0)) : nullptr;
 }
@@ -195,7 +218,6 @@ constexpr commandArgument pageInfoArgs[] = {
     itemOut(4, i32, "last record of the slot, from 1"),
 };
 constexpr commandArgument documentInArgs[] = {itemIn(0, uidRef, "the document")};
-constexpr commandArgument documentOutArgs[] = {itemOut(0, uidRef, "the document")};
 constexpr commandArgument controlTextArgs[] = {
     itemIn(0, i32, "index of the page, from 0"),
     itemIn(1, u16, "0 file name, 1 number of copies"),
@@ -213,13 +235,8 @@ constexpr commandRow rows[] = {
     {246, "kKelvaneCmdRegisterOutputDriver", any, first, registerDriver, registerArgs, "Registers an output driver."},
     {538, "kKelvaneCmdMakeOutputName", any, second, makeOutputName, nameArgs,
      "Makes the name of an output file by the preferences."},
-    {530, "kKelvaneCmdSaveWorkingCopy", any, second, nullptr, documentInArgs, "Saves the working copy."},
-    {531, "kKelvaneCmdOpenWorkingCopy", any, second, nullptr, documentOutArgs, "Opens the working copy again."},
-    {532, "kKelvaneCmdCloseWorkingCopy", any, second, nullptr, documentOutArgs, "Closes the working copy."},
-    {533, "kKelvaneCmdSaveSourceDocument", any, second, nullptr, documentInArgs, "Saves the user's document."},
-    {534, "kKelvaneCmdReopenSourceDocument", any, second, nullptr, documentOutArgs, "Opens the user's document again."},
     {539, "kKelvaneCmdGetSlotCounts", any, second, getSlotCounts, slotCountArgs, "Counts the slots of a build."},
-    {540, "kKelvaneCmdGetPagesOfSlots", any, second, nullptr, pagesOfSlotsArgs, "Lists the pages of slots."},
+    {540, "kKelvaneCmdGetPagesOfSlots", any, second, getPagesOfSlots, pagesOfSlotsArgs, "Lists the pages of slots."},
     {541, "kKelvaneCmdFlagPage", merge, second, flagPage, flagPageArgs, "Marks a page of a build."},
     {542, "kKelvaneCmdGetSlotInfo", any, second, getSlotInfo, slotInfoArgs, "What a slot of a build received."},
     {543, "kKelvaneCmdGetPageInfo", any, second, getPageInfo, pageInfoArgs, "Where a page of a build belongs."},
@@ -227,7 +244,6 @@ constexpr commandRow rows[] = {
     {570, "kKelvaneCmdCheckResources", any, second, nullptr, checkArgs, "Looks for missing fonts and links."},
     {572, "kKelvaneCmdCollectFonts", any, second, nullptr, documentInArgs, "Writes the document's fonts as resources."},
     {579, "kKelvaneCmdRemovePage", merge, second, removePage, removePageArgs, "Marks a page of a build for deletion."},
-    {586, "kKelvaneCmdResetToSnapshot", any, second, nullptr, documentInArgs, "Puts the build back to its snapshot."},
 };
 
 }  // namespace

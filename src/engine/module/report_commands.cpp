@@ -96,9 +96,20 @@ std::int32_t getAssetEntry(commandCall& call) {
 
 std::int32_t getSourcePath(commandCall& call) {
     const Document* const document = session().runDocument.database;
-    if (document == nullptr) return commandRunState;
+    if (document == nullptr && session().sourceFile.empty()) return commandRunState;
+    if (document == nullptr) {
+        call.putString(0, session().sourceFile);
+        return commandDone;
+    }
     const std::string folder = document->documentFolder();
     call.putString(0, folder.empty() ? document->documentName() : folder + "/" + document->documentName());
+    return commandDone;
+}
+
+std::int32_t getWorkingCopy(commandCall& call) {
+    if (session().workingCopyMade == 0 || session().templateFile.empty()) return commandFailed;
+    call.put(0, IDFile(session().templateFile));
+    call.put(1, session().templateDoc);
     return commandDone;
 }
 
@@ -223,7 +234,7 @@ constexpr commandRow rows[] = {
     {1264, "kKelvaneCmdAnalyseDocument", price, second, nullptr, analyseArgs, "Pages, fonts, pictures of a document."},
     {612, "kKelvaneCmdWriteTagsReport", any, second, nullptr, tagsReportArgs, "JSON of a document's rules and links."},
     {1277, "kKelvaneCmdGetSourcePath", any, second, getSourcePath, sourcePathArgs, "Path of the run's document."},
-    {1296, "kKelvaneCmdGetWorkingCopy", any, second, nullptr, workingCopyArgs, "The working copy of a run."},
+    {1296, "kKelvaneCmdGetWorkingCopy", any, second, getWorkingCopy, workingCopyArgs, "The working copy of a run."},
     {566, "kKelvaneCmdGetRuleContext", price, second, nullptr, ruleContextArgs, "Values of a rule's evaluation."},
     {1241, "kKelvaneCmdGetPreflightAsset", merge, second, nullptr, preflightAssetArgs, "An asset of a preflight."},
     {1293, "kKelvaneCmdGetRunPosition", merge, second, getRunPosition, positionArgs,

@@ -7,18 +7,15 @@
 #include "engine/module/front_document.h"
 #include "engine/module/record_access.h"
 #include "engine/run/idle_step.h"
-#include "engine/session/preferences_file.h"
+#include "engine/run/price_run.h"
+#include "engine/run/run_stages.h"
+#include "engine/run/start_run.h"
 #include "engine/session/session.h"
 #include "output/control_frames.h"
 
 namespace tarnova {
 
 namespace {
-
-// Values of runControlRec::armedState.
-constexpr std::uint32_t armedNot = 0;
-constexpr std::uint32_t armedReady = 1;
-constexpr std::uint32_t armedRunning = 2;
 
 void keepDriverParameters(const commandCall& call) {
     auto& run = session();
@@ -34,14 +31,10 @@ std::int32_t armRun(commandCall& call) {
     auto& run = session();
     if (run.armedState == armedRunning || runIsActive()) return commandRunState;
     run.armedState = armedNot;
-    resetRunLists();
-    run.recordList.clear();
-    run.runDocument = documentOrFront(call, 0);
+    beginJob(documentOrFront(call, 0));
     if (run.runDocument.database == nullptr) return commandDocument;
-    countLinks(run.runDocument);
     call.put(5, run.allLinkCount);
     call.put(6, run.highestSequence);
-    run.engineRunType = engineRunMerge;
     run.rangeFirst = run.rangeLast = 0;
     run.skipFirst = appPrefs().hasHeaderRecord;
     run.recordPassMode = appPrefs().recordPassMode;
@@ -83,24 +76,22 @@ std::int32_t startArmed(std::int32_t (*start)(std::uint32_t), std::uint32_t valu
     return status;
 }
 
-std::int32_t startBuild(std::uint32_t runType) {
-    appPrefs().mergeRunType = runType;
-    savePreferences();
-    startBuildRun();
-    return commandDone;
+std::int32_t startRunType(std::uint32_t runType) {
+    return startScriptedRun(runType, 0) == 0 ? commandDone : commandLabelSort;
 }
 
-/// Drivers are looked up, and none can be run yet.
-std::int32_t startDriver(std::uint32_t driverId) {
-    return findOutputDriver(driverId) == nullptr ? commandDriver : commandFailed;
+std::int32_t startDriverRun(std::uint32_t driverId) {
+    if (findOutputDriver(driverId) == nullptr) return commandDriver;
+    return startScriptedRun(mergeRunDriver, driverId) == 0 ? commandDone : commandLabelSort;
 }
 
-std::int32_t runBuildDocument(commandCall&) {
-    return startArmed(startBuild, mergeRunBuildDocument);
+template <std::uint32_t runType>
+std::int32_t runOfType(commandCall&) {
+    return startArmed(startRunType, runType);
 }
 template <std::uint32_t driverId>
 std::int32_t runDriver(commandCall&) {
-    return startArmed(startDriver, driverId);
+    return startArmed(startDriverRun, driverId);
 }
 
 std::int32_t getRunStatus(commandCall& call) {
@@ -126,11 +117,24 @@ std::int32_t getRunStatus(commandCall& call) {
 }
 
 std::int32_t armPriceRun(commandCall& call) {
-    resetRunLists();
-    const UIDRef document = documentOrFront(call, 0);
-    if (document.database == nullptr) return commandDocument;
-    session().runDocument = document;
+    return startPriceRun(documentOrFront(call, 0)) ? commandDone : commandDocument;
+}
+
+bool priceRunIsOn() {
+    return session().priceStart != 0 || session().priceActive != 0;
+}
+
+std::int32_t beginPriceRun(commandCall&) {
+    if (priceRunIsOn() || runIsActive()) return commandRunState;
+    session().priceStart = 1;
+    session().unattended = 1;
     return commandDone;
+}
+
+std::int32_t getPriceRunStatus(commandCall& call) {
+    const std::int32_t status = getRunStatus(call);
+    call.put(2, priceRunIsOn() ? armedRunning : armedNot);
+    return status;
 }
 
 using enum commandStage;
@@ -174,47 +178,35 @@ constexpr commandArgument statusArgs[] = {
 
 constexpr commandRow rows[] = {
     {508, "kKelvaneCmdArmRun", merge, second, armRun, armArgs, "Readies a merge run."},
-    {1210,
-     "kKelvaneCmdRunDriver11001",
+    {1210, "kKelvaneCmdRunDriver11001", merge, second, runDriver<11001>, {}, "Starts an armed run to driver 11001."},
+    {1246, "kKelvaneCmdRunDriver11007", merge, second, runDriver<11007>, {}, "Starts an armed run to driver 11007."},
+    {1248, "kKelvaneCmdRunDriver11010", merge, second, runDriver<11010>, {}, "Starts an armed run to driver 11010."},
+    {1250, "kKelvaneCmdRunDriver11011", merge, second, runDriver<11011>, {}, "Starts an armed run to driver 11011."},
+    {1211,
+     "kKelvaneCmdRunMergeCurrent",
      merge,
      second,
-     runDriver<11001>,
+     runOfType<mergeRunCurrentDocument>,
      {},
-     "Starts an armed run to driver 11001; a registered driver can't be run yet."},
-    {1246,
-     "kKelvaneCmdRunDriver11007",
-     merge,
-     second,
-     runDriver<11007>,
-     {},
-     "Starts an armed run to driver 11007; a registered driver can't be run yet."},
-    {1248,
-     "kKelvaneCmdRunDriver11010",
-     merge,
-     second,
-     runDriver<11010>,
-     {},
-     "Starts an armed run to driver 11010; a registered driver can't be run yet."},
-    {1250,
-     "kKelvaneCmdRunDriver11011",
-     merge,
-     second,
-     runDriver<11011>,
-     {},
-     "Starts an armed run to driver 11011; a registered driver can't be run yet."},
-    {1211, "kKelvaneCmdRunMergeCurrent", merge, second, nullptr, {}, "Merges the next records into the document."},
+     "Starts an armed run that merges the next records into the document."},
     {1212,
      "kKelvaneCmdRunBuildDocument",
      merge,
      second,
-     runBuildDocument,
+     runOfType<mergeRunBuildDocument>,
      {},
      "Starts an armed run that builds the document out for all records."},
     {1240, "kKelvaneCmdRunPreflight", merge, second, nullptr, preflightArgs, "Starts an armed preflight."},
     {550, "kKelvaneCmdArmPriceRun", price, second, armPriceRun, documentArgs, "Readies a price run."},
-    {562, "kKelvaneCmdStartPriceRun", price, second, nullptr, {}, "Starts a price run."},
+    {562,
+     "kKelvaneCmdStartPriceRun",
+     price,
+     second,
+     beginPriceRun,
+     {},
+     "Starts a price run: the texts of the document are filled by their keys at the next idle call."},
     {1273, "kKelvaneCmdProcessSelection", price, second, nullptr, {}, "Merges prices into the selection."},
-    {567, "kKelvaneCmdGetPriceRunStatus", price, second, nullptr, statusArgs, "How far a price run is."},
+    {567, "kKelvaneCmdGetPriceRunStatus", price, second, getPriceRunStatus, statusArgs, "How far a price run is."},
     {1206, "kKelvaneCmdGetRunStatus", merge, second, getRunStatus, statusArgs, "How far a run is."},
 };
 

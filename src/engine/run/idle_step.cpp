@@ -1,84 +1,41 @@
 #include "engine/run/idle_step.h"
 
-#include "engine/run/merge_run.h"
+#include "data/data_source.h"
+#include "engine/run/price_run.h"
+#include "engine/run/run_stages.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 
 namespace tarnova {
-
 namespace {
 
-// Values of runControlRec::armedState.
-constexpr std::uint32_t armedNot = 0;
-constexpr std::uint32_t armedRunning = 2;
-
-bool insideStep = false;
-
-void noteError(errorWord error) {
-    auto& run = session();
-    if (error != 0 && run.engineError == 0) run.engineError = error;
-}
-
-void setUp() {
-    auto& run = session();
-    run.inRun = 1;
-    run.armedState = armedRunning;
-    run.stageDone = 0;
-    const errorWord error = startMergeRun(run.runDocument, 0);
-    noteError(error);
-    run.runStage = error == 0 ? runStageRunning : runStageFinishing;
-}
-
-void buildAll() {
-    auto& run = session();
-    noteError(mergeToBuiltDocument(run.runDocument, 0));
-    run.stageDone = 1;
-    run.runStage = runStageFinishing;
-}
-
-void finish() {
-    auto& run = session();
-    finishMergeRun();
-    run.stageDone = 1;
-    run.armedState = armedNot;
-    run.panelsStale = 1;
-    run.cancelRun = 0;
-    run.inRun = 0;
-    run.jobPercent = 100;
-    if (run.savedRunType >= 0) appPrefs().mergeRunType = static_cast<std::uint32_t>(run.savedRunType);
-    run.savedRunType = -1;
-    surfaceError();
-    run.unattended = 0;
-}
-
-void runStep() {
-    switch (session().runStage) {
-        case runStageSetUp:
-            return setUp();
-        case runStageRunning:
-            return buildAll();
-        case runStageFinishing:
-            return finish();
-        default:
-            return;
+/// Says whether a turn is on the call stack already: a dialog of a stage has idle calls of its own.
+class TurnGuard {
+ public:
+    TurnGuard() : entered(!isInside) { isInside = true; }
+    ~TurnGuard() {
+        if (entered) isInside = false;
     }
-}
+    TurnGuard(const TurnGuard&) = delete;
+    TurnGuard& operator=(const TurnGuard&) = delete;
+    [[nodiscard]] bool mayGoOn() const { return entered; }
+
+ private:
+    static inline bool isInside = false;
+    bool entered;
+};
 
 }  // namespace
 
-void startBuildRun() {
+std::int32_t idleStep() {
+    const TurnGuard guard;
+    if (!guard.mayGoOn()) return idleTicks;
     auto& run = session();
-    run.unattended = 1;
-    run.runStage = runStageSetUp;
-    run.panelsStale = 1;
-}
-
-void idleStep() {
-    if (insideStep) return;
-    insideStep = true;
+    if (!runIsActive()) run.engineError = runIndexDeleteQueue(run.indexDeleteQueue, run.engineError);
     surfaceError();
-    runStep();
-    insideStep = false;
+    run.engineError = priceStep(0);
+    run.engineError = runStep(run.engineError);
+    return idleTicks;
 }
 
 }  // namespace tarnova

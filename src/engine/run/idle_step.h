@@ -1,19 +1,15 @@
-// What the host calls whenever it has nothing to do: errors that nobody showed are shown, and a run that was started by
-// a command takes its next stage.
+// What the host calls whenever it has nothing to do: errors that nobody showed are shown, and a run that was started
+// takes its next turn.
 
 #pragma once
 
-#include "document/uid.h"
-#include "engine/toolkit/types.h"
+#include <cstdint>
 
 namespace tarnova {
 
-/// Readies a run of the current definition's data into the document itself, every record in its copy of the pages: the
-/// next idle steps carry it out, unattended. The range must be settled, see validateRun.
-void startBuildRun();
+inline constexpr std::int32_t idleTicks = 500;  // until the host calls again
 
-/// One turn: set-up, the run, or its end, by `runStage`. A failure ends the run and is shown. A call from within itself
-/// does nothing.
-void idleStep();
+/// One turn. A call from within itself does nothing. Gives `idleTicks`.
+std::int32_t idleStep();
 
 }  // namespace tarnova

@@ -107,6 +107,7 @@ bool isProtected(const std::string& path) {
 
 void settleDataFolder(std::string_view applicationFolder, std::string_view roamingFolder) {
     sessionRec& current = session();
+    current.applicationFolder = applicationFolder;
     const fs::path inApplication = fs::path(applicationFolder) / "Plug-Ins" / "Tarnova";
     std::error_code failure;
     current.dataFolderInApp = fs::is_directory(inApplication / "Config", failure) ? 1 : 0;

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -143,6 +145,10 @@ struct runListsRec {
     std::uint32_t badTagCount = 0;
 };
 
+// Bits of buildStateRec::fillersUsed.
+inline constexpr std::uint8_t fillerStackPad = 1;
+inline constexpr std::uint8_t fillerEndOfFile = 2;
+
 /// A master spread of the document under build. `isVariable`: it, or a master related to it by what they are based on,
 /// has an item that a record may change.
 struct masterNoteRec {
@@ -177,11 +183,23 @@ struct buildStateRec : buildCountsRec {
     std::uint32_t stackFirst = 0;  // the part of the file that the stack modes walk
     std::uint32_t stackLast = 0;
     std::string templateFile;  // the working copy, UTF-8
-    UIDRef templateDoc;
-    std::string sourceFile;  // the user's document
+    UIDRef templateDoc;        // while it is open
+    /// The template as the working copy had it when it was opened, or when its first chunk was about to be built; what
+    /// a chunk is put back to. In memory, so that what repeats keeps its identity through all chunks.
+    std::shared_ptr<const Document> templateCopy;
+    std::uint8_t templatePrepared = 0;  // composed, its masters' items detached
+    std::string sourceFile;             // the user's document
     std::uint8_t sourceWindowShown = 0;
     std::uint8_t workingCopyMade = 0;
     std::uint8_t docWasReopened = 0;
+    std::uint8_t smartTagsApplied = 0;  // in this run
+    std::uint8_t fillersUsed = 0;       // fillerStackPad and fillerEndOfFile, as links were given them
+    std::int32_t slotsInFront = 0;      // of the chunk, in the output that it is a part of,
+    std::int32_t slotsOfOutput = 0;     // and in all; 0: the chunk is the whole output
+    // Printed pages with their copies over all chunks so far. The second one is also cleared by command 621.
+    std::uint32_t pageTotal = 0;
+    std::uint32_t pageTotalOfFile = 0;
+    std::vector<std::uint32_t> slotCopies;   // copies of each slot; a slot behind the list has those of the last
     std::vector<masterNoteRec> masterNotes;  // of a run of several slots; emptied at the run's end
 };
 
@@ -196,7 +214,17 @@ struct runControlRec {
     std::uint16_t mergePassActive = 0;  // a merge pass is on the call stack
     std::uint16_t cancelRun = 0;        // tested between passes and by the walk
     std::uint8_t stageDone = 0;         // stage 2 has nothing more to do
-    UIDRef runDocument;                 // nothing once a driver owns the document
+    std::uint8_t warnsAtEnd = 0;        // records behind the end are told when the run is over,
+    std::uint8_t paddingUsed = 0;       // once there were some (bit 0)
+    std::uint8_t noAdvance = 0;         // a pass leaves `recordBase` where it is
+    std::uint8_t askBeforeDelete = 0;   // a link without a value asks before its frame goes
+    std::uint32_t passesDone = 0;       // of a report
+    /// Frames whose content was replaced in this pass; a second walk leaves them alone. Nothing outside of a pass.
+    std::optional<UIDList> changedFrames;
+    std::uint8_t secondRound = 0;         // of a price document: the links that need the finished layout,
+    std::uint32_t deferredLinkCount = 0;  // so many of them
+    std::uint8_t ruleRefusedLink = 0;     // a rule refused a link of a price run
+    UIDRef runDocument;                   // nothing once a driver owns the document
     recordDefRec* runDefinition = nullptr;
     dataSourceRec* runDataFile = nullptr;
     std::int16_t runDataStatus = 0;    // `openStatus` of the data file
@@ -252,6 +280,7 @@ struct sessionRec : toolkitStateRec,
     std::uint16_t priceAttached = 0;
     appPrefsRec prefs{};  // see appPrefs
 
+    std::string applicationFolder;     // UTF-8; empty: there is none
     std::string dataFolder;            // of the preferences, definitions and index files, UTF-8; empty: nothing is kept
     std::uint8_t dataFolderInApp = 0;  // it lies below the application's folder
     std::uint8_t prefsAreTemporary = 0;   // settings hold for this session alone and are never saved

@@ -42,6 +42,8 @@ class AlertService {
     virtual void closeStatus() = 0;
     /// Switches on the part of the window that tells of a long wait.
     virtual void showStatusDetail() = 0;
+    /// The user asks to stop what is under way, as with Escape in the window; asked between one item and the next.
+    virtual bool cancelAsked() { return false; }
 
     /// Whether alerts are shown at all. The callers in messages.h set it for the time of an alert that must be seen.
     bool showAlerts() const { return showAlerts_; }

@@ -177,9 +177,21 @@ errorWord OpenDocuments::documentRevert(UIDRef document) {
     if (path.empty()) return fail("The document was never saved; there is nothing to go back to.");
     const std::unique_ptr<DocumentModel> saved = read(path);
     if (saved == nullptr) return errFailed;
-    if (found->replaceBy(*saved) != 0) return fail("The document can't go back to its file in the middle of a change.");
-    tell(DocumentSignal::afterRevert, document);
-    return 0;
+    const errorWord error = replace(*found, *saved);
+    if (error == 0) tell(DocumentSignal::afterRevert, document);
+    return error;
+}
+
+errorWord OpenDocuments::documentRestore(UIDRef document, const Document& copy) {
+    DocumentModel* const found = find(document);
+    if (found == nullptr) return failNotOpen();
+    return replace(*found, *copy.documentCopy());
+}
+
+errorWord OpenDocuments::replace(DocumentModel& document, Document& by) {
+    auto* const model = dynamic_cast<DocumentModel*>(&by);
+    if (model != nullptr && document.replaceBy(*model) == 0) return 0;
+    return fail("The document can't go back in the middle of a change.");
 }
 
 errorWord OpenDocuments::documentClose(UIDRef document) {

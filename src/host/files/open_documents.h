@@ -35,6 +35,7 @@ class OpenDocuments final : public DocumentHost {
     errorWord documentSaveAs(UIDRef document, const std::string& path) override;
     errorWord documentSaveCopy(UIDRef document, const std::string& path) override;
     errorWord documentRevert(UIDRef document) override;
+    errorWord documentRestore(UIDRef document, const Document& copy) override;
     errorWord documentClose(UIDRef document) override;
     bool documentHasWindow(UIDRef document) const override;
     errorWord documentShowWindow(UIDRef document) override;
@@ -60,6 +61,7 @@ class OpenDocuments final : public DocumentHost {
     [[nodiscard]] std::unique_ptr<DocumentModel> read(const std::string& path);
     errorWord fail(std::string reason);
     errorWord failNotOpen();
+    errorWord replace(DocumentModel& document, Document& by);
 
     std::shared_ptr<Composer> composer;
     std::vector<OpenDocument> documents;  // the front one last

@@ -4,6 +4,7 @@
 #include <hb-ot.h>
 #include <hb-subset.h>
 
+#include <algorithm>
 #include <cmath>
 #include <span>
 
@@ -152,6 +153,33 @@ bool PdfFont::standsFor(std::uint16_t glyph, std::u32string_view characters) {
     return (row.text & isLigature) != 0 && ligatures[row.text & ~isLigature] == characters;
 }
 
+std::u32string PdfFont::textOf(const Row& row) const {
+    if (row.text == 0) return {};
+    if ((row.text & isLigature) != 0) return ligatures[row.text & ~isLigature];
+    return std::u32string(1, static_cast<char32_t>(row.text));
+}
+
+void PdfFont::addNotes(std::vector<GlyphNote>& notes) const {
+    for (std::size_t glyph = 0; glyph < rows.size(); ++glyph) {
+        const Row before = glyph < marked.size() ? marked[glyph] : Row{};
+        const Row& now = rows[glyph];
+        const bool isUsed = before.advance < 0 && now.advance >= 0, hasText = before.text == 0 && now.text != 0;
+        if (!isUsed && !hasText) continue;
+        notes.push_back({position, static_cast<std::uint16_t>(glyph), isUsed, hasText ? textOf(now) : std::u32string()});
+    }
+}
+
+bool PdfFont::agreesWith(const GlyphNote& note) {
+    const Row& row = rowOf(note.glyph);
+    return note.text.empty() || row.text == 0 || textOf(row) == note.text;
+}
+
+void PdfFont::take(const GlyphNote& note) {
+    if (note.isUsed) static_cast<void>(use(note.glyph));
+    if (note.text.size() == 1) static_cast<void>(standsFor(note.glyph, note.text.front()));
+    if (note.text.size() > 1) static_cast<void>(standsFor(note.glyph, note.text));
+}
+
 /// Six letters that depend on the glyphs in use, so that two subsets of a font aren't taken for one (9.9.2).
 std::string PdfFont::subsetTag() const {
     std::uint64_t hash = 0xCBF29CE484222325u;
@@ -276,6 +304,28 @@ PdfFont& PdfFontTable::use(const Font& font) {
         byFontIndex[index] = inOrder.back().get();
     }
     return *byFontIndex[index];
+}
+
+void PdfFontTable::mark() {
+    for (const auto& font : inOrder)
+        font->mark();
+    markedCount = inOrder.size();
+}
+
+bool PdfFontTable::notesSinceMark(std::vector<GlyphNote>& notes) const {
+    for (const auto& font : inOrder)
+        font->addNotes(notes);
+    return inOrder.size() == markedCount;
+}
+
+bool PdfFontTable::takeNotes(const std::vector<GlyphNote>& notes) {
+    const bool agree = std::all_of(notes.begin(), notes.end(), [this](const GlyphNote& note) {
+        return note.font < inOrder.size() && inOrder[note.font]->agreesWith(note);
+    });
+    if (!agree) return false;
+    for (const GlyphNote& note : notes)
+        inOrder[note.font]->take(note);
+    return true;
 }
 
 bool PdfFontTable::write(PdfObjects& objects, ByteBuffer& dictionary, std::string& error) const {

@@ -17,6 +17,14 @@
 
 namespace tarnova {
 
+/// What a page newly needs of a glyph: that it is embedded, and what it stands for.
+struct GlyphNote {
+    std::uint32_t font = 0;  // `PdfFont::number`
+    std::uint16_t glyph = 0;
+    bool isUsed = false;
+    std::u32string text;  // empty: nothing new
+};
+
 /// One font of the file: a row for each glyph.
 class PdfFont {
  public:
@@ -48,6 +56,13 @@ class PdfFont {
         return true;
     }
 
+    /// Remembers the rows; `addNotes` then tells of those that have changed since.
+    void mark() { marked = rows; }
+    void addNotes(std::vector<GlyphNote>& notes) const;
+    /// Whether the glyph may stand for the note's text here, and taking the note over.
+    [[nodiscard]] bool agreesWith(const GlyphNote& note);
+    void take(const GlyphNote& note);
+
     /// Writes the font's objects; `number` is that of the font dictionary. False: `error` says why it can't be
     /// embedded.
     [[nodiscard]] bool write(PdfObjects& objects, std::uint32_t number, std::string& error) const;
@@ -64,6 +79,7 @@ class PdfFont {
         return rows[glyph];
     }
     [[nodiscard]] float widthOf(std::uint16_t glyph) const;
+    [[nodiscard]] std::u32string textOf(const Row& row) const;
     [[nodiscard]] std::string subsetTag() const;
     [[nodiscard]] std::string program() const;
     [[nodiscard]] std::uint32_t writeDescendant(PdfObjects& objects, const std::string& name,
@@ -75,6 +91,7 @@ class PdfFont {
     const Font& source;
     std::uint32_t position;
     std::vector<Row> rows;
+    std::vector<Row> marked;
     std::vector<std::u32string> ligatures;
 };
 
@@ -85,12 +102,20 @@ class PdfFontTable {
     [[nodiscard]] PdfFont& use(const Font& font);
     [[nodiscard]] bool empty() const { return inOrder.empty(); }
 
+    /// Marks the fonts, so that notes can be taken of what pages need from here on, in another process for this one.
+    void mark();
+    /// False when a page needed a font that wasn't there when the fonts were marked.
+    [[nodiscard]] bool notesSinceMark(std::vector<GlyphNote>& notes) const;
+    /// Takes notes of another process over; false, and nothing is taken, when a glyph stands for another text here.
+    [[nodiscard]] bool takeNotes(const std::vector<GlyphNote>& notes);
+
     /// Writes all fonts and appends the entries of the resources' font dictionary ("/F0 7 0 R").
     [[nodiscard]] bool write(PdfObjects& objects, ByteBuffer& dictionary, std::string& error) const;
 
  private:
     std::vector<PdfFont*> byFontIndex;
     std::vector<std::unique_ptr<PdfFont>> inOrder;
+    std::size_t markedCount = 0;
 };
 
 /// UTF-16 in hexadecimal, big end first, without brackets.

@@ -66,25 +66,27 @@ void PdfObjects::write(std::uint32_t number, std::string_view body) {
 }
 
 void PdfObjects::writeStream(std::uint32_t number, std::string_view entries, std::string_view data) {
+    writePacked(number, entries, pack(data));
+}
+
+PdfObjects::PackedData PdfObjects::pack(std::string_view data) {
     const std::string_view smaller = compress(data);
-    const bool worthIt = !smaller.empty();
-    writeStreamBytes(number, entries, worthIt ? smaller : data, worthIt);
+    return smaller.empty() ? PackedData{data, false} : PackedData{smaller, true};
 }
 
 void PdfObjects::writePlainStream(std::uint32_t number, std::string_view entries, std::string_view data) {
-    writeStreamBytes(number, entries, data, false);
+    writePacked(number, entries, {data, false});
 }
 
-void PdfObjects::writeStreamBytes(std::uint32_t number, std::string_view entries, std::string_view data,
-                                  bool isCompressed) {
+void PdfObjects::writePacked(std::uint32_t number, std::string_view entries, const PackedData& data) {
     begin(number);
     scratch.put("<<");
     scratch.put(entries);
-    if (isCompressed) scratch.put("/Filter/FlateDecode");
+    if (data.isCompressed) scratch.put("/Filter/FlateDecode");
     scratch.put("/Length ");
-    scratch.putInteger(static_cast<std::int64_t>(data.size()));
+    scratch.putInteger(static_cast<std::int64_t>(data.bytes.size()));
     scratch.put(">>stream\n");
-    scratch.put(data);
+    scratch.put(data.bytes);
     scratch.put("\nendstream\nendobj\n");
     file.write(scratch.view());
 }
@@ -220,11 +222,11 @@ void PdfObjects::finishStream(std::string_view trailerEntries) {
         entries.put("/DecodeParms<</Predictor 12/Columns ");
         entries.putInteger(offsetBytes + 2);
         entries.put(">>");
-        writeStreamBytes(own, entries.view(), smaller, true);
+        writePacked(own, entries.view(), {smaller, true});
     } else {
         rows.clear();
         putRows(rows, offsetBytes, false);
-        writeStreamBytes(own, entries.view(), rows.view(), false);
+        writePacked(own, entries.view(), {rows.view(), false});
     }
     scratch.clear();
     scratch.put("startxref\n");

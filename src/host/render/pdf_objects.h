@@ -29,6 +29,14 @@ class PdfObjects {
     void write(std::uint32_t number, std::string_view body);
     /// A stream; `entries` are those of its dictionary besides length and filter. It is compressed where that helps.
     void writeStream(std::uint32_t number, std::string_view entries, std::string_view data);
+    /// What `writeStream` makes of a stream's data, valid until the next stream; and a stream of such data, made here or
+    /// in another process.
+    struct PackedData {
+        std::string_view bytes;
+        bool isCompressed = false;
+    };
+    [[nodiscard]] PackedData pack(std::string_view data);
+    void writePacked(std::uint32_t number, std::string_view entries, const PackedData& data);
     /// The same, uncompressed, for what other programs look for in the bytes of the file (XMP).
     void writePlainStream(std::uint32_t number, std::string_view entries, std::string_view data);
     /// Cross-reference and trailer, with these entries and an ID from the hash of the file.
@@ -41,7 +49,6 @@ class PdfObjects {
     };
 
     void begin(std::uint32_t number);
-    void writeStreamBytes(std::uint32_t number, std::string_view entries, std::string_view data, bool compressed);
     [[nodiscard]] std::string_view compress(std::string_view data);
     void flushPacked();
     void putId(ByteBuffer& out) const;

@@ -8,6 +8,7 @@
 #include "host/render/pdf_content.h"
 #include "host/render/pdf_fonts.h"
 #include "host/render/pdf_forms.h"
+#include "host/render/pdf_kept_pages.h"
 #include "host/render/pdf_links.h"
 #include "host/render/pdf_metadata.h"
 #include "host/render/pdf_objects.h"
@@ -46,21 +47,42 @@ class PdfWriter::File {
     [[nodiscard]] bool addPage(const DocumentModel& document, UID page) {
         if (closed()) return false;
         if (!buildDisplayList(document, page, list)) return fail(whyNoDisplayList(document, page));
-        if (!drawPage(list, document.pageIndex(page) + 1)) return false;
-        if (options.bookmarks) {
-            const bool isCopy = options.pagesOfCopy != 0;
-            outline.addPage(*objects, lastPage, isCopy ? std::to_string(pages) : document.pageName(page));
-        }
-        if (options.pageLabels) labels.addPage(*objects, pageLabelOf(document, page));
-        return true;
+        drawn.pageNumber = document.pageIndex(page) + 1;
+        if (options.bookmarks) drawn.title = document.pageName(page);
+        if (options.pageLabels) drawn.label = pageLabelOf(document, page);
+        return drawPage(list);
     }
 
     [[nodiscard]] bool addPage(const DisplayList& page) {
         if (closed()) return false;
-        if (!drawPage(page, static_cast<std::int32_t>(pages) + 1)) return false;
-        if (options.bookmarks) outline.addPage(*objects, lastPage, std::to_string(pages));
-        if (options.pageLabels) labels.addPage(*objects, {"", 'D', static_cast<std::int32_t>(pages)});
-        return true;
+        drawn.pageNumber = static_cast<std::int32_t>(pages) + 1;
+        drawn.title = std::to_string(drawn.pageNumber);
+        drawn.label = {"", 'D', drawn.pageNumber};
+        return drawPage(page);
+    }
+
+    void keepPages() {
+        kept.emplace();
+        fonts.mark();
+        keptNeedsFile = false;
+        languageKnown = !content.language().empty();
+    }
+
+    [[nodiscard]] std::optional<std::string> takeKeptPages() {
+        std::vector<GlyphNote> notes;
+        const bool whole = kept && !keptNeedsFile && languageKnown && fonts.notesSinceMark(notes);
+        return whole ? std::optional(kept->finish(notes)) : std::nullopt;
+    }
+
+    [[nodiscard]] bool addKeptPages(std::string_view bytes, bool& fits) {
+        if (closed()) return false;
+        std::vector<DrawnPage> read;
+        std::vector<GlyphNote> notes;
+        fits = readKeptPages(bytes, read, notes) && fonts.takeNotes(notes);
+        if (!fits) return true;
+        for (const DrawnPage& page : read)
+            placePage(page);
+        return !output.failed();
     }
 
     [[nodiscard]] bool finish() {
@@ -99,11 +121,11 @@ class PdfWriter::File {
     }
 
     /// Draws the sheet that the page is cut from: itself, or with the bleed around it.
-    [[nodiscard]] bool drawPage(const DisplayList& page, std::int32_t pageNumber) {
+    [[nodiscard]] bool drawPage(const DisplayList& page) {
         if (!(page.page.width() > 0 && page.page.height() > 0)) return fail("a page has no area");
         if (options.bleed == 0) {
             if (&page != &list) list.overset = page.overset;
-            return drawSheet(page, pageNumber);
+            return drawSheet(page);
         }
         if (&page != &list) list = page;
         const double bleed = options.bleed;
@@ -112,12 +134,11 @@ class PdfWriter::File {
             item.toPage.tx += bleed;
             item.toPage.ty += bleed;
         }
-        return drawSheet(list, pageNumber);
+        return drawSheet(list);
     }
 
-    [[nodiscard]] bool drawSheet(const DisplayList& page, std::int32_t pageNumber) {
-        oversetCount += static_cast<std::int64_t>(page.overset.size());
-        makeForms(page);
+    [[nodiscard]] bool drawSheet(const DisplayList& page) {
+        if (!makeForms(page)) return false;
         content.begin(page, false);
         std::size_t nextForm = 0;
         for (std::size_t i = 0; i < page.items.size();) {
@@ -129,16 +150,34 @@ class PdfWriter::File {
                 content.draw(page.items[i++]);
             }
         }
-        const std::uint32_t stream = objects->reserve();
-        objects->writeStream(stream, "", content.end());
-        writePage(page, stream);
-        noteForLinks(pageNumber);
+        drawn.sheet = page.page;
+        drawn.oversetStories = static_cast<std::int64_t>(page.overset.size());
+        drawn.content = objects->pack(content.end());
+        drawn.links = linksOf(page);
+        if (kept) {
+            kept->add(drawn);
+        } else {
+            placePage(drawn);
+        }
         return !output.failed();
     }
 
+    /// Puts a page that is drawn into the file.
+    void placePage(const DrawnPage& page) {
+        const std::uint32_t stream = objects->reserve();
+        objects->writePacked(stream, "", page.content);
+        writePage(page, stream);
+        noteForLinks(page.pageNumber);
+        oversetCount += page.oversetStories;
+        if (options.bookmarks) {
+            outline.addPage(*objects, lastPage, options.pagesOfCopy != 0 ? std::to_string(pages) : page.title);
+        }
+        if (options.pageLabels) labels.addPage(*objects, page.label);
+    }
+
     /// Finds the form of each run of repeating items, and writes those that are new. A reference is shorter than any
-    /// drawing, so even a single small item is worth one.
-    void makeForms(const DisplayList& page) {
+    /// drawing, so even a single small item is worth one. False in a fork that would have to write one.
+    [[nodiscard]] bool makeForms(const DisplayList& page) {
         formUses.clear();
         for (std::size_t i = 0; i < page.items.size(); ++i) {
             if (!page.items[i].repeats) continue;
@@ -147,10 +186,13 @@ class PdfWriter::File {
                 ++limit;
             const std::span run(page.items.data() + i, limit - i);
             const PdfForm* form = forms.find(page, run);
+            keptNeedsFile = keptNeedsFile || (form == nullptr && kept);
+            if (keptNeedsFile) return false;
             if (form == nullptr) form = &writeForm(page, run);
             formUses.push_back({static_cast<std::size_t>(form - forms.forms().data()), limit});
             i = limit;
         }
+        return true;
     }
 
     const PdfForm& writeForm(const DisplayList& page, std::span<const DisplayItem> items) {
@@ -189,11 +231,10 @@ class PdfWriter::File {
         if (inCopy + 1 == options.pagesOfCopy) links.endGroup(*objects);
     }
 
-    void writePage(const DisplayList& page, std::uint32_t stream) {
-        const PMRect& sheet = page.page;
-        const std::vector<PageLink> pageLinks = linksOf(page);
+    void writePage(const DrawnPage& page, std::uint32_t stream) {
+        const PMRect& sheet = page.sheet;
         const std::uint32_t annotations =
-            pageLinks.empty() ? 0 : links.write(*objects, pageLinks, sheet.height());
+            page.links.empty() ? 0 : links.write(*objects, page.links, sheet.height());
         if (nodePages.empty()) {
             nodes.push_back(objects->reserve());
             nodePages.reserve(pagesInNode);
@@ -309,6 +350,10 @@ class PdfWriter::File {
     std::vector<std::uint32_t> nodes;
     std::vector<std::uint32_t> nodePages;  // of the last node, while it isn't written
     std::vector<FormUse> formUses;
+    DrawnPage drawn;                // the page under work
+    std::optional<KeptPages> kept;  // in a fork
+    bool keptNeedsFile = false;
+    bool languageKnown = false;  // before the first page that was kept
 };
 
 PdfWriter::PdfWriter() : file(std::make_unique<File>()) {}
@@ -324,6 +369,15 @@ bool PdfWriter::addPage(const DocumentModel& document, UID page) {
 }
 bool PdfWriter::addPage(const DisplayList& page) {
     return file->addPage(page);
+}
+void PdfWriter::keepPages() {
+    file->keepPages();
+}
+std::optional<std::string> PdfWriter::takeKeptPages() {
+    return file->takeKeptPages();
+}
+bool PdfWriter::addKeptPages(std::string_view kept, bool& fits) {
+    return file->addKeptPages(kept, fits);
 }
 bool PdfWriter::finish() {
     return file->finish();

@@ -8,7 +8,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "document/uid.h"
@@ -57,6 +59,18 @@ class PdfWriter {
     [[nodiscard]] bool addPage(const DocumentModel& document, UID page);
     /// The same for a page that is a list already; its swatches are used during the call only.
     [[nodiscard]] bool addPage(const DisplayList& page);
+    // Pages drawn by several processes, each a fork of this one that draws other pages of the run. The bytes of the
+    // file are those of a single process.
+
+    /// In a fork: pages that are added from here on are kept, and nothing is written any more.
+    void keepPages();
+    /// In a fork: the pages that were kept. Nothing when they need a font or a form that isn't in the file yet: then
+    /// they can only be drawn where the file is.
+    [[nodiscard]] std::optional<std::string> takeKeptPages();
+    /// Adds the pages that a fork has kept. `fits` is false, and nothing is added, when the file has changed since in a
+    /// way that the pages don't know of; they must be drawn here then.
+    [[nodiscard]] bool addKeptPages(std::string_view kept, bool& fits);
+
     /// Writes fonts, page tree and cross-reference, and puts the file in its place. At least one page is needed.
     [[nodiscard]] bool finish();
 

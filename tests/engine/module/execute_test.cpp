@@ -25,8 +25,8 @@ TEST_F(Execute, StagesAndMissingRecords) {
         {"mode in force", 1263, true, 0, 0},
         {"mode that isn't attached", 1262, true, 0, -6023},
         {"command of a mode that isn't attached", 560, true, -1, -6023},
-        {"not yet available", 562, true, -1, -6023},
-        {"not yet available in this mode", 1211, true, 0, -1},
+        {"not yet available", 1273, true, -1, -6023},
+        {"not yet available in this mode", 1240, true, 0, -1},
         {"not yet available, first stage", 2021, true, 0, -1},
     };
     for (const testRow& row : rows) {

@@ -1,0 +1,168 @@
+#include "engine/run/merge_pass.h"
+
+#include <algorithm>
+
+#include "document/walk.h"
+#include "engine/session/preferences.h"
+#include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
+#include "merge/proof_callback.h"
+#include "merge/pull_story_callback.h"
+#include "output/after_merge.h"
+#include "output/build_chunk.h"
+#include "output/build_document.h"
+#include "output/build_tables.h"
+
+namespace tarnova {
+namespace {
+
+/// The lists that live as long as a pass, and the word that tells that one is on.
+class PassScope {
+ public:
+    explicit PassScope(UIDRef document) {
+        auto& run = session();
+        run.mergePassActive = 1;
+        run.changedFrames = UIDList{document.database, {}};
+        run.deferredItems = UIDList{document.database, {}};
+    }
+    ~PassScope() {
+        auto& run = session();
+        run.walkFirstPage = run.walkLastPage = 0;
+        run.changedFrames.reset();
+        run.deferredItems.reset();
+        run.mergePassActive = 0;
+    }
+    PassScope(const PassScope&) = delete;
+    PassScope& operator=(const PassScope&) = delete;
+};
+
+/// Items of masters are shared by all slots, so only a pass of a single slot merges them; a report doesn't care.
+WalkScope scopeOfPass() {
+    if (session().slotTarget > 1) return WalkScope::pagesOnly;
+    switch (appPrefs().mergeRunType) {
+        case mergeRunProof:
+        case mergeRunLinkReport:
+        case mergeRunShortestLine:
+        case mergeRunLongestLine:
+        case mergeRunPreflight:
+            return WalkScope::everything;
+        default:
+            return WalkScope::pagesAndUsedMasters;
+    }
+}
+
+std::int32_t walkPass(UIDRef document, IFrameCallback* frames, IStoryCallback* texts, std::int32_t* outTextCount,
+                      std::uint16_t& cancel) {
+    const auto& run = session();
+    return walkDocument(*document.database, frames, texts, run.walkFirstPage, run.walkLastPage, scopeOfPass(),
+                        appPrefs().skipHiddenLayers != 0, appPrefs().skipPasteboard != 0, nullptr, outTextCount,
+                        &cancel, run.layerRulePages > 0);
+}
+
+/// Merges the links in text. With progress, a walk in front counts the characters.
+void textPass(UIDRef document, bool showProgress, std::uint16_t& cancel) {
+    std::int32_t characters = 0;
+    if (showProgress) walkPass(document, nullptr, nullptr, &characters, cancel);
+    std::uint16_t changed = 0;
+    ZavoPullStoryCallback texts(
+        showProgress ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{}, &changed);
+    if (texts.GetInitError() != 0) {
+        cancel |= 1;
+        return;
+    }
+    texts.SetTotal(characters);
+    walkPass(document, nullptr, &texts, nullptr, cancel);
+}
+
+/// Shows each link by its name, frames and texts in the order of the preference.
+void proofPass(UIDRef document, std::uint16_t linkKinds, std::uint16_t& cancel) {
+    const auto proofFrames = [&] {
+        ZavoProofFrameCallback frames;
+        if (linkKinds != linkKindsText) walkPass(document, &frames, nullptr, nullptr, cancel);
+    };
+    const auto proofTexts = [&] {
+        ZavoProofStoryCallback texts;
+        if (linkKinds != linkKindsFrames && cancel == 0) walkPass(document, nullptr, &texts, nullptr, cancel);
+    };
+    if (appPrefs().framesFirst != 0) proofFrames();
+    proofTexts();
+    if (appPrefs().framesFirst == 0 && cancel == 0) proofFrames();
+}
+
+std::int32_t slotsOfPass() {
+    const auto& run = session();
+    if (run.recordPassMode != passModeStep) return static_cast<std::int32_t>(run.recordsToDo);
+    return static_cast<std::int32_t>((run.recordsToDo + run.stepBy - 1) / run.stepBy);
+}
+
+/// Moves the run behind the slots that were merged.
+void advanceRun(std::int32_t slots) {
+    auto& run = session();
+    const bool steps = run.recordPassMode == passModeStep;
+    const std::uint32_t merged = static_cast<std::uint32_t>(slots) * (steps ? run.stepBy : 1);
+    run.recordsDone = std::min(run.recordsDone + merged, run.recordsToDo);
+    if (run.noAdvance == 0) run.recordBase += merged;
+}
+
+/// Both texts in one run say that the range doesn't fit the layout.
+void tellOfFillers() {
+    auto& run = session();
+    if (run.fillersUsed == (fillerStackPad | fillerEndOfFile)) {
+        reportError(nullptr, errFillerUsed);
+        run.fillerCount = 0;
+    }
+    run.fillersUsed = 0;
+}
+
+}  // namespace
+
+errorWord mergePass(UIDRef document, std::uint16_t& cancel, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    auto& run = session();
+    switch (appPrefs().mergeRunType) {
+        case mergeRunProof: {
+            const PassScope scope(document);
+            proofPass(document, appPrefs().linkKinds, cancel);
+            return run.engineError;
+        }
+        case mergeRunLinkReport:
+        case mergeRunOversetReport:
+            ++run.passesDone;  // neither report is there yet
+            return 0;
+        default:
+            return mergeDocument(document, appPrefs().linkKinds, true, appPrefs().showProgress != 0, cancel);
+    }
+}
+
+errorWord mergeDocument(UIDRef document, std::uint16_t linkKinds, bool pull, bool showProgress, std::uint16_t& cancel) {
+    auto& run = session();
+    const PassScope scope(document);
+    const std::int32_t slots = slotsOfPass();
+    run.walkFirstPage = 1;
+    run.walkLastPage = slots * run.templatePageCount;
+    run.mergeOn = pull ? 1 : 0;
+    if (linkKinds != linkKindsFrames) textPass(document, showProgress, cancel);
+    if (cancel != 0 || run.engineError != 0) return run.engineError;
+    const errorWord error = finishMergedPages(document, 0);
+    if (error == 0) advanceRun(slots);
+    return error;
+}
+
+errorWord mergeChunk(UIDRef document, const mergeChunkRec& chunk, std::uint32_t& outDone, std::uint16_t& cancel) {
+    auto& run = session();
+    if (chunk.first >= 1 && chunk.first <= run.totalRecords) run.recordBase = chunk.first - 1;
+    run.recordsDone = 0;
+    run.recordsToDo = std::min(chunk.limit > chunk.first ? chunk.limit - chunk.first : 0, run.totalRecords);
+    run.stepBy = std::max<std::uint32_t>(chunk.stepBy, 1);
+    run.recordPassMode = chunk.recordPassMode;
+    const UnrecordedChanges unrecorded(document);
+    errorWord error = unrecorded.error();
+    if (error == 0) error = mergeDocument(document, appPrefs().linkKinds, chunk.pull, chunk.showProgress, cancel);
+    if (anySlotPastEnd()) run.paddingUsed |= 1;
+    tellOfFillers();
+    outDone = run.recordsDone;
+    if (chunk.pull && error == 0 && cancel == 0) advancePageTotals();
+    return error;
+}
+
+}  // namespace tarnova

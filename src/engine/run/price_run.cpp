@@ -1,0 +1,143 @@
+#include "engine/run/price_run.h"
+
+#include "data/data_source.h"
+#include "definitions/definition_state.h"
+#include "document/document.h"
+#include "document/document_host.h"
+#include "document/walk.h"
+#include "engine/run/merge_pass.h"
+#include "engine/run/run_scripts.h"
+#include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
+#include "merge/pull_story_callback.h"
+#include "merge/tag_value.h"
+
+namespace tarnova {
+namespace {
+
+constexpr errorWord errRuleRefusedLink = 357;
+
+/// The session as it is while a document is priced.
+class PriceScope {
+ public:
+    explicit PriceScope(UIDRef document) {
+        auto& run = session();
+        run.inRun = 1;
+        run.engineRunType = engineRunPrice;
+        run.mergeOn = 1;
+        run.changedFrames = UIDList{document.database, {}};
+        run.deferredItems = UIDList{document.database, {}};
+    }
+    ~PriceScope() {
+        auto& run = session();
+        run.changedFrames.reset();
+        run.deferredItems.reset();
+        run.mergeOn = 0;
+        run.inRun = 0;
+    }
+    PriceScope(const PriceScope&) = delete;
+    PriceScope& operator=(const PriceScope&) = delete;
+};
+
+errorWord openPriceData() {
+    if (reselectCurrentRecordDef(0) != 0 || definitionState().currentRecordDef == nullptr) {
+        pstrCopy(session().pendingErrorParam, definitionState().currentDefName);
+        return errNoDataFileSet;
+    }
+    dataSourceRec* source = nullptr;
+    std::int16_t status = openStatusNothing;
+    const errorWord error = openCurrentData(source, status, nullptr, 0);
+    return error == 0 && source == nullptr ? errNoDataFileSet : error;
+}
+
+/// The text pass over the user's page range.
+void priceTexts(UIDRef document, std::uint16_t& cancel) {
+    auto& run = session();
+    const appPrefsRec& prefs = appPrefs();
+    std::uint16_t changed = 0;
+    ZavoPullStoryCallback texts(
+        prefs.showProgress != 0 ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{}, &changed);
+    if (texts.GetInitError() != 0) {
+        cancel |= 1;
+        return;
+    }
+    const WalkScope scope = prefs.processScope > 0 ? WalkScope::everything : WalkScope::pagesOnly;
+    walkDocument(*document.database, nullptr, &texts, run.walkFirstPage, run.walkLastPage, scope,
+                 prefs.skipHiddenLayers != 0, prefs.skipPasteboard != 0, nullptr, nullptr, &cancel, false);
+}
+
+/// Links that need the finished layout wait for the second round.
+void priceRounds(UIDRef document, std::uint16_t& cancel) {
+    auto& run = session();
+    run.deferredLinkCount = 0;
+    for (run.secondRound = 0; run.secondRound < 2; ++run.secondRound) {
+        if (run.secondRound == 1 && run.deferredLinkCount == 0) break;
+        if (appPrefs().linkKinds != linkKindsFrames) priceTexts(document, cancel);
+        if (cancel != 0 || run.engineError != 0) break;
+    }
+    run.secondRound = 0;
+}
+
+void clearPriceRun() {
+    auto& run = session();
+    run.priceStart = run.priceActive = run.priceBatch = 0;
+    run.unattended = 0;
+    run.runDocument = kInvalidUIDRef;
+    run.jobPercent = 100;
+}
+
+}  // namespace
+
+bool startPriceRun(UIDRef document) {
+    resetRunLists();
+    auto& run = session();
+    run.runDocument = document;
+    run.ruleRefusedLink = 0;
+    run.runResult = 0;
+    run.cancelRun = 0;
+    return document.database != nullptr;
+}
+
+errorWord priceStep(errorWord priorError) {
+    auto& run = session();
+    if (run.priceStart == 0 || run.priceActive != 0) return priorError;
+    run.priceStart = 0;
+    run.priceActive = 1;
+    run.jobPercent = 0;
+    runSessionScripts();
+    UIDRef document = run.runDocument;
+    if (document.database == nullptr && run.documentHost != nullptr) document = run.documentHost->frontDocument();
+    std::uint16_t cancel = 0;
+    bool done = false;
+    const errorWord error = priceDocument(document, false, cancel, done, priorError);
+    run.jobFailed = done ? 0 : 1;
+    run.jobCancelled = cancel != 0 ? 1 : 0;
+    dataSourceCloseAll();
+    if (run.ruleRefusedLink != 0) reportError(nullptr, errRuleRefusedLink);
+    run.ruleRefusedLink = 0;
+    clearPriceRun();
+    return error;
+}
+
+errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel, bool& done, errorWord priorError) {
+    done = false;
+    if (priorError != 0) return priorError;
+    if (document.database == nullptr) return openedFile ? errNoDocumentOpen : errNoDocument;
+    auto& run = session();
+    const PriceScope scope(document);
+    errorWord error = openPriceData();
+    if (error != 0) return error;
+    const PMString name = PMString::ofKey("kZavoPriceDocumentStringKey");
+    if (document.database->BeginCommandSequence(name.view()) != 0) {
+        reportErrorKey("kZavoErrorMergeSequenceFailed");
+        return errFailed;
+    }
+    priceRounds(document, cancel);
+    document.database->EndCommandSequence();
+    error = run.engineError;
+    done = error == 0 && cancel == 0 && run.runResult >= 0;
+    if (error == 0) document.database->composeDocument();
+    return error;
+}
+
+}  // namespace tarnova

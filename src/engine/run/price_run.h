@@ -1,0 +1,24 @@
+// The price run: the links of a document are filled in place, each from the record that its key finds.
+
+#pragma once
+
+#include <cstdint>
+
+#include "document/uid.h"
+#include "engine/toolkit/types.h"
+
+namespace tarnova {
+
+/// Notes the document and clears what an earlier run left; the run begins at the next idle step once `priceStart` is
+/// set. False without a document.
+[[nodiscard]] bool startPriceRun(UIDRef document);
+
+/// One turn: a run that was asked for is carried out and cleaned up behind. Gives the error to be shown.
+[[nodiscard]] errorWord priceStep(errorWord priorError);
+
+/// Merges one document in price mode, as one step of undo. `cancel` gets bit 0 when it was stopped, `done` whether no
+/// link failed. With `openedFile` an empty `document` is a file that couldn't be opened.
+[[nodiscard]] errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel, bool& done,
+                                      errorWord priorError);
+
+}  // namespace tarnova
