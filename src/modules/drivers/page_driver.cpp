@@ -24,7 +24,10 @@ constexpr std::uint32_t commandMerge = 1203;
 constexpr std::uint32_t commandLogFile = 1204;
 constexpr std::uint32_t commandShowAlerts = 1213;
 constexpr std::int32_t batchesOfWorker = 4;
-constexpr std::int32_t chunksOfBatch = 16;
+// A worker starts with the words that the program has shaped, few as yet, so batches are large; and they end, so that
+// what they hand over fits memory.
+constexpr std::int32_t leastChunksOfBatch = 8;
+constexpr std::int32_t mostChunksOfBatch = 128;
 constexpr char driverName[] = "PDF";
 
 /// Shows nothing and notes that there was something to show.
@@ -186,10 +189,11 @@ bool PageDriver::mergeChunk(std::int32_t slotLimit) {
     return nextRecord >= recordLimit || EngineCall(commandReset, signature).item(0, &document).send();
 }
 
-/// So many chunks for a worker that each has several turns, and at most as many as fit its memory comfortably.
+/// So many chunks for a worker that each has several turns.
 void PageDriver::startBatch() {
     const std::int32_t chunksLeft = (slotsOfRun - slotsGiven) / slotsOfChunk;
-    const std::int32_t chunks = std::clamp(chunksLeft / (batchesOfWorker * options.jobs), 1, chunksOfBatch);
+    const std::int32_t chunks =
+        std::clamp(chunksLeft / (batchesOfWorker * options.jobs), leastChunksOfBatch, mostChunksOfBatch);
     const std::int32_t firstSlot = slotsGiven;
     slotsGiven = std::min(firstSlot + chunks * slotsOfChunk, slotsOfRun);
     batchRec& batch = batches.emplace_back();
