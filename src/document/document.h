@@ -237,6 +237,10 @@ class DocumentText {
     [[nodiscard]] virtual errorWord textDelete(UID story, std::int32_t start, std::int32_t count) = 0;
 
     [[nodiscard]] virtual attributeRunRec attributeRunAt(UID story, std::int32_t position) const = 0;
+    /// The number in force at a character, whatever says so: its run, a style or the document. A size or shift in
+    /// points, kerning in thousandths of an em, a `TextPosition`, 1 for underlined text.
+    [[nodiscard]] virtual double numberAttributeAt(UID story, std::int32_t position,
+                                                   TextAttributeClass attributeClass) const = 0;
     [[nodiscard]] virtual errorWord attributeApply(UID story, std::int32_t start, std::int32_t count,
                                                    std::shared_ptr<const TextAttribute> attribute) = 0;
     [[nodiscard]] virtual errorWord attributeRemove(UID story, std::int32_t start, std::int32_t count,
@@ -277,6 +281,9 @@ class DocumentText {
     /// is for callers that only want the page on which the text would stand.
     [[nodiscard]] virtual UID soleFrame(UID story) const = 0;
     [[nodiscard]] virtual bool isOverset(UID story) = 0;
+    /// Bounds of the lines of a range, in the coordinates of the spread that shows its first shown character; what
+    /// other spreads show is left out. Nothing when no part of it is shown.
+    [[nodiscard]] virtual std::optional<PMRect> textBounds(UID story, std::int32_t start, std::int32_t count) = 0;
 
  protected:
     ~DocumentText() = default;

@@ -277,6 +277,7 @@ class FakeDocument final : public Document {
     [[nodiscard]] errorWord textDelete(UID storyUid, std::int32_t start, std::int32_t count) override {
         return textReplace(storyUid, start, count, U"", true);
     }
+    [[nodiscard]] double numberAttributeAt(UID, std::int32_t, TextAttributeClass) const override { return 0; }
     [[nodiscard]] attributeRunRec attributeRunAt(UID storyUid, std::int32_t position) const override {
         const auto& attributes = storiesByUid.at(storyUid).attributes;
         if (position < 0 || position >= countOf(attributes)) return {};
@@ -328,6 +329,7 @@ class FakeDocument final : public Document {
         return frames.size() == 1 ? frames.front() : kInvalidUID;
     }
     [[nodiscard]] bool isOverset(UID) override { return false; }
+    std::optional<PMRect> textBounds(UID, std::int32_t, std::int32_t) override { return {}; }
 
     UID tableOfCell(UID, std::int32_t) const override { return kInvalidUID; }
     UID tableOfOwnedItem(UID item) const override { return tables.contains(item) ? item : kInvalidUID; }

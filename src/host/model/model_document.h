@@ -112,6 +112,7 @@ class ModelDocument final : public DocumentModel {
                           bool keepCharacters) override;
     errorWord textDelete(UID story, std::int32_t start, std::int32_t count) override;
     attributeRunRec attributeRunAt(UID story, std::int32_t position) const override;
+    double numberAttributeAt(UID story, std::int32_t position, TextAttributeClass attributeClass) const override;
     errorWord attributeApply(UID story, std::int32_t start, std::int32_t count,
                              std::shared_ptr<const TextAttribute> attribute) override;
     errorWord attributeRemove(UID story, std::int32_t start, std::int32_t count,
@@ -130,6 +131,7 @@ class ModelDocument final : public DocumentModel {
     UID frameAt(UID story, std::int32_t position) override;
     UID soleFrame(UID story) const override;
     bool isOverset(UID story) override;
+    std::optional<PMRect> textBounds(UID story, std::int32_t start, std::int32_t count) override;
 
     // DocumentTables: no tables yet.
     UID tableOfCell(UID, std::int32_t) const override { return kInvalidUID; }

@@ -129,6 +129,30 @@ attributeRunRec ModelDocument::attributeRunAt(UID uid, std::int32_t position) co
     return {run.attributes, run.limit - position};
 }
 
+double ModelDocument::numberAttributeAt(UID uid, std::int32_t position, TextAttributeClass attributeClass) const {
+    const Story* found = story(uid);
+    if (found == nullptr || position < 0 || position >= found->length()) return 0;
+    StoryReader reader(*found->content);
+    const CharFormat& format =
+        *resolveChar(*reader.paragraphAt(position).attributes, *reader.runAt(position).attributes);
+    switch (attributeClass) {
+        case TextAttributeClass::pointSize:
+            return format.pointSize;
+        case TextAttributeClass::baselineShift:
+            return format.baselineShift;
+        case TextAttributeClass::kerning:
+            return format.kerning;
+        case TextAttributeClass::position:
+            return static_cast<double>(format.position);
+        case TextAttributeClass::underline:
+            return format.underline ? 1 : 0;
+        case TextAttributeClass::kelvaneTag:
+        case TextAttributeClass::tallyraTag:
+            break;
+    }
+    return 0;
+}
+
 errorWord ModelDocument::attributeApply(UID uid, std::int32_t start, std::int32_t count,
                                         std::shared_ptr<const TextAttribute> attribute) {
     const Story* found = story(uid);
@@ -263,6 +287,27 @@ bool ModelDocument::isOverset(UID uid) {
     if (found == nullptr) return false;
     const StoryLayout* layout = layoutOf(uid, found->length());
     return layout != nullptr && layout->isOverset();
+}
+
+std::optional<PMRect> ModelDocument::textBounds(UID uid, std::int32_t start, std::int32_t count) {
+    const Story* found = story(uid);
+    if (found == nullptr || start < 0 || count <= 0 || start >= found->length()) return std::nullopt;
+    const std::int32_t limit = start + std::min(count, found->length() - start);
+    const StoryLayout* layout = layoutOf(uid, limit - 1);
+    if (layout == nullptr) return std::nullopt;
+    std::vector<LineBounds> parts;
+    layout->addBounds(start, limit, parts);
+    std::optional<PMRect> bounds;
+    const Spread* firstSpread = nullptr;
+    for (const LineBounds& part : parts) {
+        const PageItem& frame = *item(found->frames[static_cast<std::size_t>(part.frameIndex)]);
+        const Spread* const showing = spreadHolding(frame);
+        if (!bounds) firstSpread = showing;
+        if (showing != firstSpread) continue;
+        const PMRect inSpread = toSpread(frame).mapBounds(part.bounds);
+        bounds = bounds ? bounds->united(inSpread) : inSpread;
+    }
+    return bounds;
 }
 
 }  // namespace tarnova

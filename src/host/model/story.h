@@ -63,6 +63,12 @@ struct AnchorPoint {
     PMPoint along{1, 0};  // direction of the baseline, a vector of length 1; an item on a path turns with it
 };
 
+/// The part of a line that shows some text, in the coordinates of its frame.
+struct LineBounds {
+    std::int32_t frameIndex = 0;  // in `Story::frames`
+    PMRect bounds;                // from the line's ascent to its descent
+};
+
 /// What composition knows of a story; made by `Composer`, never changed afterwards, shared by copies of the story.
 class StoryLayout {
  public:
@@ -76,6 +82,8 @@ class StoryLayout {
     [[nodiscard]] virtual bool isOverset() const = 0;
     /// Where the anchor at a position stands; nothing when it is overset.
     [[nodiscard]] virtual std::optional<AnchorPoint> anchorAt(std::int32_t position) const = 0;
+    /// Appends the parts of lines that show [start, limit).
+    virtual void addBounds(std::int32_t start, std::int32_t limit, std::vector<LineBounds>& out) const = 0;
     /// The places of frames on their pages had a say, so that it is stale when one of them moves.
     [[nodiscard]] virtual bool dependsOnPlaces() const { return false; }
     /// The composition of a changed text in the same frames can use parts of this one.

@@ -44,6 +44,12 @@ std::int32_t ComposedParts::columnOf(std::int32_t position) const {
     return behind == end ? -1 : static_cast<std::int32_t>(behind - columns.begin());
 }
 
+void ComposedParts::addBounds(std::int32_t start, std::int32_t limit, std::vector<LineBounds>& out) const {
+    for (std::size_t at = 0; at < composedColumns; ++at) {
+        if (columns[at].text != nullptr) columns[at].text->addBoundsOf(at, 1, columns[at].textStart, start, limit, out);
+    }
+}
+
 void columnsOfFrame(const StoryLayout& layout, std::int32_t frameIndex, std::vector<ShownColumns>& out) {
     out.clear();
     if (const auto* text = dynamic_cast<const ComposedStory*>(&layout)) addFlat(*text, frameIndex, out);

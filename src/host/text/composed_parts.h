@@ -48,6 +48,7 @@ class ComposedParts final : public StoryLayout {
     [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;
     [[nodiscard]] bool isOverset() const override { return overset; }
     [[nodiscard]] std::optional<AnchorPoint> anchorAt(std::int32_t) const override { return std::nullopt; }
+    void addBounds(std::int32_t start, std::int32_t limit, std::vector<LineBounds>& out) const override;
     [[nodiscard]] bool dependsOnPlaces() const override { return dependsOnFramePlaces; }
     [[nodiscard]] bool mayBeTakenUp() const override { return !dependsOnFramePlaces; }
 };

@@ -104,6 +104,12 @@ class ComposedStory final : public StoryLayout {
     [[nodiscard]] std::int32_t columnOf(std::int32_t position) const override;
     [[nodiscard]] bool isOverset() const override { return overset; }
     [[nodiscard]] std::optional<AnchorPoint> anchorAt(std::int32_t position) const override;
+    void addBounds(std::int32_t start, std::int32_t limit, std::vector<LineBounds>& out) const override {
+        addBoundsOf(0, columns.size(), 0, start, limit, out);
+    }
+    /// The same for some of the columns, when positions here count from `textStart` of the story.
+    void addBoundsOf(std::size_t firstColumn, std::size_t columnCount, std::int32_t textStart, std::int32_t start,
+                     std::int32_t limit, std::vector<LineBounds>& out) const;
     [[nodiscard]] bool dependsOnPlaces() const override { return dependsOnFramePlaces; }
 };
 
