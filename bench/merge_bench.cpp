@@ -53,6 +53,7 @@ class NoComposer final : public Composer {
         std::int32_t columnOf(std::int32_t) const override { return 0; }
         bool isOverset() const override { return false; }
         std::optional<AnchorPoint> anchorAt(std::int32_t) const override { return {}; }
+        void addBounds(std::int32_t, std::int32_t, std::vector<LineBounds>&) const override {}
     };
 
  public:

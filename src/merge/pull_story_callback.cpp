@@ -2,13 +2,18 @@
 
 #include <algorithm>
 
+#include "definitions/definition_state.h"
+#include "definitions/record_def_set.h"
 #include "document/document.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/alerts.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/text_encoding.h"
+#include "merge/keyword_links.h"
+#include "merge/price_layout.h"
 #include "output/build_tables.h"
+#include "tags/tag_attribute.h"
 
 namespace tarnova {
 namespace {
@@ -18,6 +23,10 @@ constexpr std::int16_t runRefusedTag = -6029;
 
 constexpr char32_t paragraphReturn = U'\r';
 
+bool isPriceRun() {
+    return session().engineRunType == engineRunPrice;
+}
+
 bool isBlank(char32_t c) {
     return c == U' ' || c == U'\t' || c == U'\r' || c == U'\n' || c == U'\u00A0' || c == U'\u2028';
 }
@@ -26,16 +35,6 @@ std::string_view trimBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(' ');
     if (first == std::string_view::npos) return {};
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-void appendData(std::u32string& out, std::string_view bytes, bool isUtf8Text) {
-    if (isUtf8Text) {
-        appendUtf8AsUtf32(out, bytes);
-        return;
-    }
-    out.reserve(out.size() + bytes.size());
-    for (const char byte : bytes)
-        out.push_back(codePointOfWindows1252(static_cast<std::uint8_t>(byte)));
 }
 
 /// The page entry on which all frames of a story lie, or nothing when they lie on several (or the story has none).
@@ -71,6 +70,7 @@ bool ZavoPullStoryCallback::StoryBegin(UIDRef story) {
     if (alertService().cancelAsked()) *cancel |= 1;
     if (*cancel != 0) return false;
     storyPageKnown = commonPageEntry(story, storyPageEntry);
+    linkKeys.beginStory();
     return true;
 }
 
@@ -90,13 +90,82 @@ bool ZavoPullStoryCallback::TagIsMine(UIDRef story, const TagAttribute& attribut
 std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
     changed |= storyTouched;
     auto& error = session().engineError;
-    error = chooseRecord(story, error);
-    error = prepareValue(error);
-    if (error == 0) decideAction();
-    error = replaceRun(story, error);
+    bool isMerged = true;
+    error = prepareTag(story, isMerged, error);
+    if (isMerged) {
+        error = chooseRecord(story, error);
+        error = prepareValue(story, error);
+        if (error == 0) decideAction();
+        error = replaceRun(story, error);
+    }
+    if (isPriceRun()) linkKeys.pass(placeOfTag(story), tagRec);
     value = tagValueRec{};
     position = tagStart + tagLength;
     return 0;
+}
+
+/// Says whether the tag is merged now. In a price run the links whose key stands on their page wait for the second
+/// round, which merges just them.
+errorWord ZavoPullStoryCallback::prepareTag(UIDRef story, bool& isMerged, errorWord priorError) {
+    errorWord error = priorError;
+    if (error == 0 && appPrefs().trimTagText != 0) error = trimTag(story, isMerged);
+    if (error != 0 || !isMerged || !isPriceRun()) return error;
+    extractionRec* link = nullptr;
+    error = findExtraction(definitionState().currentRecordDef, tagRec.extractionRecordName, link, error);
+    if (error != 0 || link == nullptr) return error;
+    auto& run = session();
+    const std::int16_t keyType = link->magicKeyNumbers[0];
+    const bool waits = keyType == keyTypeFirstOnPage || keyType == keyTypeFirstOnSpread;
+    if (waits != (run.secondRound != 0)) {
+        if (waits) ++run.deferredLinkCount;
+        isMerged = false;
+        return 0;
+    }
+    return keyType == keyTypeOwn ? errorWord{0} : settleKey(story, *link);
+}
+
+/// Takes the tag off the white space at both ends of its run, and off a run that has nothing else.
+errorWord ZavoPullStoryCallback::trimTag(UIDRef story, bool& isMerged) {
+    constexpr std::u32string_view white = U" \t";
+    Document& document = *story.database;
+    const std::u32string text = document.textRead(story.uid, tagStart, tagLength - tagTail);
+    const std::size_t first = text.find_first_not_of(white);
+    if (first == text.npos) {
+        isMerged = false;
+        return removeTag(story);
+    }
+    const auto lead = static_cast<std::int32_t>(first);
+    const auto limit = static_cast<std::int32_t>(text.find_last_not_of(white)) + 1;
+    const auto trail = static_cast<std::int32_t>(text.size()) - limit;
+    errorWord error = 0;
+    if (trail > 0) {
+        error = document.attributeRemove(story.uid, tagStart + limit, tagLength - limit, tagClassOfMode());
+        tagLength = limit;
+        tagTail = 0;
+    }
+    if (error == 0 && lead > 0) {
+        error = document.attributeRemove(story.uid, tagStart, lead, tagClassOfMode());
+        tagStart += lead;
+        tagLength -= lead;
+    }
+    return error;
+}
+
+/// Finds the link's key and stores it in its tag.
+errorWord ZavoPullStoryCallback::settleKey(UIDRef story, const extractionRec& link) {
+    linkKeys.settle(placeOfTag(story), link, firstOnTracker(), tagRec);
+    std::byte* block = nullptr;
+    const errorWord error = tagRecordEncode(&tagRec, &block, 0);
+    if (error != 0) return error;
+    const blockPtr<std::byte> owned(block);
+    return replaceTagData(story, {reinterpret_cast<const char*>(block), blockSize(block)});
+}
+
+linkPlaceRec ZavoPullStoryCallback::placeOfTag(UIDRef story) {
+    const std::int32_t pageEntry = pageEntryOfTag(story);
+    const Document& document = *story.database;
+    const UID page = pageEntry < document.pageCount() ? document.pageAt(pageEntry) : kInvalidUID;
+    return {story, tagStart, tagLength - tagTail, page};
 }
 
 /// Position of the tag's page in the built document. A link in an overset part counts with the story's last frame.
@@ -111,38 +180,74 @@ std::int32_t ZavoPullStoryCallback::pageEntryOfTag(UIDRef story) {
     return std::max(document.pageIndex(document.pageOfItem(frame).page), 0);
 }
 
-/// The record by page and sequence number, and its value or, behind the end of the run's records, a filler. In a price
-/// run the key finds the record.
+/// The record and its value: of a price run by the link's key, else by page and sequence number.
 errorWord ZavoPullStoryCallback::chooseRecord(UIDRef story, errorWord priorError) {
     if (priorError != 0) return priorError;
-    if (session().engineRunType == engineRunPrice) return fetchForTag(tagRec, defaultSetText, value, 0);
-    const std::int32_t pageEntry = pageEntryOfTag(story);
+    if (isPriceRun()) {
+        value.recordNumber = -1;
+        const errorWord error = fetchForTag(tagRec, defaultSetText, value, 0);
+        recordPosition = value.recordNumber;
+        return error;
+    }
     std::int32_t sequence = 0;
     pstrToLong(tagRec.searchKey, &sequence);
-    value.recordNumber = recordNumberOfLink(pageEntry, std::max(sequence, 1));
+    recordPosition = recordNumberOfLink(pageEntryOfTag(story), std::max(sequence, 1));
+    value.recordNumber = recordPosition;
+    return fetchAt(story, tagRec, value);
+}
+
+/// Fetches the value of a link for a record of the run or, behind the end of the run's records, a filler.
+errorWord ZavoPullStoryCallback::fetchAt(UIDRef story, const tagDataRec& tag, tagValueRec& out) {
+    if (isPriceRun()) return fetchForTag(tag, defaultSetText, out, 0);
     recordRequestRec request;
-    errorWord error = noteRecordRequest(pageEntry, value.recordNumber, appPrefs().textDefaults, request, 0);
-    if (!request.pastEnd) return fetchForTag(tagRec, defaultSetText, value, error);
-    error = fetchForTag(tagRec, defaultSetText, value, error);
-    if (value.status == fetchBadTag) return error;
-    error = takeHostText(request.filler, value, error);
-    value.status = appPrefs().pastEndCounts != 0 ? fetchNoMatch : fetchFound;
+    errorWord error = noteRecordRequest(pageEntryOfTag(story), out.recordNumber, appPrefs().textDefaults, request, 0);
+    error = fetchForTag(tag, defaultSetText, out, error);
+    if (!request.pastEnd || out.status == fetchBadTag) return error;
+    error = takeHostText(request.filler, out, error);
+    out.status = appPrefs().pastEndCounts != 0 ? fetchNoMatch : fetchFound;
     return error;
 }
 
-/// Blanks off both ends, and prefix and suffix around a value that was found; the result is in `newText`.
-errorWord ZavoPullStoryCallback::prepareValue(errorWord priorError) {
+errorWord ZavoPullStoryCallback::fetchMarker(UIDRef story, std::string_view name, std::int32_t record,
+                                             markerValueRec& out) {
+    tagDataRec tag{};
+    pstrFromView(tag.extractionRecordName, sizeof(tag.extractionRecordName), name);
+    tagValueRec its;
+    its.recordNumber = record;
+    const errorWord error = fetchAt(story, tag, its);
+    out.status = its.status;
+    if (its.extraction != nullptr) out.nodata = its.extraction->nodata;
+    if (its.bytes) appendValueText(out.text, its);
+    return error;
+}
+
+/// The value as it will stand in the text, in `newText`: blanks off both ends, keywords, prefix and suffix around what
+/// was found, field markers.
+errorWord ZavoPullStoryCallback::prepareValue(UIDRef story, errorWord priorError) {
     newText.clear();
-    if (priorError != 0 || !value.bytes) return priorError;
+    if (priorError != 0) return priorError;
+    const extractionRec* const link = value.extraction;
     std::string_view bytes(value.bytes.get(), value.length);
     if (appPrefs().trimValues != 0) bytes = trimBlanks(bytes);
-    if (bytes.empty() && value.status == fetchFound) value.status = fetchNoData;
-    const extractionRec* const link = value.extraction;
-    const bool affixes = link != nullptr && value.status == fetchFound && tagRec.styleRecordName[0] == 0;
+    if (value.bytes && bytes.empty() && value.status == fetchFound) value.status = fetchNoData;
+    errorWord error = 0;
+    if (link != nullptr && keywordOf(*link)) {
+        const keywordPlaceRec place{story.database->ref(), recordPosition, pageEntryOfTag(story)};
+        error = keywordValue(*link, value, place, error);
+        bytes = {value.bytes.get(), value.length};
+    }
+    if (error != 0 || !value.bytes) return error;
+    const bool styled = tagRec.styleRecordName[0] != 0 && appPrefs().affixWithStyle == 0;
+    const bool affixes = link != nullptr && value.status == fetchFound && !styled;
     if (affixes && link->prefix.enable != 0) appendUtf8AsUtf32(newText, pstrView(link->prefix.string));
-    appendData(newText, bytes, value.isHostText || value.encoding == 1);
+    appendValueText(newText, bytes, value);
     if (affixes && link->suffix.enable != 0) appendUtf8AsUtf32(newText, pstrView(link->suffix.string));
-    return 0;
+    expandedMarkersRec markers;
+    const auto fetch = [&](std::string_view name, std::int32_t record, markerValueRec& out) {
+        return fetchMarker(story, name, record, out);
+    };
+    return expandFieldMarkers(newText, recordPosition, static_cast<std::int32_t>(session().skipFirst), fetch, markers,
+                              0);
 }
 
 void ZavoPullStoryCallback::decideAction() {
@@ -171,9 +276,15 @@ void ZavoPullStoryCallback::decideAction() {
     }
 }
 
-/// A tag that names what doesn't exist ends a merge: half-filled pages must never reach a press.
+/// A tag that names what doesn't exist ends a merge: half-filled pages must never reach a press. A price run goes on
+/// and tells it at its end.
 void ZavoPullStoryCallback::refuseTag() {
     auto& run = session();
+    if (isPriceRun()) {
+        run.ruleRefusedLink = 1;
+        ++run.badTagCount;
+        return;
+    }
     reportErrorParams(nullptr, errTagRefused, tagRec.extractionRecordName);
     run.runResult = runRefusedTag;
     ++run.badTagCount;
@@ -184,9 +295,20 @@ errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) 
     if (priorError != 0 || mergeOn == 0 || lockedLink) return priorError;
     if (deleteMode) return deleteRun(story);
     if (!keepMode) return 0;
+    if (value.style != nullptr && value.status == fetchFound) return replaceByPrice(story);
     // One replacement for the whole run: the new text takes the attributes of the run's first character, its tag
     // among them, whatever the rest of the run looked like.
     return replaceTagText(story, newText, false);
+}
+
+/// The same for a link with a price style: what an earlier price left on the run goes first.
+errorWord ZavoPullStoryCallback::replaceByPrice(UIDRef story) {
+    const std::int32_t length = tagLength - tagTail;
+    const priceAttributesRec noted = notePriceAttributes(story, tagStart, length);
+    const formattedPriceRec price = formatPrice(newText, *value.style, appPrefs().priceTrailingText != 0);
+    errorWord error = resetPriceAttributes(story, tagStart, length, noted, 0);
+    if (error == 0) error = replaceTagText(story, price.text, false);
+    return layoutPrice(story, tagStart, price, *value.style, noted, error);
 }
 
 errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {

@@ -8,6 +8,8 @@
 
 #include "document/story_callback.h"
 #include "engine/toolkit/pm_string.h"
+#include "merge/field_markers.h"
+#include "merge/link_keys.h"
 #include "merge/tag_value.h"
 #include "tags/tag_record.h"
 
@@ -32,13 +34,19 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
         bool unconditional = false;  // deleted also when it isn't blank
     };
 
+    errorWord prepareTag(UIDRef story, bool& isMerged, errorWord priorError);
+    errorWord trimTag(UIDRef story, bool& isMerged);
+    errorWord settleKey(UIDRef story, const extractionRec& link);
+    [[nodiscard]] linkPlaceRec placeOfTag(UIDRef story);
     std::int32_t pageEntryOfTag(UIDRef story);
     errorWord chooseRecord(UIDRef story, errorWord priorError);
-    errorWord prepareValue(errorWord priorError);
+    errorWord fetchAt(UIDRef story, const tagDataRec& tag, tagValueRec& out);
+    errorWord fetchMarker(UIDRef story, std::string_view name, std::int32_t record, markerValueRec& out);
+    errorWord prepareValue(UIDRef story, errorWord priorError);
     void decideAction();
     void refuseTag();
-    void decodeValue();
     errorWord replaceRun(UIDRef story, errorWord priorError);
+    errorWord replaceByPrice(UIDRef story);
     errorWord deleteRun(UIDRef story);
     void queueParagraph(UIDRef story, std::int32_t atPosition, bool unconditional);
     errorWord cleanParagraphs(UIDRef story, errorWord priorError);
@@ -54,10 +62,13 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     bool storyPageKnown = false;
     std::vector<queuedParagraphRec> paragraphQueue;
 
+    LinkKeys linkKeys;  // of a price run
+
     // The tag, from TagIsMine on.
     tagDataRec tagRec{};
+    std::int32_t recordPosition = 0;  // of its record in the run, from 0 with the header counted
     tagValueRec value;
-    bool keepMode = false;  // a value replaces the run
+    bool keepMode = false;    // a value replaces the run
     bool deleteMode = false;  // the run goes, for want of data
     std::int16_t deleteLine = 0;
     bool lockedLink = false;

@@ -8,6 +8,7 @@
 #include "definitions/record_def_set.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/pstring.h"
+#include "engine/toolkit/text_encoding.h"
 
 namespace tarnova {
 namespace {
@@ -23,6 +24,7 @@ errorWord findNamedRecords(const recordDefRec* definition, const tagDataRec& tag
     error = findStyle(definition, tag.styleRecordName, style, error);
     value.extraction = link;
     value.criteria = criteria;
+    value.style = style;
     const bool criteriaFound = tag.searchCriteriaName[0] == 0 || criteria != nullptr;
     const bool styleFound = tag.styleRecordName[0] == 0 || style != nullptr;
     found = link != nullptr && criteriaFound && styleFound;
@@ -94,17 +96,34 @@ errorWord fetchForTag(const tagDataRec& tag, std::uint16_t defaultSet, tagValueR
     return error;
 }
 
+errorWord takeHostBytes(std::string_view text, tagValueRec& value, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    value.isHostText = true;
+    value.length = 0;
+    value.bytes.reset(static_cast<char*>(newBlock(text.size())));
+    if (!value.bytes) return errValueMemory;
+    value.length = static_cast<std::uint32_t>(text.size());
+    std::memcpy(value.bytes.get(), text.data(), text.size());
+    return 0;
+}
+
 errorWord takeHostText(const std::uint8_t* text, tagValueRec& value, errorWord priorError) {
     if (priorError != 0) return priorError;
+    if (text != nullptr) return takeHostBytes(pstrView(text), value, 0);
     value.bytes.reset();
     value.length = 0;
     value.isHostText = true;
-    if (text == nullptr) return 0;
-    value.bytes.reset(static_cast<char*>(newBlock(text[0])));
-    if (!value.bytes) return errValueMemory;
-    value.length = text[0];
-    std::memcpy(value.bytes.get(), text + 1, value.length);
     return 0;
+}
+
+void appendValueText(std::u32string& out, std::string_view bytes, const tagValueRec& value) {
+    if (value.isHostText || value.encoding == 1) {
+        appendUtf8AsUtf32(out, bytes);
+        return;
+    }
+    out.reserve(out.size() + bytes.size());
+    for (const char byte : bytes)
+        out.push_back(codePointOfWindows1252(static_cast<std::uint8_t>(byte)));
 }
 
 }  // namespace tarnova

@@ -111,6 +111,7 @@ class MergeTest : public testing::Test {
         tagDataRec tag{};
         pstrFromView(tag.searchKey, sizeof(tag.searchKey), key);
         pstrFromView(tag.extractionRecordName, sizeof(tag.extractionRecordName), name);
+        pstrFromView(tag.styleRecordName, sizeof(tag.styleRecordName), styleNext);
         tag.linkLocked = lockNext ? 1 : 0;
         std::byte* block = nullptr;
         ASSERT_EQ(tagRecordEncode(&tag, &block, 0), 0);
@@ -171,6 +172,7 @@ class MergeTest : public testing::Test {
     std::uint32_t lastRecord = 0;
     std::uint32_t step = 0;
     bool lockNext = false;
+    std::string styleNext;  // price style of the links of the next template
     int fileCount = 0;
     errorWord error = 0;
 };

@@ -9,6 +9,8 @@
 #include "engine/run/run_scripts.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
+#include "merge/first_on_links.h"
+#include "merge/keyword_links.h"
 #include "merge/pull_story_callback.h"
 #include "merge/tag_value.h"
 
@@ -27,9 +29,13 @@ class PriceScope {
         run.mergeOn = 1;
         run.changedFrames = UIDList{document.database, {}};
         run.deferredItems = UIDList{document.database, {}};
+        keywordFreeze(document);
+        startFirstOnTracker(document);
     }
     ~PriceScope() {
         auto& run = session();
+        endFirstOnTracker();
+        keywordThaw();
         run.changedFrames.reset();
         run.deferredItems.reset();
         run.mergeOn = 0;
@@ -56,7 +62,8 @@ void priceTexts(UIDRef document, std::uint16_t& cancel) {
     const appPrefsRec& prefs = appPrefs();
     std::uint16_t changed = 0;
     ZavoPullStoryCallback texts(
-        prefs.showProgress != 0 ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{}, &changed);
+        prefs.showProgress != 0 ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{},
+        &changed);
     if (texts.GetInitError() != 0) {
         cancel |= 1;
         return;

@@ -11,6 +11,7 @@
 #include "engine/session/preferences_file.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
+#include "merge/keyword_links.h"
 #include "output/build_document.h"
 #include "output/build_tables.h"
 #include "output/working_copy.h"
@@ -263,6 +264,7 @@ errorWord finish(errorWord priorError) {
     run.unattended = 0;
     run.panelsStale = 1;
     tellBarcodeModule();
+    keywordThaw();
     run.cancelRun = 0;
     run.inRun = 0;
     const bool writesBack = runType == mergeRunPreview || runType == mergeRunTest;

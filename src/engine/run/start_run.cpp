@@ -13,6 +13,7 @@
 #include "engine/session/preferences_file.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
+#include "merge/keyword_links.h"
 #include "merge/tag_value.h"
 #include "output/build_document.h"
 #include "output/master_items.h"
@@ -125,6 +126,7 @@ errorWord enterSetUp() {
     run.runFirst = run.rangeFirst;
     run.runLast = run.rangeLast;
     if (run.stepBy == 0) run.stepBy = run.highestSequence;
+    keywordFreeze(run.runDocument);
     run.runStage = runStageSetUp;
     run.panelsStale = 1;
     return 0;

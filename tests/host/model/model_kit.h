@@ -34,6 +34,7 @@ class TenCharacterComposer : public Composer {
             if (columnOf(position) < 0) return {};
             return AnchorPoint{columnOf(position), {0, 0, 40, 50}, double(position % 10), 12, 3};
         }
+        void addBounds(std::int32_t, std::int32_t, std::vector<LineBounds>&) const override {}
     };
     std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t,
                                                const StoryPageTexts& pageTexts) override {
