@@ -191,7 +191,9 @@ void addDataOptions(CLI::App& verb, dataChoiceRec& choice) {
     verb.add_option("--ddf", choice.ddfPath,
                     "A definition of the data; without it the data's first line gives the field names");
     verb.add_option("--definition", choice.definitionName, "Which definition of the DDF");
-    verb.add_flag("!--no-header", choice.hasHeader, "The first line is a record and no header (with --ddf)");
+    verb.add_flag_callback(
+        "--no-header", [&choice] { choice.hasHeader = false; },
+        "The first line is a record and no header (with --ddf)");
 }
 
 }  // namespace tarnova

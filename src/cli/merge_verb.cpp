@@ -208,7 +208,8 @@ void addMergeVerb(CLI::App& app, verbContext& context) {
             "How records go to pages: step (a page takes the next ones), cut-and-stack (the pile is cut, and the "
             "stacks laid on each other are in order), stack-range (rows of such a pile), stack-subset (a pile of "
             "some records)")
-        ->transform(CLI::CheckedTransformer(layoutCodes).description("MODE"));
+        ->transform(CLI::CheckedTransformer(layoutCodes).description(""))
+        ->type_name("MODE");
     verb->add_option("--dpi", options->dpi, "Resolution of .png pages")
         ->check(CLI::Range(pngMinimumDpi, pngMaximumDpi))
         ->capture_default_str();
