@@ -235,6 +235,23 @@ bool isPlainLatin(std::u32string_view text) {
     return std::all_of(text.begin(), text.end(), [&](char32_t c) { return table.of(c) != BreakClass::other; });
 }
 
+namespace {
+
+/// Goes behind the letters at a place inside a word, and on over single spaces to further letters: there a line may end
+/// (LB18), and for what follows it is as if there was one word.
+std::size_t behindWords(std::u32string_view text, std::size_t at, std::vector<LineBreak>& breaks) {
+    const ClassTable& table = classTable();
+    const auto isLetter = [&](std::size_t i) { return i < text.size() && table.of(text[i]) == BreakClass::AL; };
+    while (true) {
+        while (isLetter(at))
+            ++at;
+        if (at >= text.size() || text[at] != U' ' || !isLetter(at + 1)) return at;
+        breaks[at++] = LineBreak::allowed;
+    }
+}
+
+}  // namespace
+
 void findLatinBreaks(std::u32string_view text, std::vector<LineBreak>& breaks) {
     breaks.assign(text.size(), LineBreak::none);
     if (text.empty()) return;
@@ -243,8 +260,7 @@ void findLatinBreaks(std::u32string_view text, std::vector<LineBreak>& breaks) {
     const auto classAt = [&](std::size_t i) { return i < text.size() ? table.of(text[i]) : BreakClass::other; };
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (breaker.isInWord()) {
-            while (i < text.size() && table.of(text[i]) == BreakClass::AL)
-                ++i;
+            i = behindWords(text, i, breaks);
             if (i == text.size()) return;
         }
         const LineBreak before = breaker.step(classAt(i), classAt(i + 1), classAt(i + 2));

@@ -60,6 +60,33 @@ float sumOfAdvances(std::span<const PlacedGlyph> glyphs) {
     return sum;
 }
 
+/// Advances of a piece of plain text, in thousandths of an em, summed up from its start; spaces at its end apart.
+struct PieceSums {
+    float all = 0, visible = 0, hanging = 0;
+    std::uint32_t hangingGlyphs = 0;
+
+    void add(float advance, bool isSpace) {
+        all += advance;
+        hanging = isSpace ? hanging + advance : 0;
+        hangingGlyphs = isSpace ? hangingGlyphs + 1 : 0;
+        if (!isSpace) visible = all;
+    }
+};
+
+/// A piece of which each character is one glyph, its widths not yet scaled.
+Piece pieceOf(std::size_t start, std::size_t limit, std::uint32_t style, const PieceSums& sums) {
+    Piece piece;
+    piece.start = static_cast<std::int32_t>(start);
+    piece.limit = static_cast<std::int32_t>(limit);
+    piece.firstGlyph = static_cast<std::uint32_t>(start);
+    piece.glyphCount = static_cast<std::uint32_t>(limit - start);
+    piece.hangingGlyphs = sums.hangingGlyphs;
+    piece.width = sums.visible;
+    piece.hangingWidth = sums.hanging;
+    piece.style = style;
+    return piece;
+}
+
 /// Those of the characters from `start` up to `limit`.
 std::span<const ShownText> within(std::span<const ShownText> shown, std::size_t start, std::size_t limit) {
     const auto isInFront = [](const ShownText& text, std::size_t position) { return text.position < position; };
@@ -104,13 +131,74 @@ void Paragraph::assign(std::u32string_view text, std::int32_t position, const st
         addOwnBreaks(text_, breaks_);
     }
     if (isChanged) keepCharactersWhole();
-    if (!isLatin || isChanged || !cutLatin()) cutMarked(isLatin);
+    if (!isLatin || isChanged || !(cutFromTables() || cutLatin())) cutMarked(isLatin);
     if (!pieces.empty() && pieces.back().breakAfter == LineBreak::mandatory) {
         // A forced line end closes the text: the paragraph ends in an empty line.
         const auto end = static_cast<std::int32_t>(text_.size());
         Piece& last = pieces.emplace_back(Piece{.start = end, .limit = end});
         last.style = pieces[pieces.size() - 2].style;
     }
+}
+
+void Paragraph::forgetPieces() {
+    pieces.clear();
+    glyphs.clear();
+    styles.clear();
+}
+
+/// Cuts and shapes text that is all plain Latin, a glyph a character: what `cutLatin` comes to where no word needs
+/// HarfBuzz. False when one does.
+bool Paragraph::cutFromTables() {
+    if (!shaper_.usesTables()) return false;
+    glyphs.resize(text_.size());
+    std::size_t start = 0;
+    for (const FormatSpan& span : spans_) {
+        const std::size_t limit = start + static_cast<std::size_t>(span.length);
+        if (!addFromTables(start, limit, styleIndex(styles_.of(*span.format)))) {
+            forgetPieces();
+            return false;
+        }
+        start = limit;
+    }
+    return true;
+}
+
+/// The same for the characters of one style. A pair that a space is part of keeps its distance when the tables can't
+/// say.
+bool Paragraph::addFromTables(std::size_t start, std::size_t limit, std::uint32_t style) {
+    if (start == limit) return true;
+    PairTable& table = styles[style].face->pairs();
+    const float scale = styles[style].scale();
+    if (styles[style].spread != 0) return false;
+    kernBorder(start, style);
+    PieceSums sums;
+    std::uint8_t slot = latinSlot(text_[start]);
+    for (std::size_t at = start; at < limit; ++at) {
+        if (slot == 0 || !table.isListed(slot)) return false;
+        const std::uint8_t next = at + 1 < limit ? latinSlot(text_[at + 1]) : 0;
+        const bool endsPiece = breaks_[at] != LineBreak::none || at + 1 == limit;
+        std::int16_t adjust = next != 0 ? table.pair(slot, next) : std::int16_t{0};
+        if (adjust == PairTable::unlisted) {
+            if (slot != U' ' && next != U' ' && !endsPiece) return false;
+            adjust = 0;
+        }
+        PlacedGlyph& glyph = glyphs[at];
+        glyph = {table.glyph(slot), table.advance(slot), 0, 0,
+                 static_cast<std::uint32_t>(position_) + static_cast<std::uint32_t>(at)};
+        if (!endsPiece) glyph.advance += adjust;
+        sums.add(glyph.advance, slot == U' ');
+        slot = next;
+        if (!endsPiece) continue;
+        if (at + 1 - start > longestPiece) return false;
+        pieces.push_back(pieceOf(start, at + 1, style, sums));
+        pieces.back().width *= scale;
+        pieces.back().hangingWidth *= scale;
+        pieces.back().kernAfter = adjust;
+        pieces.back().breakAfter = breaks_[at];
+        start = at + 1;
+        sums = {};
+    }
+    return true;
 }
 
 /// Cuts and shapes text that is all plain Latin. False when a font lacks a character.
@@ -192,9 +280,7 @@ bool Paragraph::addLatinPiece(std::size_t start, std::size_t limit, std::uint32_
         piece.limit = static_cast<std::int32_t>(std::min(limit, start + longestPiece));
         piece.style = style;
         if (!setLatin(piece)) {
-            pieces.clear();
-            glyphs.clear();
-            styles.clear();
+            forgetPieces();
             return false;
         }
         pieces.push_back(piece);

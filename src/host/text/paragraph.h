@@ -122,7 +122,11 @@ class Paragraph {
     [[nodiscard]] std::pair<Piece, Piece> cut(const Piece& whole, std::int32_t border);
     void reshape(Piece& piece);
 
-    // Text that is all plain Latin in fonts that have it.
+    // Text that is all plain Latin: in one pass where the tables of its fonts know all of it,
+    [[nodiscard]] bool cutFromTables();
+    [[nodiscard]] bool addFromTables(std::size_t start, std::size_t limit, std::uint32_t style);
+    void forgetPieces();
+    // else word by word.
     [[nodiscard]] bool cutLatin();
     [[nodiscard]] bool addLatinPiece(std::size_t start, std::size_t limit, std::uint32_t style);
     [[nodiscard]] bool setLatin(Piece& piece);

@@ -51,6 +51,7 @@ class Shaper {
  public:
     explicit Shaper(ShapingWays ways = {}) : ways_(ways) {}
 
+    [[nodiscard]] bool usesTables() const { return ways_.tables; }
     /// The face for a font and features, made on first use.
     [[nodiscard]] ShapeFace& face(const Font& font, const FontFeatures& features);
 
