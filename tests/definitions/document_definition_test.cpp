@@ -31,6 +31,7 @@ class FakeHost final : public DocumentHost {
     errorWord documentSaveAs(UIDRef, const std::string&) override { return 0; }
     errorWord documentSaveCopy(UIDRef, const std::string&) override { return 0; }
     errorWord documentRevert(UIDRef) override { return 0; }
+    errorWord documentRestore(UIDRef, const Document&) override { return 0; }
     errorWord documentClose(UIDRef) override { return ++closed, errorWord{0}; }
     bool documentHasWindow(UIDRef document) const override {
         return std::find(windows.begin(), windows.end(), document.database) != windows.end();
