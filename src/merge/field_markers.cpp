@@ -81,6 +81,12 @@ std::string linkNameOf(std::u32string_view name, std::int32_t& step) {
 
 }  // namespace
 
+void takeMarkerValue(const tagValueRec& value, markerValueRec& out) {
+    out.status = value.status;
+    if (value.extraction != nullptr) out.nodata = value.extraction->nodata;
+    if (value.bytes) appendValueText(out.text, value);
+}
+
 errorWord expandFieldMarkers(std::u32string& text, std::int32_t record, std::int32_t firstRecord,
                              const MarkerFetch& fetch, expandedMarkersRec& out, errorWord priorError) {
     out = {};

@@ -10,6 +10,7 @@
 
 #include "definitions/record_def.h"
 #include "engine/toolkit/types.h"
+#include "merge/tag_value.h"
 
 namespace tarnova {
 
@@ -19,6 +20,9 @@ struct markerValueRec {
     std::int16_t status = 0;  // fetchStatus
     std::int16_t nodata = 0;  // setting of the link
 };
+
+/// Takes over what a fetch gave for a marker's link.
+void takeMarkerValue(const tagValueRec& value, markerValueRec& out);
 
 /// Fetches the value of the link `name` (UTF-8) for a record by its position.
 using MarkerFetch = std::function<errorWord(std::string_view name, std::int32_t record, markerValueRec& out)>;

@@ -215,9 +215,7 @@ errorWord ZavoPullStoryCallback::fetchMarker(UIDRef story, std::string_view name
     tagValueRec its;
     its.recordNumber = record;
     const errorWord error = fetchAt(story, tag, its);
-    out.status = its.status;
-    if (its.extraction != nullptr) out.nodata = its.extraction->nodata;
-    if (its.bytes) appendValueText(out.text, its);
+    takeMarkerValue(its, out);
     return error;
 }
 

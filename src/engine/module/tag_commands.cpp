@@ -6,9 +6,12 @@
 #include "engine/module/command_rows.h"
 #include "engine/module/current_definition.h"
 #include "engine/module/front_document.h"
+#include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/text_encoding.h"
+#include "merge/field_markers.h"
+#include "merge/tag_value.h"
 #include "tags/tag_list.h"
 #include "tags/tag_manager.h"
 
@@ -182,6 +185,34 @@ std::int32_t collectLinkKeys(commandCall& call) {
     return commandDone;
 }
 
+errorWord fetchMarker(std::string_view name, std::int32_t record, std::uint16_t defaultSet, markerValueRec& out) {
+    tagDataRec tag{};
+    pstrFromView(tag.extractionRecordName, sizeof(tag.extractionRecordName), name);
+    tagValueRec value;
+    value.recordNumber = record;
+    const errorWord error = fetchForTag(tag, defaultSet, value, 0);
+    takeMarkerValue(value, out);
+    return error;
+}
+
+/// The record's number counts from 0 in the file.
+std::int32_t expandMarkers(commandCall& call) {
+    PMString* const text = call.item<PMString>(0);
+    if (text == nullptr) return commandFailed;
+    const auto record = static_cast<std::int32_t>(call.valueOr<std::uint32_t>(1, 0));
+    const auto defaultSet = call.valueOr<std::uint16_t>(2, defaultSetText);
+    std::u32string characters = utf8ToUtf32(text->view());
+    expandedMarkersRec markers;
+    const auto fetch = [defaultSet](std::string_view name, std::int32_t wanted, markerValueRec& out) {
+        return fetchMarker(name, wanted, defaultSet, out);
+    };
+    const errorWord error =
+        expandFieldMarkers(characters, record, appPrefs().hasHeaderRecord != 0 ? 1 : 0, fetch, markers, 0);
+    if (error != 0) return failWith(error, commandFailed);
+    if (markers.count > 0) text->edit() = utf32ToUtf8(characters);
+    return commandDone;
+}
+
 /// Does `action` with each of the listed items in one step that can be undone.
 std::int32_t forEachItem(const commandCall& call, std::string_view titleKey, const char* alertKey,
                          const std::function<bool(UIDRef)>& action) {
@@ -310,7 +341,8 @@ constexpr commandRow rows[] = {
     {583, "kKelvaneCmdRemoveTagFromSelection", any, second, removeTagFromItems, itemsArgs,
      "Takes the links off page items, in one step."},
     {1278, "kKelvaneCmdGetFrameLinkType", any, second, getFrameLinkType, linkTypeArgs, "Type of a frame's link."},
-    {1275, "kKelvaneCmdExpandFieldMarkers", any, second, nullptr, markerArgs, "Fills the field markers of a text."},
+    {1275, "kKelvaneCmdExpandFieldMarkers", any, second, expandMarkers, markerArgs,
+     "Fills the field markers of a text."},
     {548, "kKelvaneCmdHasLinks", any, second, hasLinks, hasLinksArgs, "Has a document any link?"},
     {568, "kKelvaneCmdCollectLinkKeys", any, second, collectLinkKeys, keysArgs, "The keys of a document's links."},
     {1233, "kKelvaneCmdConvertTags", price, second, nullptr, convertArgs, "Turns text tags into links and back."},
