@@ -1,13 +1,13 @@
 // Composition of a paragraph that changes with each record: our composer by its three ways, and Pango, in one run.
 
 #include <fmt/format.h>
-#include <pango/pangocairo.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <functional>
 #include <string>
 
+#include "bench/pango_paragraph.h"
+#include "bench/process.h"
 #include "host/text/composed_story.h"
 #include "host/text/story_flow.h"
 
@@ -39,15 +39,6 @@ std::u32string letterTo(int number) {
         }
     }
     return out;
-}
-
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& t) {
-        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 /// CPU microseconds of a paragraph; the best of some rounds.
@@ -82,29 +73,15 @@ double ourCost(ShapingWays ways, Alignment alignment) {
 }
 
 double pangoCost(bool justified) {
-    PangoFontMap* const map = pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT);
-    PangoContext* const context = pango_font_map_create_context(map);
-    pango_cairo_context_set_resolution(context, 72);
-    pango_context_set_round_glyph_positions(context, FALSE);
-    PangoLayout* const layout = pango_layout_new(context);
-    PangoFontDescription* const font = pango_font_description_from_string("Nimbus Sans, 10");
-    pango_layout_set_font_description(layout, font);
-    pango_layout_set_width(layout, static_cast<int>(columnWidthPt * PANGO_SCALE));
-    pango_layout_set_justify(layout, justified ? TRUE : FALSE);
-    const double cost = costOf([&](int number) {
+    PangoParagraph paragraph(columnWidthPt, justified);
+    return costOf([&](int number) {
         std::string text;
         for (char32_t c : letterTo(number)) {
             char bytes[6];
             text.append(bytes, static_cast<std::size_t>(g_unichar_to_utf8(c, bytes)));
         }
-        pango_layout_set_text(layout, text.c_str(), static_cast<int>(text.size()));
-        pango_layout_get_line_count(layout);
+        paragraph.set(text);
     });
-    pango_font_description_free(font);
-    g_object_unref(layout);
-    g_object_unref(context);
-    g_object_unref(map);
-    return cost;
 }
 
 void tell() {

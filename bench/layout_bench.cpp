@@ -1,7 +1,6 @@
 // Opening and saving a large layout: a catalogue with facing pages, each with frames, groups and text of its own.
 
 #include <fmt/format.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -9,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/process.h"
 #include "host/files/layout_file.h"
 
 namespace tarnova::bench {
@@ -17,15 +17,6 @@ namespace {
 constexpr int defaultPages = 1000;
 constexpr int rounds = 5;
 constexpr int articlesOfPage = 8;
-
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& t) {
-        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
 
 /// A picture's box with its label in a group, and a text with styles, runs and two links.
 std::string article(int page, int index) {

@@ -40,6 +40,12 @@ costRec runProgram(const std::vector<std::string>& arguments, const std::string&
             wall.count(), static_cast<double>(usage.ru_maxrss) / 1024};
 }
 
+double cpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
+}
+
 costRec bestOf(int runs, const std::vector<std::string>& arguments, const std::string& folder) {
     costRec best = runProgram(arguments, folder);
     for (int i = 1; i < runs && best.ran; ++i) {

@@ -1,4 +1,4 @@
-// Runs a program and tells what it cost.
+// Tells what programs cost, this one and those that it runs.
 
 #pragma once
 
@@ -13,6 +13,9 @@ struct costRec {
     double wallSeconds = 0;
     double peakMebibytes = 0;  // resident
 };
+
+/// What the program itself has cost so far, user and system.
+[[nodiscard]] double cpuSeconds();
 
 /// Runs `arguments` (the program first, found along PATH) in `folder`, its output thrown away.
 [[nodiscard]] costRec runProgram(const std::vector<std::string>& arguments, const std::string& folder);

@@ -2,8 +2,6 @@
 // composition through the edited paragraph; beside a plain string's insertion and Pango's layout of that paragraph.
 
 #include <fmt/format.h>
-#include <pango/pangocairo.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <functional>
@@ -11,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/pango_paragraph.h"
+#include "bench/process.h"
 #include "host/model/attribute_pool.h"
 #include "host/model/document_builder.h"
 #include "host/model/story_text.h"
@@ -25,15 +25,6 @@ constexpr std::size_t charactersOfFrame = 2800;  // one more frame for so many
 constexpr std::u32string_view sentence =
     U"Before the press starts its long run somebody reads the last proof once more, at a table by the window. ";
 constexpr int sentencesOfParagraph = 4;
-
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& t) {
-        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
 
 /// CPU microseconds of one of `count` edits; the best of some rounds.
 double costOf(int count, const std::function<void()>& edit) {
@@ -83,26 +74,14 @@ LongText makeStory(std::size_t characters) {
 
 /// Pango's layout of one paragraph that changes each time.
 double pangoCost() {
-    PangoFontMap* const map = pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT);
-    PangoContext* const context = pango_font_map_create_context(map);
-    pango_cairo_context_set_resolution(context, 72);
-    PangoLayout* const layout = pango_layout_new(context);
-    PangoFontDescription* const font = pango_font_description_from_string("Nimbus Sans, 10");
-    pango_layout_set_font_description(layout, font);
-    pango_layout_set_width(layout, static_cast<int>(columnWidthPt * PANGO_SCALE));
+    PangoParagraph paragraph(columnWidthPt);
     std::string text;
     for (int i = 0; i < sentencesOfParagraph; ++i)
         text.append(sentence.begin(), sentence.end());
-    const double cost = costOf(2000, [&] {
+    return costOf(2000, [&] {
         text[0] = text[0] == 'B' ? 'C' : 'B';
-        pango_layout_set_text(layout, text.c_str(), static_cast<int>(text.size()));
-        pango_layout_get_line_count(layout);
+        paragraph.set(text);
     });
-    pango_font_description_free(font);
-    g_object_unref(layout);
-    g_object_unref(context);
-    g_object_unref(map);
-    return cost;
 }
 
 void tellStory(std::size_t characters, double pango) {
