@@ -78,7 +78,6 @@ Piece pieceOf(std::size_t start, std::size_t limit, std::uint32_t style, const P
     Piece piece;
     piece.start = static_cast<std::int32_t>(start);
     piece.limit = static_cast<std::int32_t>(limit);
-    piece.firstGlyph = static_cast<std::uint32_t>(start);
     piece.glyphCount = static_cast<std::uint32_t>(limit - start);
     piece.hangingGlyphs = sums.hangingGlyphs;
     piece.width = sums.visible;
@@ -146,58 +145,56 @@ void Paragraph::forgetPieces() {
     styles.clear();
 }
 
-/// Cuts and shapes text that is all plain Latin, a glyph a character: what `cutLatin` comes to where no word needs
-/// HarfBuzz. False when one does.
+/// Cuts and shapes text that is all plain Latin and has no controls, most of it by tables. False when it has some or a
+/// font lacks a character.
 bool Paragraph::cutFromTables() {
-    if (!shaper_.usesTables()) return false;
-    glyphs.resize(text_.size());
+    const auto steers = [](char32_t c) { return c < U' ' || c == softHyphen || c == forcedLineEnd; };
+    if (!shaper_.usesTables() || std::any_of(text_.begin(), text_.end(), steers)) return false;
     std::size_t start = 0;
     for (const FormatSpan& span : spans_) {
         const std::size_t limit = start + static_cast<std::size_t>(span.length);
-        if (!addFromTables(start, limit, styleIndex(styles_.of(*span.format)))) {
-            forgetPieces();
-            return false;
+        const std::uint32_t style = styleIndex(styles_.of(*span.format));
+        while (start < limit) {
+            std::size_t last = start;
+            while (last + 1 < limit && breaks_[last] == LineBreak::none)
+                ++last;
+            if (!addFromTables(start, last + 1, style) && !addLatinPiece(start, last + 1, style)) return false;
+            closeUnit(breaks_[last]);
+            start = last + 1;
         }
-        start = limit;
     }
     return true;
 }
 
-/// The same for the characters of one style. A pair that a space is part of keeps its distance when the tables can't
-/// say.
+/// Adds a piece of which each character is one glyph. False when the tables can't say that of all of it. A pair that a
+/// space is part of then keeps its distance.
 bool Paragraph::addFromTables(std::size_t start, std::size_t limit, std::uint32_t style) {
-    if (start == limit) return true;
+    if (styles[style].spread != 0 || limit - start > longestPiece) return false;
     PairTable& table = styles[style].face->pairs();
-    const float scale = styles[style].scale();
-    if (styles[style].spread != 0) return false;
-    kernBorder(start, style);
+    const std::size_t firstGlyph = glyphs.size();
+    glyphs.resize(firstGlyph + (limit - start));
+    PlacedGlyph* glyph = glyphs.data() + firstGlyph;
     PieceSums sums;
     std::uint8_t slot = latinSlot(text_[start]);
-    for (std::size_t at = start; at < limit; ++at) {
-        if (slot == 0 || !table.isListed(slot)) return false;
+    for (std::size_t at = start; at < limit; ++at, ++glyph) {
         const std::uint8_t next = at + 1 < limit ? latinSlot(text_[at + 1]) : 0;
-        const bool endsPiece = breaks_[at] != LineBreak::none || at + 1 == limit;
         std::int16_t adjust = next != 0 ? table.pair(slot, next) : std::int16_t{0};
-        if (adjust == PairTable::unlisted) {
-            if (slot != U' ' && next != U' ' && !endsPiece) return false;
-            adjust = 0;
+        const bool byHarfBuzz = adjust == PairTable::unlisted && slot != U' ' && next != U' ';
+        if (slot == 0 || !table.isListed(slot) || byHarfBuzz) {
+            glyphs.resize(firstGlyph);
+            return false;
         }
-        PlacedGlyph& glyph = glyphs[at];
-        glyph = {table.glyph(slot), table.advance(slot), 0, 0,
-                 static_cast<std::uint32_t>(position_) + static_cast<std::uint32_t>(at)};
-        if (!endsPiece) glyph.advance += adjust;
-        sums.add(glyph.advance, slot == U' ');
+        if (adjust == PairTable::unlisted) adjust = 0;
+        *glyph = {table.glyph(slot), table.advance(slot) + adjust, 0, 0,
+                  static_cast<std::uint32_t>(position_) + static_cast<std::uint32_t>(at)};
+        sums.add(glyph->advance, slot == U' ');
         slot = next;
-        if (!endsPiece) continue;
-        if (at + 1 - start > longestPiece) return false;
-        pieces.push_back(pieceOf(start, at + 1, style, sums));
-        pieces.back().width *= scale;
-        pieces.back().hangingWidth *= scale;
-        pieces.back().kernAfter = adjust;
-        pieces.back().breakAfter = breaks_[at];
-        start = at + 1;
-        sums = {};
     }
+    kernBorder(start, style);
+    Piece& piece = pieces.emplace_back(pieceOf(start, limit, style, sums));
+    piece.firstGlyph = static_cast<std::uint32_t>(firstGlyph);
+    piece.width *= styles[style].scale();
+    piece.hangingWidth *= styles[style].scale();
     return true;
 }
 

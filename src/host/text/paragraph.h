@@ -122,7 +122,7 @@ class Paragraph {
     [[nodiscard]] std::pair<Piece, Piece> cut(const Piece& whole, std::int32_t border);
     void reshape(Piece& piece);
 
-    // Text that is all plain Latin: in one pass where the tables of its fonts know all of it,
+    // Text that is all plain Latin: by the tables of its fonts where it has no controls,
     [[nodiscard]] bool cutFromTables();
     [[nodiscard]] bool addFromTables(std::size_t start, std::size_t limit, std::uint32_t style);
     void forgetPieces();
