@@ -150,7 +150,8 @@ void Paragraph::forgetPieces() {
 bool Paragraph::cutFromTables() {
     const auto steers = [](char32_t c) { return c < U' ' || c == softHyphen || c == forcedLineEnd; };
     if (!shaper_.usesTables() || std::any_of(text_.begin(), text_.end(), steers)) return false;
-    std::size_t start = 0;
+    glyphs.resize(text_.size());  // room for what comes from tables; behind `count` nothing is set yet
+    std::size_t start = 0, count = 0;
     for (const FormatSpan& span : spans_) {
         const std::size_t limit = start + static_cast<std::size_t>(span.length);
         const std::uint32_t style = styleIndex(styles_.of(*span.format));
@@ -158,21 +159,27 @@ bool Paragraph::cutFromTables() {
             std::size_t last = start;
             while (last + 1 < limit && breaks_[last] == LineBreak::none)
                 ++last;
-            if (!addFromTables(start, last + 1, style) && !addLatinPiece(start, last + 1, style)) return false;
+            if (addFromTables(start, last + 1, style, count)) {
+                count += last + 1 - start;
+            } else {
+                glyphs.resize(count);
+                if (!addLatinPiece(start, last + 1, style)) return false;
+                count = glyphs.size();
+                glyphs.resize(count + (text_.size() - last - 1));
+            }
             closeUnit(breaks_[last]);
             start = last + 1;
         }
     }
+    glyphs.resize(count);
     return true;
 }
 
-/// Adds a piece of which each character is one glyph. False when the tables can't say that of all of it. A pair that a
-/// space is part of then keeps its distance.
-bool Paragraph::addFromTables(std::size_t start, std::size_t limit, std::uint32_t style) {
+/// Adds a piece of which each character is one glyph, from `firstGlyph` on, where there is room. False when the tables
+/// can't say that of all of it. A pair that a space is part of then keeps its distance.
+bool Paragraph::addFromTables(std::size_t start, std::size_t limit, std::uint32_t style, std::size_t firstGlyph) {
     if (styles[style].spread != 0 || limit - start > longestPiece) return false;
     PairTable& table = styles[style].face->pairs();
-    const std::size_t firstGlyph = glyphs.size();
-    glyphs.resize(firstGlyph + (limit - start));
     PlacedGlyph* glyph = glyphs.data() + firstGlyph;
     PieceSums sums;
     std::uint8_t slot = latinSlot(text_[start]);
@@ -180,10 +187,7 @@ bool Paragraph::addFromTables(std::size_t start, std::size_t limit, std::uint32_
         const std::uint8_t next = at + 1 < limit ? latinSlot(text_[at + 1]) : 0;
         std::int16_t adjust = next != 0 ? table.pair(slot, next) : std::int16_t{0};
         const bool byHarfBuzz = adjust == PairTable::unlisted && slot != U' ' && next != U' ';
-        if (slot == 0 || !table.isListed(slot) || byHarfBuzz) {
-            glyphs.resize(firstGlyph);
-            return false;
-        }
+        if (slot == 0 || !table.isListed(slot) || byHarfBuzz) return false;
         if (adjust == PairTable::unlisted) adjust = 0;
         *glyph = {table.glyph(slot), table.advance(slot) + adjust, 0, 0,
                   static_cast<std::uint32_t>(position_) + static_cast<std::uint32_t>(at)};

@@ -124,7 +124,7 @@ class Paragraph {
 
     // Text that is all plain Latin: by the tables of its fonts where it has no controls,
     [[nodiscard]] bool cutFromTables();
-    [[nodiscard]] bool addFromTables(std::size_t start, std::size_t limit, std::uint32_t style);
+    [[nodiscard]] bool addFromTables(std::size_t start, std::size_t limit, std::uint32_t style, std::size_t firstGlyph);
     void forgetPieces();
     // else word by word.
     [[nodiscard]] bool cutLatin();
