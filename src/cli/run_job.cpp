@@ -19,7 +19,7 @@
 namespace tarnova {
 namespace {
 
-constexpr std::uint32_t pagesOfChunk = 64;  // keeps what a chunk needs in the processor's cache
+constexpr std::uint32_t pagesOfChunk = 32;  // keeps what a chunk needs in the processor's cache
 
 std::string makeTemporaryFolder() {
     std::error_code failure;
