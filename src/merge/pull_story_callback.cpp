@@ -81,6 +81,7 @@ bool ZavoPullStoryCallback::TagIsMine(UIDRef story, const TagAttribute& attribut
     value = tagValueRec{};
     keepMode = false;
     deleteMode = false;
+    tagIsGone = false;
     deleteLine = deletelineNothing;
     auto& error = session().engineError;
     error = tagRecordDecode(attribute.data(), &tagRec, nullptr, nullptr, error);
@@ -98,7 +99,7 @@ std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
         if (error == 0) decideAction();
         error = replaceRun(story, error);
     }
-    if (isPriceRun()) linkKeys.pass(placeOfTag(story), tagRec);
+    if (isPriceRun() && !tagIsGone) linkKeys.pass(placeOfTag(story), tagRec);
     value = tagValueRec{};
     position = tagStart + tagLength;
     return 0;
@@ -132,6 +133,7 @@ errorWord ZavoPullStoryCallback::trimTag(UIDRef story, bool& isMerged) {
     const std::size_t first = text.find_first_not_of(white);
     if (first == text.npos) {
         isMerged = false;
+        tagIsGone = true;
         return removeTag(story);
     }
     const auto lead = static_cast<std::int32_t>(first);
@@ -310,6 +312,7 @@ errorWord ZavoPullStoryCallback::replaceByPrice(UIDRef story) {
 }
 
 errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {
+    tagIsGone = true;
     errorWord error = removeTag(story);
     if (error == 0) error = replaceTagText(story, {}, true);
     if (error != 0) return error;

@@ -70,6 +70,7 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     tagValueRec value;
     bool keepMode = false;    // a value replaces the run
     bool deleteMode = false;  // the run goes, for want of data
+    bool tagIsGone = false;   // taken off its text, which is no link to others any more
     std::int16_t deleteLine = 0;
     bool lockedLink = false;
     std::u32string newText;  // the value as characters; its room is used again

@@ -53,6 +53,14 @@ TEST_F(LinkKeyTest, AreTheirOwnOrThoseOfOthers) {
     }
 }
 
+TEST_F(LinkKeyTest, AreNotThoseOfLinksThatWereDeleted) {
+    useData("Key,Price,Name\nA1,10,a\nB2,20,\n");
+    link("Name").nodata = nodataDelete;
+    link("Price").magicKeyNumbers[0] = keyTypeKeyBefore;
+    useTemplate("{A1:Key} {B2:Name} {x:Price}");
+    EXPECT_EQ(priced(), "A1  10");
+}
+
 TEST_F(LinkKeyTest, LoseTheBlanksOfTheirTextButNotTheText) {
     useData("Key,Price\nA1,10\n");
     appPrefs().trimTagText = 1;
