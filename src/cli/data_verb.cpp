@@ -97,19 +97,6 @@ int readOptions(const dataVerbRec& options, quickSetupKnown& known) {
     return exitUsage;
 }
 
-int chooseKeyField(const dataVerbRec& options, recordDefRec& definition) {
-    if (options.keyField.empty()) return exitDone;
-    Str31 name;
-    pstrSet(name, options.keyField);
-    if (fieldNumberOf(definition, name) < 0) {
-        sayError(fmt::format("{}: no field \"{}\"; `tarnova data inspect` lists the fields", options.path,
-                             options.keyField));
-        return exitFailed;
-    }
-    pstrCopy(definition.keyField, name);
-    return exitDone;
-}
-
 // Finds out how the file is read and makes a definition of it the current one.
 int recognize(const dataVerbRec& options, dataFileRec& data) {
     quickSetupKnown known;
@@ -122,7 +109,7 @@ int recognize(const dataVerbRec& options, dataFileRec& data) {
     choices.detectLineEnd = false;
     data.definition = defineData(options.path, data.analysis, choices);
     if (data.definition == nullptr) return exitFailed;
-    if (const int status = chooseKeyField(options, *data.definition); status != exitDone) return status;
+    if (!chooseKeyField(*data.definition, options.keyField, options.path)) return exitFailed;
     return useDefinition(*data.definition, options.path, !options.noHeader) ? exitDone : exitFailed;
 }
 

@@ -18,6 +18,7 @@
 #include "engine/toolkit/text_encoding.h"
 #include "host/files/layout_file.h"
 #include "host/text/composer.h"
+#include "merge/keyword_links.h"
 #include "tags/link_names.h"
 
 namespace tarnova {
@@ -86,6 +87,16 @@ recordDefRec* definitionOfFirstLine(const dataChoiceRec& choice) {
     if (error == 0 && !analysis.cancelled) return defineData(choice.dataPath, analysis, choicesForPeople());
     sayError(fmt::format("{}: {}", choice.dataPath, error != 0 ? takeErrorText(error) : "not a text file"));
     return nullptr;
+}
+
+/// The link of a name; null when there is none. With `keywordsToo` one that is a keyword is made.
+extractionRec* linkOf(recordDefRec& definition, std::string_view name, bool keywordsToo) {
+    extractionRec asKeyword{};
+    pstrFromView(asKeyword.name, sizeof(asKeyword.name), name);
+    extractionRec* record = nullptr;
+    if (findExtraction(&definition, asKeyword.name, record, 0) == 0 && record != nullptr) return record;
+    if (!keywordsToo || !keywordOf(asKeyword)) return nullptr;
+    return insertExtraction(*session().currentDefSet, definition, asKeyword.name, record, 0) == 0 ? record : nullptr;
 }
 
 }  // namespace
@@ -161,18 +172,28 @@ bool selectData(const dataChoiceRec& choice) {
     } else if (const recordDefSetRec* const set = readDdf(choice.ddfPath)) {
         definition = definitionOfDdf(choice, *set);
     }
-    return definition != nullptr && useDefinition(*definition, choice.dataPath, choice.hasHeader);
+    return definition != nullptr && chooseKeyField(*definition, choice.keyField, choice.dataPath) &&
+           useDefinition(*definition, choice.dataPath, choice.hasHeader);
+}
+
+bool chooseKeyField(recordDefRec& definition, const std::string& keyField, const std::string& dataPath) {
+    if (keyField.empty()) return true;
+    Str31 name;
+    pstrFromView(name, sizeof(name), keyField);
+    if (fieldNumberOf(definition, name) < 0) {
+        sayError(fmt::format("{}: no field \"{}\"; `tarnova data inspect` lists the fields", dataPath, keyField));
+        return false;
+    }
+    pstrCopy(definition.keyField, name);
+    return true;
 }
 
 bool linksAreDefined(DocumentModel& layout, const std::string& layoutPath, const dataChoiceRec& choice) {
     if (reselectCurrentRecordDef(0) != 0 || session().currentRecordDef == nullptr) return false;
-    const recordDefRec* const definition = session().currentRecordDef;
+    recordDefRec* const definition = session().currentRecordDef;
     bool good = true;
     for (const std::string& name : linkNamesOf(layout.ref())) {
-        Str255 link;
-        pstrFromView(link, sizeof(link), name);
-        extractionRec* record = nullptr;
-        if (findExtraction(definition, link, record, 0) == 0 && record != nullptr) continue;
+        if (linkOf(*definition, name, choice.ddfPath.empty()) != nullptr) continue;
         sayError(fmt::format("{}: the link \"{}\" isn't in the definition of {}", layoutPath, name,
                              choice.ddfPath.empty() ? choice.dataPath : choice.ddfPath));
         good = false;

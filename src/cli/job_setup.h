@@ -10,7 +10,6 @@
 #include "engine/toolkit/types.h"
 #include "host/model/document_model.h"
 
-
 namespace CLI {
 class App;
 }
@@ -24,6 +23,7 @@ struct dataChoiceRec {
     std::string dataPath;
     std::string ddfPath;         // empty: the definition comes from the data's first line
     std::string definitionName;  // empty: the only one of the DDF
+    std::string keyField;        // the field that holds a record's key; empty: the definition's own
     bool hasHeader = true;
 };
 
@@ -39,8 +39,11 @@ struct dataChoiceRec {
 /// False after telling why on standard error.
 [[nodiscard]] bool useDefinition(recordDefRec& definition, const std::string& dataPath, bool hasHeader);
 
+/// False after telling that the definition has no such field, and `dataPath` with it. An empty name changes nothing.
+[[nodiscard]] bool chooseKeyField(recordDefRec& definition, const std::string& keyField, const std::string& dataPath);
+
 /// False after telling of links of the layout whose name the current definition doesn't have: such a link would end a
-/// run at its first page.
+/// run at its first page. A definition that was made of the data's first line gets the links whose names are keywords.
 [[nodiscard]] bool linksAreDefined(DocumentModel& layout, const std::string& layoutPath, const dataChoiceRec& choice);
 
 /// Adds --data, --ddf, --definition and --no-header to a verb.

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 
 #include "cli/interrupt.h"
@@ -13,7 +12,6 @@
 #include "cli/verb.h"
 #include "engine/run/start_run.h"
 #include "engine/session/session.h"
-#include "host/files/layout_file.h"
 
 namespace tarnova {
 namespace {
@@ -24,20 +22,6 @@ struct proofOptionsRec {
     dataChoiceRec data;
 };
 
-bool writeProof(DocumentModel& layout, const std::string& path) {
-    std::int32_t pages = 0;
-    std::string error;
-    if (std::filesystem::path(path).extension() != ".tvd") {
-        if (exportPages(layout, path, "", pages, error)) return true;
-    } else {
-        layoutError saveError;
-        if (saveLayout(layout, path, saveError)) return true;
-        error = saveError.message;
-    }
-    sayError(fmt::format("{}: {}", path, error));
-    return false;
-}
-
 void runProof(const proofOptionsRec& options, verbContext& context) {
     context.exitStatus = exitFailed;
     RunJob job;
@@ -47,7 +31,7 @@ void runProof(const proofOptionsRec& options, verbContext& context) {
     appPrefs().mergeRunType = mergeRunProof;
     const bool done = job.runStarted(startMergeRun(0, false));
     if (wasInterrupted()) context.exitStatus = exitInterrupted;
-    if (!done || !writeProof(*layout, options.outputPath)) return;
+    if (!done || !writeOutput(*layout, options.outputPath)) return;
     fmt::print("{}: {} link{} shown\n", options.outputPath, session().allLinkCount,
                session().allLinkCount == 1 ? "" : "s");
     if (defined) context.exitStatus = exitDone;

@@ -12,6 +12,7 @@
 #include "cli/pdf_choice.h"
 #include "cli/render_verb.h"
 #include "cli/verb.h"
+#include "host/files/layout_file.h"
 #include "host/render/page_path.h"
 #include "host/render/page_range.h"
 #include "host/render/png_output.h"
@@ -121,11 +122,21 @@ constexpr outputKindRec outputKinds[] = {
     {".pdf", renderPdf}, {".ps", renderPostScript}, {".png", renderPng}, {".svg", renderSvg}, {".eps", renderEps},
 };
 
-void runRender(const renderOptionsRec& options, verbContext& context) {
-    const std::string extension = std::filesystem::path(options.outputPath).extension().string();
+/// By the extension of the output's name; null for another one.
+const outputKindRec* outputKindOf(const std::string& path) {
+    const std::string extension = std::filesystem::path(path).extension().string();
     const auto* const kind = std::find_if(std::begin(outputKinds), std::end(outputKinds),
                                           [&](const outputKindRec& known) { return known.extension == extension; });
-    if (kind == std::end(outputKinds)) {
+    return kind == std::end(outputKinds) ? nullptr : kind;
+}
+
+bool isLayoutName(const std::string& path) {
+    return std::filesystem::path(path).extension() == ".tvd";
+}
+
+void runRender(const renderOptionsRec& options, verbContext& context) {
+    const outputKindRec* const kind = outputKindOf(options.outputPath);
+    if (kind == nullptr) {
         return failVerb(
             context, fmt::format("{}: the output's name must end in .pdf, .ps, .png, .svg or .eps", options.outputPath),
             exitUsage);
@@ -156,10 +167,8 @@ bool exportPages(const DocumentModel& layout, const std::string& path, const std
     renderOptionsRec options;
     options.outputPath = path;
     options.pages = pageRange;
-    const std::string extension = std::filesystem::path(path).extension().string();
-    const auto* const kind = std::find_if(std::begin(outputKinds), std::end(outputKinds),
-                                          [&](const outputKindRec& known) { return known.extension == extension; });
-    if (kind == std::end(outputKinds)) {
+    const outputKindRec* const kind = outputKindOf(path);
+    if (kind == nullptr) {
         error = "the output's name must end in .pdf, .ps, .png, .svg or .eps";
         return false;
     }
@@ -170,6 +179,27 @@ bool exportPages(const DocumentModel& layout, const std::string& path, const std
     error = job.error;
     pageCount = static_cast<std::int32_t>(pages.size());
     return good;
+}
+
+bool outputFits(const std::string& path, verbContext& context) {
+    if (isLayoutName(path) || outputKindOf(path) != nullptr) return true;
+    failVerb(context, fmt::format("{}: the output's name must end in .tvd, .pdf, .ps, .png, .svg or .eps", path),
+             exitUsage);
+    return false;
+}
+
+bool writeOutput(DocumentModel& layout, const std::string& path) {
+    std::int32_t pages = 0;
+    std::string error;
+    if (!isLayoutName(path)) {
+        if (exportPages(layout, path, "", pages, error)) return true;
+    } else {
+        layoutError saveError;
+        if (saveLayout(layout, path, saveError)) return true;
+        error = saveError.message;
+    }
+    sayError(fmt::format("{}: {}", path, error));
+    return false;
 }
 
 void addRenderVerb(CLI::App& app, verbContext& context) {

@@ -28,6 +28,13 @@ std::string makeTemporaryFolder() {
     return failure || mkdtemp(pattern.data()) == nullptr ? std::string() : pattern;
 }
 
+constexpr std::uint32_t commandStartPriceRun = 562;
+
+/// Whether the last run came to its end.
+bool ended() {
+    return session().jobFailed == 0 && session().jobCancelled == 0;
+}
+
 int shownErrors() {
     const auto* const alerts = dynamic_cast<const ConsoleAlerts*>(&alertService());
     return alerts == nullptr ? 0 : alerts->errorCount();
@@ -78,15 +85,26 @@ bool RunJob::send(EngineCommand& command) {
     return status == 0;
 }
 
+bool RunJob::send(std::uint32_t command) {
+    EngineCommand bare(command);
+    return send(bare);
+}
+
 bool RunJob::run(std::uint32_t command) {
-    EngineCommand start(command);
-    return send(start) && push();
+    return send(command) && push();
 }
 
 bool RunJob::runStarted(errorWord error) {
     session().engineError = error;
     surfaceError();
     return runIsActive() && push();
+}
+
+bool RunJob::runPrice() {
+    if (!send(commandStartPriceRun)) return false;
+    while (session().priceStart != 0 || session().engineError != 0)
+        idleStep();  // the walk shows how far it is
+    return ended();
 }
 
 bool RunJob::push() {
@@ -98,7 +116,7 @@ bool RunJob::push() {
         statusDialog(title, static_cast<int>(std::max(session().jobPercent, 1U)), shows, false, 0);
     }
     statusDialog(title, -1, shows, false, 0);
-    return session().jobFailed == 0 && session().jobCancelled == 0;
+    return ended();
 }
 
 }  // namespace tarnova

@@ -23,11 +23,15 @@ class RunJob {
 
     /// Runs a command. False after telling why it was refused.
     [[nodiscard]] bool send(EngineCommand& command);
+    /// The same for a command without items.
+    [[nodiscard]] bool send(std::uint32_t command);
     /// Starts an armed run by its command and pushes it to its end. False when it failed, was refused or was stopped;
     /// what went wrong is told by then.
     [[nodiscard]] bool run(std::uint32_t command);
     /// The same for a run that was started already; `error` is that of its start.
     [[nodiscard]] bool runStarted(errorWord error);
+    /// Starts a price run that was armed, and pushes it to its end.
+    [[nodiscard]] bool runPrice();
 
  private:
     [[nodiscard]] bool push();

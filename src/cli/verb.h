@@ -28,6 +28,7 @@ void addJsonFlag(CLI::App& verb, bool& json);
 
 // Each adds its verbs (with help and an example) to the program.
 void addMergeVerb(CLI::App& app, verbContext& context);
+void addPriceVerb(CLI::App& app, verbContext& context);
 void addProofVerb(CLI::App& app, verbContext& context);
 void addRenderVerb(CLI::App& app, verbContext& context);
 void addDataVerb(CLI::App& app, verbContext& context);

@@ -11,6 +11,7 @@
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/text_encoding.h"
 #include "merge/keyword_links.h"
+#include "merge/link_report.h"
 #include "merge/price_layout.h"
 #include "output/build_tables.h"
 #include "tags/tag_attribute.h"
@@ -97,7 +98,7 @@ std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
         error = chooseRecord(story, error);
         error = prepareValue(story, error);
         if (error == 0) decideAction();
-        error = replaceRun(story, error);
+        error = linkReport().isOn ? replaceAndReport(story, error) : replaceRun(story, error);
     }
     if (isPriceRun() && !tagIsGone) linkKeys.pass(placeOfTag(story), tagRec);
     value = tagValueRec{};
@@ -289,6 +290,26 @@ void ZavoPullStoryCallback::refuseTag() {
     run.runResult = runRefusedTag;
     ++run.badTagCount;
     *cancel |= 1;
+}
+
+/// Replaces the run and tells what became of its text.
+errorWord ZavoPullStoryCallback::replaceAndReport(UIDRef story, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    const auto runText = [&] { return story.database->textRead(story.uid, tagStart, tagLength - tagTail); };
+    linkReportRec link{tagRec, story};
+    link.pageEntry = pageEntryOfTag(story);
+    link.locked = lockedLink;
+    // A keyword needs no record.
+    const bool isKeyword = value.extraction != nullptr && keywordOf(*value.extraction);
+    link.status = isKeyword ? fetchFound : value.status;
+    link.oldText = runText();
+    const errorWord error = replaceRun(story, 0);
+    if (error != 0) return error;
+    if (!tagIsGone) link.newText = runText();
+    const bool isSame = link.oldText == link.newText;
+    link.state = tagIsGone ? LinkState::deleted : isSame ? LinkState::unchanged : LinkState::changed;
+    reportLink(link);
+    return 0;
 }
 
 errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) {

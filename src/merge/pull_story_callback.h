@@ -46,6 +46,7 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     void decideAction();
     void refuseTag();
     errorWord replaceRun(UIDRef story, errorWord priorError);
+    errorWord replaceAndReport(UIDRef story, errorWord priorError);
     errorWord replaceByPrice(UIDRef story);
     errorWord deleteRun(UIDRef story);
     void queueParagraph(UIDRef story, std::int32_t atPosition, bool unconditional);

@@ -12,13 +12,16 @@ namespace tarnova {
 namespace {
 
 int runProgram(int argumentCount, char** arguments) {
-    CLI::App app{"Tarnova pours data into page layouts: merge records, draw pages, look at data and definitions."};
+    CLI::App app{
+        "Tarnova pours data into page layouts: merge records, update prices, draw pages, look at data and "
+        "definitions."};
     app.name("tarnova");
     app.set_version_flag("--version", "tarnova " TARNOVA_VERSION);
     app.require_subcommand(0, 1);
     app.footer("Each verb has its own help: tarnova merge --help");
     verbContext context;
     addMergeVerb(app, context);
+    addPriceVerb(app, context);
     addProofVerb(app, context);
     addRenderVerb(app, context);
     addDataVerb(app, context);

@@ -11,6 +11,7 @@
 #include "engine/toolkit/messages.h"
 #include "merge/first_on_links.h"
 #include "merge/keyword_links.h"
+#include "merge/link_report.h"
 #include "merge/pull_story_callback.h"
 #include "merge/tag_value.h"
 
@@ -18,6 +19,11 @@ namespace tarnova {
 namespace {
 
 constexpr errorWord errRuleRefusedLink = 357;
+
+// What is said of a document at its end.
+constexpr errorWord messageNoData = 120;
+constexpr errorWord messageProblems = 121;
+constexpr errorWord messageNoValue = 122;
 
 /// The session as it is while a document is priced.
 class PriceScope {
@@ -27,13 +33,16 @@ class PriceScope {
         run.inRun = 1;
         run.engineRunType = engineRunPrice;
         run.mergeOn = 1;
+        run.skipFirst = appPrefs().hasHeaderRecord;
         run.changedFrames = UIDList{document.database, {}};
         run.deferredItems = UIDList{document.database, {}};
         keywordFreeze(document);
         startFirstOnTracker(document);
+        startLinkReport();
     }
     ~PriceScope() {
         auto& run = session();
+        endLinkReport();
         endFirstOnTracker();
         keywordThaw();
         run.changedFrames.reset();
@@ -56,21 +65,28 @@ errorWord openPriceData() {
     return error == 0 && source == nullptr ? errNoDataFileSet : error;
 }
 
-/// The text pass over the user's page range.
-void priceTexts(UIDRef document, std::uint16_t& cancel) {
-    auto& run = session();
+std::int32_t walkPrices(UIDRef document, IStoryCallback* texts, std::int32_t* outTextCount, std::uint16_t& cancel) {
+    const auto& run = session();
     const appPrefsRec& prefs = appPrefs();
+    const WalkScope scope = prefs.processScope > 0 ? WalkScope::everything : WalkScope::pagesOnly;
+    return walkDocument(*document.database, nullptr, texts, run.walkFirstPage, run.walkLastPage, scope,
+                        prefs.skipHiddenLayers != 0, prefs.skipPasteboard != 0, nullptr, outTextCount, &cancel, false);
+}
+
+/// The text pass over the user's page range. With progress, a walk in front counts the characters.
+void priceTexts(UIDRef document, std::uint16_t& cancel) {
+    const bool showProgress = appPrefs().showProgress != 0;
+    std::int32_t characters = 0;
+    if (showProgress) walkPrices(document, nullptr, &characters, cancel);
     std::uint16_t changed = 0;
     ZavoPullStoryCallback texts(
-        prefs.showProgress != 0 ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{},
-        &changed);
+        showProgress ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{}, &changed);
     if (texts.GetInitError() != 0) {
         cancel |= 1;
         return;
     }
-    const WalkScope scope = prefs.processScope > 0 ? WalkScope::everything : WalkScope::pagesOnly;
-    walkDocument(*document.database, nullptr, &texts, run.walkFirstPage, run.walkLastPage, scope,
-                 prefs.skipHiddenLayers != 0, prefs.skipPasteboard != 0, nullptr, nullptr, &cancel, false);
+    texts.SetTotal(characters);
+    walkPrices(document, &texts, nullptr, cancel);
 }
 
 /// Links that need the finished layout wait for the second round.
@@ -85,6 +101,30 @@ void priceRounds(UIDRef document, std::uint16_t& cancel) {
     run.secondRound = 0;
 }
 
+priceSummaryRec& priceSummary() {
+    static priceSummaryRec summary;
+    return summary;
+}
+
+errorWord messageOfStatus(std::int16_t status) {
+    switch (status) {
+        case fetchFound:
+            return 0;
+        case fetchNoData:
+            return messageNoData;
+        case fetchNoMatch:
+        case fetchBadTag:
+            return messageNoValue;
+        default:
+            return messageProblems;
+    }
+}
+
+void summarize() {
+    const linkCountsRec& counts = linkReport().counts;
+    priceSummary() = {counts.lowestStatus, counts.lowestText, messageOfStatus(counts.lowestStatus)};
+}
+
 void clearPriceRun() {
     auto& run = session();
     run.priceStart = run.priceActive = run.priceBatch = 0;
@@ -94,6 +134,10 @@ void clearPriceRun() {
 }
 
 }  // namespace
+
+const priceSummaryRec& lastPriceSummary() {
+    return priceSummary();
+}
 
 bool startPriceRun(UIDRef document) {
     resetRunLists();
@@ -117,9 +161,10 @@ errorWord priceStep(errorWord priorError) {
     std::uint16_t cancel = 0;
     bool done = false;
     const errorWord error = priceDocument(document, false, cancel, done, priorError);
-    run.jobFailed = done ? 0 : 1;
+    run.jobFailed = error == 0 ? 0 : 1;
     run.jobCancelled = cancel != 0 ? 1 : 0;
     dataSourceCloseAll();
+    if (error == 0 && cancel == 0) reportError(nullptr, priceSummary().message);
     if (run.ruleRefusedLink != 0) reportError(nullptr, errRuleRefusedLink);
     run.ruleRefusedLink = 0;
     clearPriceRun();
@@ -130,6 +175,7 @@ errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel,
     done = false;
     if (priorError != 0) return priorError;
     if (document.database == nullptr) return openedFile ? errNoDocumentOpen : errNoDocument;
+    priceSummary() = {};
     auto& run = session();
     const PriceScope scope(document);
     errorWord error = openPriceData();
@@ -142,7 +188,8 @@ errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel,
     priceRounds(document, cancel);
     document.database->EndCommandSequence();
     error = run.engineError;
-    done = error == 0 && cancel == 0 && run.runResult >= 0;
+    summarize();
+    done = error == 0 && cancel == 0 && priceSummary().status >= 0;
     if (error == 0) document.database->composeDocument();
     return error;
 }
