@@ -115,10 +115,16 @@ struct ItemShape {
 
 /// A picture in its frame: what was placed, in its own coordinates. Immutable, shared by copies.
 struct PlacedGraphic {
-    std::string filePath;
-    PMRect bounds;
-    std::int32_t pdfPage = 0;  // of a PDF file, from 0
+    std::string filePath;                         // UTF-8; a relative one counts from the folder of the document
+    std::shared_ptr<const std::string> embedded;  // a picture file that the document holds; then there is no path
+    PMRect bounds;                                // the whole picture fills them
+    std::int32_t pdfPage = 0;                     // of a PDF file, from 0
+    std::uint32_t pdfCrop = 3;                    // a host crop value
+    bool pdfTransparent = true;                   // false: a PDF page lies on a white ground
+    std::int64_t fileTime = 0;                    // of the file as it was placed: nanoseconds since 1970 of its change
+    std::int64_t fileSize = -1;                   // bytes; -1: not known
     clipSettingsRec clip;
+    std::vector<SubPath> clipPath;  // what the clip leaves visible (even-odd); empty: all
 };
 
 struct PageItem {
