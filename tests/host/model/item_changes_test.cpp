@@ -244,8 +244,11 @@ class Pictures : public ::testing::Test {
         frame = builder.addRectangle(page, {10, 20, 110, 70}, {});
         PageItem item;
         item.itemClass = ItemClass::graphic;
-        item.graphic =
-            std::make_shared<PlacedGraphic>(PlacedGraphic{.filePath = "a.tif", .bounds = {0, 0, 40, 40}, .pdfPage = 2});
+        PlacedGraphic graphic;
+        graphic.filePath = "a.tif";
+        graphic.bounds = {0, 0, 40, 40};
+        graphic.pdfPage = 2;
+        item.graphic = std::make_shared<PlacedGraphic>(graphic);
         picture = builder.addItem(frame, item);
         document = builder.finish();
     }
