@@ -69,6 +69,9 @@ RunJob::RunJob() : folder(makeTemporaryFolder()), userFolder(session().dataFolde
     // Positions behind the last record stay blank: unused labels of a sheet carry no text.
     appPrefs().textDefaults.endOfFile.string[0] = 0;
     appPrefs().textDefaults.stackPad.string[0] = 0;
+    appPrefs().pictureDefaults.endOfFile.string[0] = 0;
+    appPrefs().pictureDefaults.stackPad.string[0] = 0;
+    appPrefs().promptMissingAssets = 0;  // told at the end, with how many there are
     appPrefs().showProgress = isatty(STDERR_FILENO) != 0 ? 1 : 0;
 }
 

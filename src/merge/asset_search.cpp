@@ -14,6 +14,8 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view documentExtensions[] = {"indd", "gp", "tvd"};
 
+std::uint64_t foldersRead = 0;
+
 bool isFile(const std::string& path) {
     return fileIsPlain(path.c_str()) != 0;
 }
@@ -29,12 +31,7 @@ std::string withSlashes(std::string name) {
 }
 
 std::uint32_t kindOfFile(const std::string& path, bool generated) {
-    const IDFile file(path);
-    const std::string_view extension = file.extension();
-    const bool isDocument =
-        std::any_of(std::begin(documentExtensions), std::end(documentExtensions),
-                    [extension](std::string_view known) { return ascii::equalNoCase(known, extension); });
-    return isDocument ? assetKindDocument : generated ? assetKindGenerated : assetKindFile;
+    return generated ? assetKindGenerated : kindOfAsset(path);
 }
 
 /// The one place that a name from the root, with a drive or beside the document stands for; empty for any other name.
@@ -106,16 +103,16 @@ assetMemoRec lookAt(const assetSearchRec& search, const std::string& place) {
     return asset;
 }
 
-/// A name that names one place is looked at anew each time: that costs no search.
+/// A name that names one place is looked at anew each time, which costs no search; only a file that the user chose in
+/// its stead is remembered.
 assetMemoRec resolve(const assetSearchRec& search) {
     auto& memo = session().assetMemo;
     const bool usesMemo = search.useMemo && session().engineMode == modeMerge;
     const std::string place = placeOf(search);
-    if (usesMemo && place.empty()) {
-        const auto known = memo.find(search.name);
-        if (known != memo.end()) return known->second;
-    }
+    const auto known = usesMemo ? memo.find(search.name) : memo.end();
+    if (known != memo.end() && place.empty()) return known->second;
     assetMemoRec asset = place.empty() ? searchStages(search) : lookAt(search, place);
+    if (known != memo.end() && asset.assetPath.empty()) return known->second;
     asset.assetEncoding = search.encoding;
     if (usesMemo) memo[search.name] = asset;
     return asset;
@@ -123,15 +120,37 @@ assetMemoRec resolve(const assetSearchRec& search) {
 
 }  // namespace
 
+std::uint32_t kindOfAsset(const std::string& path) {
+    const IDFile file(path);
+    const std::string_view extension = file.extension();
+    const bool isDocument =
+        std::any_of(std::begin(documentExtensions), std::end(documentExtensions),
+                    [extension](std::string_view known) { return ascii::equalNoCase(known, extension); });
+    return isDocument ? assetKindDocument : assetKindFile;
+}
+
+void rememberAsset(const std::string& name, const std::string& path) {
+    assetMemoRec& entry = session().assetMemo[name];
+    entry.assetPath.set(path);
+    entry.assetKind = kindOfAsset(path);
+}
+
+std::uint64_t assetFoldersRead() {
+    return foldersRead;
+}
+
 std::string searchFolder(const std::string& fileName, const std::string& folder, bool below) {
     const auto fileIn = [&fileName](const fs::path& place) { return (place / fileName).string(); };
     if (fileName.empty()) return {};
+    ++foldersRead;
     if (isFile(fileIn(folder))) return fileIn(folder);
     if (!below) return {};
     std::error_code failure;
     for (fs::recursive_directory_iterator it(folder, failure), end; !failure && it != end; it.increment(failure)) {
         std::error_code ignored;
-        if (it->is_directory(ignored) && isFile(fileIn(it->path()))) return fileIn(it->path());
+        if (!it->is_directory(ignored)) continue;
+        ++foldersRead;
+        if (isFile(fileIn(it->path()))) return fileIn(it->path());
     }
     return {};
 }

@@ -30,6 +30,15 @@ struct assetSearchRec {
 [[nodiscard]] errorWord findAsset(const assetSearchRec& search, std::string& outPath, bool& outFound,
                                   std::uint32_t& outKind, errorWord priorError);
 
+/// Makes `path` the answer to all later searches for `name` in the run.
+void rememberAsset(const std::string& name, const std::string& path);
+
+/// `assetKindDocument` for a layout, else `assetKindFile`, by the extension.
+[[nodiscard]] std::uint32_t kindOfAsset(const std::string& path);
+
+/// Folders that searches have looked into since the program began.
+[[nodiscard]] std::uint64_t assetFoldersRead();
+
 /// The file of that name in a folder or, with `below`, in the first of the folders below it that has it; empty when
 /// there is none or the folders can't be read.
 [[nodiscard]] std::string searchFolder(const std::string& fileName, const std::string& folder, bool below);

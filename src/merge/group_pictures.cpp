@@ -6,11 +6,15 @@
 #include "document/walk.h"
 #include "engine/module/execute.h"
 #include "engine/session/session.h"
+#include "engine/toolkit/messages.h"
+#include "merge/picture_placing.h"
 
 namespace tarnova {
 namespace {
 
 constexpr std::uint32_t groupPictureModule = signatureOf("AQME");
+constexpr std::uint32_t commandPlaceFile = 56;
+constexpr std::uint32_t commandPlaceMaster = 57;
 constexpr std::uint32_t commandHasPicture = 58;
 constexpr std::uint32_t commandRemovePicture = 59;
 
@@ -46,6 +50,40 @@ std::int32_t ZavoDeleteGroupPictureCallback::TagProcess() {
     if (!sendFrame(commandHasPicture, frameRef, &hasGroup, &isPicture) || hasGroup == 0 || isPicture == 0) return 0;
     if (sendFrame(commandRemovePicture, frameRef, nullptr, nullptr)) ++removedCount;
     return 0;
+}
+
+std::uint16_t placeGroup(UIDRef frame, const std::string& path, std::uint32_t assetKind, const extractionRec& link) {
+    auto& run = session();
+    if (!run.companionModules.contains(groupPictureModule)) return frameMissing;
+    IDFile file(path);
+    PMString name(path);
+    std::int16_t boxAction = link.pictureBoxAction, importPosition = link.importPosition;
+    std::uint8_t takesBox = link.addPicBoxToGroup;
+    UIDRef group;
+    std::uint16_t added = 0;
+    commandArgs args{};
+    args.item0 = &frame;
+    args.item1 = &file;
+    args.item2 = &name;
+    args.item3 = &boxAction;
+    args.item4 = &takesBox;
+    args.item5 = &importPosition;
+    args.item6 = &group;
+    args.item7 = &added;
+    commandReply reply{};
+    const std::uint32_t command = assetKind == assetKindMaster ? commandPlaceMaster : commandPlaceFile;
+    commandBlock block{resultNobodyAnswered, command, &reply, &args};
+    moduleCall(groupPictureModule, 0, block);
+    if (block.result != 0 || reply.status != 0) {
+        PMString text = PMString::ofKey("kZavoGroupPictureImportErrPart1Key");
+        text.append(file.fileName()).append(PMString::ofKey("kZavoGroupPictureImportErrPart2Key"));
+        reportErrorString(text);
+        return frameAborted;
+    }
+    constexpr std::int16_t besideFrame = 1;
+    if (importPosition == besideFrame) run.insertedItems = static_cast<std::uint16_t>(run.insertedItems + added);
+    if (group && run.deferredItems) run.deferredItems->uids.push_back(group.uid);
+    return framePlaced;
 }
 
 errorWord removeGroupPictures(UIDRef document, bool showProgress, std::uint32_t* outCount, errorWord priorError) {

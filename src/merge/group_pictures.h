@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
+#include "definitions/record_def.h"
 #include "document/frame_callback.h"
 #include "engine/toolkit/types.h"
 #include "tags/tag_record.h"
@@ -22,6 +24,12 @@ class ZavoDeleteGroupPictureCallback final : public ZavoFrameCallback {
  private:
     tagDataRec tag{};
 };
+
+/// Lays a group picture over a frame, from the file or, with `assetKindMaster`, the master spread of that name. Its
+/// group waits for the end of the walk. Gives a `frameResult`: without the module the picture counts as missing, and a
+/// module that fails ends the run.
+[[nodiscard]] std::uint16_t placeGroup(UIDRef frame, const std::string& path, std::uint32_t assetKind,
+                                       const extractionRec& link);
 
 /// Walks the document in the run's page range. Without the module nothing is walked. `outCount` (may be null) is the
 /// number of pictures that went.

@@ -8,9 +8,7 @@
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/alerts.h"
-#include "engine/toolkit/messages.h"
-#include "engine/toolkit/text_encoding.h"
-#include "merge/keyword_links.h"
+#include "merge/delete_question.h"
 #include "merge/link_report.h"
 #include "merge/price_layout.h"
 #include "output/build_tables.h"
@@ -20,22 +18,11 @@ namespace tarnova {
 namespace {
 
 constexpr std::uint16_t storyTouched = 1;
-constexpr std::int16_t runRefusedTag = -6029;
 
 constexpr char32_t paragraphReturn = U'\r';
 
-bool isPriceRun() {
-    return session().engineRunType == engineRunPrice;
-}
-
 bool isBlank(char32_t c) {
     return c == U' ' || c == U'\t' || c == U'\r' || c == U'\n' || c == U'\u00A0' || c == U'\u2028';
-}
-
-std::string_view trimBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 /// The page entry on which all frames of a story lie, or nothing when they lie on several (or the story has none).
@@ -58,18 +45,17 @@ bool commonPageEntry(UIDRef story, std::int32_t& pageEntry) {
 
 ZavoPullStoryCallback::ZavoPullStoryCallback(PMString statusText, std::uint16_t* changedWord)
     : ZavoStoryCallback(!statusText.empty(), std::move(statusText)),
+      LinkMerge(defaultSetText),
       sharedChanged(changedWord),
       mergeOn(session().mergeOn) {
     wantsFrame = false;  // asked for only where the page can't be known without composition
-    dataSourceRec* source = nullptr;
-    std::int16_t status = openStatusNothing;
-    session().engineError = openCurrentData(source, status, nullptr, session().engineError);
-    initError = session().engineError != 0 || source == nullptr ? 1 : 0;
+    initError = openData() ? 0 : 1;
 }
 
 bool ZavoPullStoryCallback::StoryBegin(UIDRef story) {
     if (alertService().cancelAsked()) *cancel |= 1;
     if (*cancel != 0) return false;
+    storyRef = story;
     storyPageKnown = commonPageEntry(story, storyPageEntry);
     linkKeys.beginStory();
     return true;
@@ -79,14 +65,8 @@ bool ZavoPullStoryCallback::TagIsMine(UIDRef story, const TagAttribute& attribut
     if (attribute.ownerName() != engineName()) return false;
     if (runEndsThread && runLength < 2) return false;
     if (story.database->hasOwnedItem(story.uid, position, runLength)) return false;
-    value = tagValueRec{};
-    keepMode = false;
-    deleteMode = false;
     tagIsGone = false;
-    deleteLine = deletelineNothing;
-    auto& error = session().engineError;
-    error = tagRecordDecode(attribute.data(), &tagRec, nullptr, nullptr, error);
-    return error == 0;
+    return readTag(attribute.data());
 }
 
 std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
@@ -95,9 +75,9 @@ std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
     bool isMerged = true;
     error = prepareTag(story, isMerged, error);
     if (isMerged) {
-        error = chooseRecord(story, error);
-        error = prepareValue(story, error);
-        if (error == 0) decideAction();
+        error = chooseRecord(error);
+        error = prepareValue(error);
+        if (error == 0) decideAction(*cancel);
         error = linkReport().isOn ? replaceAndReport(story, error) : replaceRun(story, error);
     }
     if (isPriceRun() && !tagIsGone) linkKeys.pass(placeOfTag(story), tagRec);
@@ -171,6 +151,10 @@ linkPlaceRec ZavoPullStoryCallback::placeOfTag(UIDRef story) {
     return {story, tagStart, tagLength - tagTail, page};
 }
 
+keywordPlaceRec ZavoPullStoryCallback::placeOfLink() {
+    return {storyRef.database->ref(), recordPosition, pageEntryOfTag(storyRef)};
+}
+
 /// Position of the tag's page in the built document. A link in an overset part counts with the story's last frame.
 std::int32_t ZavoPullStoryCallback::pageEntryOfTag(UIDRef story) {
     if (storyPageKnown) return storyPageEntry;
@@ -181,115 +165,6 @@ std::int32_t ZavoPullStoryCallback::pageEntryOfTag(UIDRef story) {
         if (!frames.empty()) frame = frames.back();
     }
     return std::max(document.pageIndex(document.pageOfItem(frame).page), 0);
-}
-
-/// The record and its value: of a price run by the link's key, else by page and sequence number.
-errorWord ZavoPullStoryCallback::chooseRecord(UIDRef story, errorWord priorError) {
-    if (priorError != 0) return priorError;
-    if (isPriceRun()) {
-        value.recordNumber = -1;
-        const errorWord error = fetchForTag(tagRec, defaultSetText, value, 0);
-        recordPosition = value.recordNumber;
-        return error;
-    }
-    std::int32_t sequence = 0;
-    pstrToLong(tagRec.searchKey, &sequence);
-    recordPosition = recordNumberOfLink(pageEntryOfTag(story), std::max(sequence, 1));
-    value.recordNumber = recordPosition;
-    return fetchAt(story, tagRec, value);
-}
-
-/// Fetches the value of a link for a record of the run or, behind the end of the run's records, a filler.
-errorWord ZavoPullStoryCallback::fetchAt(UIDRef story, const tagDataRec& tag, tagValueRec& out) {
-    if (isPriceRun()) return fetchForTag(tag, defaultSetText, out, 0);
-    recordRequestRec request;
-    errorWord error = noteRecordRequest(pageEntryOfTag(story), out.recordNumber, appPrefs().textDefaults, request, 0);
-    error = fetchForTag(tag, defaultSetText, out, error);
-    if (!request.pastEnd || out.status == fetchBadTag) return error;
-    error = takeHostText(request.filler, out, error);
-    out.status = appPrefs().pastEndCounts != 0 ? fetchNoMatch : fetchFound;
-    return error;
-}
-
-errorWord ZavoPullStoryCallback::fetchMarker(UIDRef story, std::string_view name, std::int32_t record,
-                                             markerValueRec& out) {
-    tagDataRec tag{};
-    pstrFromView(tag.extractionRecordName, sizeof(tag.extractionRecordName), name);
-    tagValueRec its;
-    its.recordNumber = record;
-    const errorWord error = fetchAt(story, tag, its);
-    takeMarkerValue(its, out);
-    return error;
-}
-
-/// The value as it will stand in the text, in `newText`: blanks off both ends, keywords, prefix and suffix around what
-/// was found, field markers.
-errorWord ZavoPullStoryCallback::prepareValue(UIDRef story, errorWord priorError) {
-    newText.clear();
-    if (priorError != 0) return priorError;
-    const extractionRec* const link = value.extraction;
-    std::string_view bytes(value.bytes.get(), value.length);
-    if (appPrefs().trimValues != 0) bytes = trimBlanks(bytes);
-    if (value.bytes && bytes.empty() && value.status == fetchFound) value.status = fetchNoData;
-    errorWord error = 0;
-    if (link != nullptr && keywordOf(*link)) {
-        const keywordPlaceRec place{story.database->ref(), recordPosition, pageEntryOfTag(story)};
-        error = keywordValue(*link, value, place, error);
-        bytes = {value.bytes.get(), value.length};
-    }
-    if (error != 0 || !value.bytes) return error;
-    const bool styled = tagRec.styleRecordName[0] != 0 && appPrefs().affixWithStyle == 0;
-    const bool affixes = link != nullptr && value.status == fetchFound && !styled;
-    if (affixes && link->prefix.enable != 0) appendUtf8AsUtf32(newText, pstrView(link->prefix.string));
-    appendValueText(newText, bytes, value);
-    if (affixes && link->suffix.enable != 0) appendUtf8AsUtf32(newText, pstrView(link->suffix.string));
-    expandedMarkersRec markers;
-    const auto fetch = [&](std::string_view name, std::int32_t record, markerValueRec& out) {
-        return fetchMarker(story, name, record, out);
-    };
-    return expandFieldMarkers(newText, recordPosition, static_cast<std::int32_t>(session().skipFirst), fetch, markers,
-                              0);
-}
-
-void ZavoPullStoryCallback::decideAction() {
-    keepMode = static_cast<bool>(value.bytes);
-    const extractionRec* const link = value.extraction;
-    lockedLink = tagRec.linkLocked != 0 || (link != nullptr && (link->locked != 0 || link->ignoreLink != 0));
-    deleteLine = link != nullptr ? link->deleteline : deletelineNothing;
-    auto& run = session();
-    switch (value.status) {
-        case fetchNoMatch:
-            ++run.fillerCount;
-            break;
-        case fetchNoData:
-            if (link->nodata == nodataGlobal) ++run.noDataCount;
-            if (link->nodata == nodataDelete) deleteMode = true;
-            keepMode = link->nodata == nodataGlobal || link->nodata == nodataCustom;  // also for an empty text
-            break;
-        case fetchBadTag:
-            refuseTag();
-            break;
-        case fetchAbort:
-            *cancel |= 1;
-            break;
-        default:
-            break;
-    }
-}
-
-/// A tag that names what doesn't exist ends a merge: half-filled pages must never reach a press. A price run goes on
-/// and tells it at its end.
-void ZavoPullStoryCallback::refuseTag() {
-    auto& run = session();
-    if (isPriceRun()) {
-        run.ruleRefusedLink = 1;
-        ++run.badTagCount;
-        return;
-    }
-    reportErrorParams(nullptr, errTagRefused, tagRec.extractionRecordName);
-    run.runResult = runRefusedTag;
-    ++run.badTagCount;
-    *cancel |= 1;
 }
 
 /// Replaces the run and tells what became of its text.
@@ -315,7 +190,7 @@ errorWord ZavoPullStoryCallback::replaceAndReport(UIDRef story, errorWord priorE
 errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) {
     if (priorError != 0 || mergeOn == 0 || lockedLink) return priorError;
     if (deleteMode) return deleteRun(story);
-    if (!keepMode) return 0;
+    if (!hasValue) return 0;
     if (value.style != nullptr && value.status == fetchFound) return replaceByPrice(story);
     // One replacement for the whole run: the new text takes the attributes of the run's first character, its tag
     // among them, whatever the rest of the run looked like.
@@ -333,10 +208,15 @@ errorWord ZavoPullStoryCallback::replaceByPrice(UIDRef story) {
 }
 
 errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {
+    const DeleteAnswer answer = askDelete(*story.database, pageEntryOfTag(story), tagRec);
+    if (answer == DeleteAnswer::notice)
+        return replaceTagText(story, PMString::ofKey("kZavoLinkDeletedStringKey").codePoints(), false);
+    if (answer == DeleteAnswer::keep) return 0;
     tagIsGone = true;
     errorWord error = removeTag(story);
     if (error == 0) error = replaceTagText(story, {}, true);
     if (error != 0) return error;
+    const std::int16_t deleteLine = value.extraction->deleteline;
     if (deleteLine != deletelineNothing) queueParagraph(story, tagStart, deleteLine == deletelineAlways);
     return 0;
 }

@@ -8,15 +8,13 @@
 
 #include "document/story_callback.h"
 #include "engine/toolkit/pm_string.h"
-#include "merge/field_markers.h"
 #include "merge/link_keys.h"
-#include "merge/tag_value.h"
-#include "tags/tag_record.h"
+#include "merge/link_merge.h"
 
 namespace tarnova {
 
 /// A visitor for one walk of a pass. A link's tag stays on its new text, so that the next pass can merge it again.
-class ZavoPullStoryCallback final : public ZavoStoryCallback {
+class ZavoPullStoryCallback final : public ZavoStoryCallback, private LinkMerge {
  public:
     /// Opens the data of the current definition; a failure is in `engineError` and makes `GetInitError` non-zero. With
     /// a text in `statusText` the progress is shown. `changedWord` (borrowed, may be null) gets what changed.
@@ -38,13 +36,8 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     errorWord trimTag(UIDRef story, bool& isMerged);
     errorWord settleKey(UIDRef story, const extractionRec& link);
     [[nodiscard]] linkPlaceRec placeOfTag(UIDRef story);
+    [[nodiscard]] keywordPlaceRec placeOfLink() override;
     std::int32_t pageEntryOfTag(UIDRef story);
-    errorWord chooseRecord(UIDRef story, errorWord priorError);
-    errorWord fetchAt(UIDRef story, const tagDataRec& tag, tagValueRec& out);
-    errorWord fetchMarker(UIDRef story, std::string_view name, std::int32_t record, markerValueRec& out);
-    errorWord prepareValue(UIDRef story, errorWord priorError);
-    void decideAction();
-    void refuseTag();
     errorWord replaceRun(UIDRef story, errorWord priorError);
     errorWord replaceAndReport(UIDRef story, errorWord priorError);
     errorWord replaceByPrice(UIDRef story);
@@ -58,6 +51,7 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
     std::uint16_t changed = 0;  // bit 0: this story was touched
     std::uint8_t mergeOn;       // the session's flag at construction
 
+    UIDRef storyRef;
     // The story: which page all its frames lie on, so that a link needs no composition to know its page.
     std::int32_t storyPageEntry = 0;
     bool storyPageKnown = false;
@@ -65,16 +59,7 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback {
 
     LinkKeys linkKeys;  // of a price run
 
-    // The tag, from TagIsMine on.
-    tagDataRec tagRec{};
-    std::int32_t recordPosition = 0;  // of its record in the run, from 0 with the header counted
-    tagValueRec value;
-    bool keepMode = false;    // a value replaces the run
-    bool deleteMode = false;  // the run goes, for want of data
-    bool tagIsGone = false;   // taken off its text, which is no link to others any more
-    std::int16_t deleteLine = 0;
-    bool lockedLink = false;
-    std::u32string newText;  // the value as characters; its room is used again
+    bool tagIsGone = false;  // taken off its text, which is no link to others any more
 };
 
 }  // namespace tarnova

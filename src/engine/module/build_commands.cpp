@@ -24,11 +24,21 @@ std::int32_t buildChunkOfRun(commandCall& call) {
     return error == 0 ? commandDone : failWith(error, commandFailed);
 }
 
+/// A length in points with 16 fraction bits.
+double pointsIn(const commandCall& call, unsigned item) {
+    constexpr double one = 65536;
+    return call.valueOr<std::int32_t>(item, 0) / one;
+}
+
 std::int32_t mergeChunkOfRun(commandCall& call) {
     const auto document = call.valueOr<UIDRef>(0, {});
     if (document.database == nullptr) return commandDocument;
     const commandArgs& args = call.args;
-    const mergeChunkRec chunk{args.num0, args.num1, args.num2, args.num3, args.flag0 != 0, args.flag3 != 0};
+    mergeChunkRec chunk{args.num0, args.num1, args.num2, args.num3, args.flag0 != 0, args.flag3 != 0};
+    chunk.tracksPictures = args.flag1 != 0;
+    chunk.tracksStrictly = args.flag2 != 0;
+    chunk.bleedMargins = {pointsIn(call, 2), pointsIn(call, 3), pointsIn(call, 4), pointsIn(call, 5)};
+    chunk.pageSize = {pointsIn(call, 6), pointsIn(call, 7)};
     std::uint32_t done = 0;
     std::uint16_t cancel = 0;
     const errorWord error = mergeChunk(document, chunk, done, cancel);
@@ -65,11 +75,17 @@ constexpr commandArgument mergeChunkArgs[] = {
     numberIn(2, "records on a page"),
     numberIn(3, "the pass mode"),
     flagIn(0, "the merge replaces the links"),
-    flagIn(1, "placed pictures are tracked (no pictures are placed yet)"),
-    flagIn(2, "placed pictures are tracked strictly"),
+    flagIn(1, "a picture that was placed before isn't placed again (see command 575)"),
+    flagIn(2, "only in a frame of the same shape and fit"),
     flagIn(3, "shows progress"),
     itemIn(0, uidRef, "the document"),
     itemOut(1, u32, "records done"),
+    itemIn(2, i32, "margin beyond the left side of a page, in points with 16 fraction bits"),
+    itemIn(3, i32, "beyond the top"),
+    itemIn(4, i32, "beyond the right side"),
+    itemIn(5, i32, "beyond the bottom"),
+    itemIn(6, i32, "width of a page, likewise"),
+    itemIn(7, i32, "its height"),
 };
 constexpr commandArgument buildChunkArgs[] = {
     itemIn(0, uidRef, "the document"),

@@ -9,6 +9,7 @@
 #include "engine/module/front_document.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/byte_order.h"
+#include "merge/group_pictures.h"
 #include "merge/pdf_options.h"
 #include "output/control_frames.h"
 
@@ -190,6 +191,15 @@ std::int32_t removeMastersOfPage(commandCall& call) {
     return err == 0 ? commandDone : failWith(err, commandFailed);
 }
 
+std::int32_t deleteGroupPictures(commandCall& call) {
+    const UIDRef document = documentOrFront(call, 0);
+    if (document.database == nullptr) return commandDocument;
+    std::uint32_t count = 0;
+    const errorWord err = removeGroupPictures(document, appPrefs().showProgress != 0, &count, 0);
+    call.put(1, count);
+    return err == 0 ? commandDone : failWith(err, commandFailed);
+}
+
 using enum commandStage;
 constexpr auto any = commandMode::any;
 using enum argumentType;
@@ -241,7 +251,8 @@ constexpr commandArgument pdfPageArgs[] = {
     itemIn(3, u16, "1: the ground is transparent; stays when not given"),
 };
 constexpr commandArgument pageArgs[] = {itemIn(0, uidRef, "the page")};
-constexpr commandArgument groupPictureArgs[] = {itemIn(0, uidRef, "the document"), itemOut(1, u32, "how many went")};
+constexpr commandArgument groupPictureArgs[] = {itemIn(0, uidRef, "the document; the one in front when not given"),
+                                                itemOut(1, u32, "how many went")};
 
 constexpr commandRow rows[] = {
     {1217, "kKelvaneCmdFindNamedFrame", any, second, findNamedFrame, findFrameArgs,
@@ -261,7 +272,8 @@ constexpr commandRow rows[] = {
     {1279, "kKelvaneCmdSetPdfPage", any, second, setPdfPage, pdfPageArgs,
      "Sets which page of a PDF a frame shows, in one step that can be undone."},
     {620, "kKelvaneCmdRemoveMastersOfPage", any, second, removeMastersOfPage, pageArgs, "Takes the master off a page."},
-    {59, "kKelvaneCmdDeleteGroupPictures", any, second, nullptr, groupPictureArgs, "Removes group pictures."},
+    {59, "kKelvaneCmdDeleteGroupPictures", any, second, deleteGroupPictures, groupPictureArgs,
+     "Removes the group pictures of the page range."},
 };
 
 }  // namespace

@@ -1,12 +1,15 @@
 // Commands about what a run has left for its reports.
 
 #include <algorithm>
+#include <cmath>
 
 #include "data/record_range.h"
 #include "document/document.h"
 #include "engine/module/command_call.h"
 #include "engine/module/command_rows.h"
+#include "engine/module/front_document.h"
 #include "engine/session/session.h"
+#include "merge/placed_pictures.h"
 
 namespace tarnova {
 
@@ -135,6 +138,27 @@ std::int32_t getRunPosition(commandCall& call) {
     return commandDone;
 }
 
+std::vector<std::int32_t> fixedNumbers(const PMRect& values) {
+    constexpr double one = 65536;
+    std::vector<std::int32_t> out;
+    for (const double value : {values.left, values.top, values.right, values.bottom})
+        out.push_back(static_cast<std::int32_t>(std::lround(std::clamp(value, -32768.0, 32767.0) * one)));
+    return out;
+}
+
+std::int32_t getPlacedPicture(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    const placedPictureRec* const placed = placedPictureOf(frame);
+    if (placed == nullptr) return commandFailed;
+    call.put(2, placed->picturePosition);
+    call.put(3, fixedNumbers(placed->frameBounds));
+    call.put(4, fixedNumbers(placed->bleedBounds));
+    const transformValuesRec& scale = placed->childTransform;
+    call.put(5, fixedNumbers({scale.scaleX, scale.scaleY, placed->childOffset.x, placed->childOffset.y}));
+    return call.putOwned(1, placed->picturePath) ? commandDone : commandMemory;
+}
+
 /// People count from 1.
 std::int32_t getRecordListText(commandCall& call) {
     std::vector<std::int32_t> records = session().recordList;
@@ -193,7 +217,10 @@ constexpr commandArgument tagsReportArgs[] = {
 constexpr commandArgument placedArgs[] = {
     itemIn(0, uidRef, "the frame"),
     itemOut(1, ownedText, "path of the picture"),
-    itemOut(2, u32, "its type"),
+    itemOut(2, u32, "its fit: 0 top left to 8, the frame as large as the picture"),
+    itemOut(3, numbers, "left, top, right and bottom of the frame on its spread, in points with 16 fraction bits"),
+    itemOut(4, numbers, "how far these sides lie outside of the page and its margins (command 504), likewise"),
+    itemOut(5, numbers, "scale of the picture across and down, its offset from the frame's corner across and down"),
 };
 constexpr commandArgument analyseArgs[] = {
     itemIn(0, uidRef, "the document"),       itemOut(1, u32, "pages"),
@@ -229,7 +256,8 @@ constexpr commandRow rows[] = {
     {1252, "kKelvaneCmdAddAssetEntry", any, second, addAssetEntry, addAssetArgs, "Adds one to the asset report."},
     {1223, "kKelvaneCmdAddSignature", any, second, addSignature, signatureArgs,
      "Notes a signature once; 1 when the 40 places are taken."},
-    {575, "kKelvaneCmdGetPlacedPicture", any, second, nullptr, placedArgs, "What was placed in a frame."},
+    {575, "kKelvaneCmdGetPlacedPicture", any, second, getPlacedPicture, placedArgs,
+     "What the run placed in a frame, or in the one that it shows again."},
     {1220, "kKelvaneCmdAnalyseDocument", merge, second, nullptr, analyseArgs, "Pages, fonts, pictures of a document."},
     {1264, "kKelvaneCmdAnalyseDocument", price, second, nullptr, analyseArgs, "Pages, fonts, pictures of a document."},
     {612, "kKelvaneCmdWriteTagsReport", any, second, nullptr, tagsReportArgs, "JSON of a document's rules and links."},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "document/document_host.h"
 #include "engine/module/command_rows.h"
 #include "engine/module/current_definition.h"
 #include "engine/module/front_document.h"
@@ -12,6 +13,7 @@
 #include "engine/toolkit/text_encoding.h"
 #include "merge/field_markers.h"
 #include "merge/tag_value.h"
+#include "tags/change_keys.h"
 #include "tags/tag_list.h"
 #include "tags/tag_manager.h"
 
@@ -79,6 +81,41 @@ std::int32_t tagFrame(commandCall& call) {
     takeTag(call, 1, tag);
     const errorWord err = writeFrameTag(frame, tag, 0);
     return err == 0 ? commandDone : failWith(err, commandFailed);
+}
+
+/// Gives all links of an item a key: its own, those of its text, and those of what it holds.
+std::int32_t changeKeysOf(UIDRef item, std::string_view key) {
+    const errorWord err = changeFrameTreeKeys(item, key, 0);
+    return err == 0 ? commandDone : failWith(err, commandFailed);
+}
+
+std::int32_t setFrameRecordKey(commandCall& call) {
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    if (!objectExists(frame)) return commandDocument;
+    if (!frame.database->itemExists(frame.uid)) return noneFound;
+    return changeKeysOf(frame, std::to_string(call.valueOr<std::uint32_t>(1, 1)));
+}
+
+std::int32_t setSelectionKey(std::string_view key) {
+    DocumentHost* const host = session().documentHost;
+    const UIDRef document = frontDocument();
+    if (host == nullptr || document.database == nullptr) return commandDocument;
+    const selectionRec selection = host->selection(document);
+    if (selection.story != kInvalidUID) {
+        const errorWord err = changeTextKeys({document.database, selection.story}, selection.range, key, 0);
+        return err == 0 ? commandDone : failWith(err, commandFailed);
+    }
+    for (const UID item : selection.items) {
+        const std::int32_t status = changeKeysOf({document.database, item}, key);
+        if (status != commandDone) return status;
+    }
+    return commandDone;
+}
+
+std::int32_t setFrameKey(commandCall& call) {
+    if (!call.given(0)) return setSelectionKey(call.pascal(1));
+    const auto frame = call.valueOr<UIDRef>(0, {});
+    return objectExists(frame) ? changeKeysOf(frame, call.pascal(1)) : commandDocument;
 }
 
 /// Which links are asked for: those whose record in the definition has this type, or all.
@@ -329,9 +366,9 @@ constexpr commandRow rows[] = {
     {1271, "kKelvaneCmdTagTextRange", merge, second, tagTextRange, tagTextArgs, "Makes a range of text a link."},
     {1244, "kKelvaneCmdTagFrame", price, second, tagFrame, tagFrameArgs, "Makes a page item a link."},
     {1270, "kKelvaneCmdTagFrame", merge, second, tagFrame, tagFrameArgs, "Makes a page item a link."},
-    {553, "kKelvaneCmdSetFrameKey", price, second, nullptr, frameKeyArgs, "Sets the key of a frame's links."},
-    {1216, "kKelvaneCmdSetFrameRecordKey", merge, second, nullptr, frameRecordArgs,
-     "Makes a record's number the key of a frame's links."},
+    {553, "kKelvaneCmdSetFrameKey", price, second, setFrameKey, frameKeyArgs, "Sets the key of a frame's links."},
+    {1216, "kKelvaneCmdSetFrameRecordKey", merge, second, setFrameRecordKey, frameRecordArgs,
+     "Makes a record's number the key of a frame's links; 1 for what holds none."},
     {592, "kKelvaneCmdGetTextLink", price, second, getTextLink, textLinkArgs, "The next link of a story; 1 for none."},
     {597, "kKelvaneCmdGetTextLink", merge, second, getTextLink, textLinkArgs, "The next link of a story; 1 for none."},
     {591, "kKelvaneCmdGetFrameLink", price, second, getFrameLink, frameLinkArgs, "The link of a frame; 1 for none."},

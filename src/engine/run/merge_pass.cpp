@@ -6,7 +6,9 @@
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
+#include "merge/placed_pictures.h"
 #include "merge/proof_callback.h"
+#include "merge/pull_frame_callback.h"
 #include "merge/pull_story_callback.h"
 #include "output/after_merge.h"
 #include "output/build_chunk.h"
@@ -51,42 +53,59 @@ WalkScope scopeOfPass() {
     }
 }
 
-std::int32_t walkPass(UIDRef document, IFrameCallback* frames, IStoryCallback* texts, std::int32_t* outTextCount,
-                      std::uint16_t& cancel) {
+std::int32_t walkPass(UIDRef document, IFrameCallback* frames, IStoryCallback* texts, std::int32_t* outItemCount,
+                      std::int32_t* outTextCount, std::uint16_t& cancel) {
     const auto& run = session();
     return walkDocument(*document.database, frames, texts, run.walkFirstPage, run.walkLastPage, scopeOfPass(),
-                        appPrefs().skipHiddenLayers != 0, appPrefs().skipPasteboard != 0, nullptr, outTextCount,
+                        appPrefs().skipHiddenLayers != 0, appPrefs().skipPasteboard != 0, outItemCount, outTextCount,
                         &cancel, run.layerRulePages > 0);
 }
 
-/// Merges the links in text. With progress, a walk in front counts the characters.
+/// A run knows from its start whether the document has links on frames at all; most letters have none.
+bool mayHaveFrameLinks() {
+    return !runIsActive() || session().frameLinkCount > 0;
+}
+
+/// Merges the links on frames that aren't text frames. With progress, a walk in front counts the frames.
+void framePass(UIDRef document, bool showProgress, std::uint16_t& cancel) {
+    if (!mayHaveFrameLinks()) return;
+    std::int32_t frameCount = 0;
+    if (showProgress) walkPass(document, nullptr, nullptr, &frameCount, nullptr, cancel);
+    std::uint16_t changed = 0;
+    ZavoPullFrameCallback frames(
+        showProgress ? PMString::ofKey("kZavoProcessingDocumentFramesMessageStringKey") : PMString{},
+        FrameScope::otherFrames, &changed);
+    if (frames.GetInitError() != 0) {
+        cancel |= 1;
+        return;
+    }
+    frames.SetTotal(frameCount);
+    walkPass(document, &frames, nullptr, nullptr, nullptr, cancel);
+}
+
+/// Merges the links in text and on text frames. With progress, a walk in front counts the characters.
 void textPass(UIDRef document, bool showProgress, std::uint16_t& cancel) {
     std::int32_t characters = 0;
-    if (showProgress) walkPass(document, nullptr, nullptr, &characters, cancel);
+    if (showProgress) walkPass(document, nullptr, nullptr, nullptr, &characters, cancel);
     std::uint16_t changed = 0;
     ZavoPullStoryCallback texts(
         showProgress ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{}, &changed);
-    if (texts.GetInitError() != 0) {
+    ZavoPullFrameCallback frames(PMString{}, FrameScope::textFrames, nullptr);
+    if (texts.GetInitError() != 0 || frames.GetInitError() != 0) {
         cancel |= 1;
         return;
     }
     texts.SetTotal(characters);
-    walkPass(document, nullptr, &texts, nullptr, cancel);
+    walkPass(document, mayHaveFrameLinks() ? &frames : nullptr, &texts, nullptr, nullptr, cancel);
 }
 
-/// Shows each link by its name, frames and texts in the order of the preference.
+/// Shows each link by its name.
 void proofPass(UIDRef document, std::uint16_t linkKinds, std::uint16_t& cancel) {
-    const auto proofFrames = [&] {
-        ZavoProofFrameCallback frames;
-        if (linkKinds != linkKindsText) walkPass(document, &frames, nullptr, nullptr, cancel);
-    };
-    const auto proofTexts = [&] {
-        ZavoProofStoryCallback texts;
-        if (linkKinds != linkKindsFrames && cancel == 0) walkPass(document, nullptr, &texts, nullptr, cancel);
-    };
-    if (appPrefs().framesFirst != 0) proofFrames();
-    proofTexts();
-    if (appPrefs().framesFirst == 0 && cancel == 0) proofFrames();
+    ZavoProofFrameCallback frames;
+    ZavoProofStoryCallback texts;
+    inPassOrder(
+        linkKinds, cancel, [&] { walkPass(document, &frames, nullptr, nullptr, nullptr, cancel); },
+        [&] { walkPass(document, nullptr, &texts, nullptr, nullptr, cancel); });
 }
 
 std::int32_t slotsOfPass() {
@@ -116,6 +135,15 @@ void tellOfFillers() {
 
 }  // namespace
 
+void inPassOrder(std::uint16_t linkKinds, const std::uint16_t& cancel, const std::function<void()>& framePart,
+                 const std::function<void()>& textPart) {
+    const auto goesOn = [&cancel] { return cancel == 0 && session().engineError == 0; };
+    const bool framesFirst = appPrefs().framesFirst != 0;
+    if (framesFirst && linkKinds != linkKindsText) framePart();
+    if (linkKinds != linkKindsFrames && goesOn()) textPart();
+    if (!framesFirst && linkKinds != linkKindsText && goesOn()) framePart();
+}
+
 errorWord mergePass(UIDRef document, std::uint16_t& cancel, errorWord priorError) {
     if (priorError != 0) return priorError;
     auto& run = session();
@@ -141,7 +169,9 @@ errorWord mergeDocument(UIDRef document, std::uint16_t linkKinds, bool pull, boo
     run.walkFirstPage = 1;
     run.walkLastPage = slots * run.templatePageCount;
     run.mergeOn = pull ? 1 : 0;
-    if (linkKinds != linkKindsFrames) textPass(document, showProgress, cancel);
+    inPassOrder(
+        linkKinds, cancel, [&] { framePass(document, showProgress, cancel); },
+        [&] { textPass(document, showProgress, cancel); });
     if (cancel != 0 || run.engineError != 0) return run.engineError;
     const errorWord error = finishMergedPages(document, 0);
     if (error == 0) advanceRun(slots);
@@ -155,6 +185,11 @@ errorWord mergeChunk(UIDRef document, const mergeChunkRec& chunk, std::uint32_t&
     run.recordsToDo = std::min(chunk.limit > chunk.first ? chunk.limit - chunk.first : 0, run.totalRecords);
     run.stepBy = std::max<std::uint32_t>(chunk.stepBy, 1);
     run.recordPassMode = chunk.recordPassMode;
+    auto& pictures = pictureRun();
+    pictures.trackPlacedPictures = chunk.tracksPictures;
+    pictures.strictPlacedPictures = chunk.tracksStrictly;
+    pictures.bleedMargins = chunk.bleedMargins;
+    pictures.pageSize = chunk.pageSize;
     const UnrecordedChanges unrecorded(document);
     errorWord error = unrecorded.error();
     if (error == 0) error = mergeDocument(document, appPrefs().linkKinds, chunk.pull, chunk.showProgress, cancel);

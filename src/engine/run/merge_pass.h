@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
+#include "document/geometry.h"
 #include "document/uid.h"
 #include "engine/toolkit/types.h"
 
@@ -18,6 +20,11 @@ inline constexpr std::uint16_t linkKindsFrames = 2;
 /// stopped it; what was merged so far stays then.
 [[nodiscard]] errorWord mergePass(UIDRef document, std::uint16_t& cancel, errorWord priorError);
 
+/// Runs the passes over frames and over texts, or the one of the kind asked for, in the order of the preference. A
+/// cancel or an error in the first leaves the second out.
+void inPassOrder(std::uint16_t linkKinds, const std::uint16_t& cancel, const std::function<void()>& framePart,
+                 const std::function<void()>& textPart);
+
 /// Merges the links of the slots that the document holds, of the kinds asked for, and moves the run behind their
 /// records. Without `pull` the links are visited and keep their text.
 [[nodiscard]] errorWord mergeDocument(UIDRef document, std::uint16_t linkKinds, bool pull, bool showProgress,
@@ -31,6 +38,11 @@ struct mergeChunkRec {
     std::uint32_t recordPassMode = 1;
     bool pull = true;
     bool showProgress = false;
+    // What a driver that can refer to pictures placed before says of them (placed_pictures.h).
+    bool tracksPictures = false;
+    bool tracksStrictly = false;
+    PMRect bleedMargins{};
+    PMPoint pageSize{};
 };
 
 /// Merges the chunk that stands in the document. `outDone` is the number of its records; `cancel` as above.

@@ -12,6 +12,8 @@
 #include "merge/first_on_links.h"
 #include "merge/keyword_links.h"
 #include "merge/link_report.h"
+#include "merge/placed_pictures.h"
+#include "merge/pull_frame_callback.h"
 #include "merge/pull_story_callback.h"
 #include "merge/tag_value.h"
 
@@ -65,28 +67,40 @@ errorWord openPriceData() {
     return error == 0 && source == nullptr ? errNoDataFileSet : error;
 }
 
-std::int32_t walkPrices(UIDRef document, IStoryCallback* texts, std::int32_t* outTextCount, std::uint16_t& cancel) {
+std::int32_t walkPrices(UIDRef document, IFrameCallback* frames, IStoryCallback* texts, std::int32_t* outTextCount,
+                        std::uint16_t& cancel) {
     const auto& run = session();
     const appPrefsRec& prefs = appPrefs();
     const WalkScope scope = prefs.processScope > 0 ? WalkScope::everything : WalkScope::pagesOnly;
-    return walkDocument(*document.database, nullptr, texts, run.walkFirstPage, run.walkLastPage, scope,
+    return walkDocument(*document.database, frames, texts, run.walkFirstPage, run.walkLastPage, scope,
                         prefs.skipHiddenLayers != 0, prefs.skipPasteboard != 0, nullptr, outTextCount, &cancel, false);
 }
 
-/// The text pass over the user's page range. With progress, a walk in front counts the characters.
+/// The pass over texts and text frames, in the user's page range. With progress, a walk in front counts the characters.
 void priceTexts(UIDRef document, std::uint16_t& cancel) {
     const bool showProgress = appPrefs().showProgress != 0;
     std::int32_t characters = 0;
-    if (showProgress) walkPrices(document, nullptr, &characters, cancel);
+    if (showProgress) walkPrices(document, nullptr, nullptr, &characters, cancel);
     std::uint16_t changed = 0;
     ZavoPullStoryCallback texts(
         showProgress ? PMString::ofKey("kZavoProcessingDocumentTextMessageStringKey") : PMString{}, &changed);
-    if (texts.GetInitError() != 0) {
+    ZavoPullFrameCallback frames(PMString{}, FrameScope::textFrames, nullptr);
+    if (texts.GetInitError() != 0 || frames.GetInitError() != 0) {
         cancel |= 1;
         return;
     }
     texts.SetTotal(characters);
-    walkPrices(document, &texts, nullptr, cancel);
+    walkPrices(document, &frames, &texts, nullptr, cancel);
+}
+
+/// The pass over the frames that aren't text frames.
+void priceFrames(UIDRef document, std::uint16_t& cancel) {
+    ZavoPullFrameCallback frames(PMString{}, FrameScope::otherFrames, nullptr);
+    if (frames.GetInitError() != 0) {
+        cancel |= 1;
+        return;
+    }
+    walkPrices(document, &frames, nullptr, nullptr, cancel);
 }
 
 /// Links that need the finished layout wait for the second round.
@@ -95,7 +109,9 @@ void priceRounds(UIDRef document, std::uint16_t& cancel) {
     run.deferredLinkCount = 0;
     for (run.secondRound = 0; run.secondRound < 2; ++run.secondRound) {
         if (run.secondRound == 1 && run.deferredLinkCount == 0) break;
-        if (appPrefs().linkKinds != linkKindsFrames) priceTexts(document, cancel);
+        inPassOrder(
+            appPrefs().linkKinds, cancel, [&] { priceFrames(document, cancel); },
+            [&] { priceTexts(document, cancel); });
         if (cancel != 0 || run.engineError != 0) break;
     }
     run.secondRound = 0;
@@ -141,6 +157,7 @@ const priceSummaryRec& lastPriceSummary() {
 
 bool startPriceRun(UIDRef document) {
     resetRunLists();
+    resetPictureRun();
     auto& run = session();
     run.runDocument = document;
     run.ruleRefusedLink = 0;

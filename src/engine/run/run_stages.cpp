@@ -12,6 +12,7 @@
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "merge/keyword_links.h"
+#include "merge/placed_pictures.h"
 #include "output/build_document.h"
 #include "output/build_tables.h"
 #include "output/working_copy.h"
@@ -265,6 +266,7 @@ errorWord finish(errorWord priorError) {
     run.panelsStale = 1;
     tellBarcodeModule();
     keywordThaw();
+    resetPictureRun();
     run.cancelRun = 0;
     run.inRun = 0;
     const bool writesBack = runType == mergeRunPreview || runType == mergeRunTest;

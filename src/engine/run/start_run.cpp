@@ -14,6 +14,7 @@
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "merge/keyword_links.h"
+#include "merge/placed_pictures.h"
 #include "merge/tag_value.h"
 #include "output/build_document.h"
 #include "output/master_items.h"
@@ -138,6 +139,7 @@ void beginJob(UIDRef document) {
     auto& run = session();
     run.engineRunType = engineRunMerge;
     resetRunLists();
+    resetPictureRun();
     run.recordList.clear();
     run.slotCopies.clear();
     run.pageTotal = run.pageTotalOfFile = 0;
