@@ -14,6 +14,8 @@
 #include "definitions/record_def_set.h"
 #include "engine/module/execute.h"
 #include "engine/session/session.h"
+#include "host/model/item_drawing.h"
+#include "host/render/item_snapshot.h"
 #include "host/text/composer.h"
 
 namespace tarnova {
@@ -49,6 +51,7 @@ std::string startFailure(errorWord error) {
 }
 
 EngineClient::EngineClient() : host(makeComposer()) {
+    setItemDrawing(drawItemTiff);
     const errorWord error = shell.Startup(programFolder(), userDataFolder());
     if (error != 0) sayError(startFailure(error));
     driver.emplace();

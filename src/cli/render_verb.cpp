@@ -51,12 +51,19 @@ void tellOverset(DocumentModel& layout, const renderOptionsRec& options, const s
     }
 }
 
+void tellPictures(const renderOptionsRec& options, const std::vector<PictureProblem>& pictures) {
+    for (const PictureProblem& picture : pictures) {
+        sayError(fmt::format("{}: the picture {} shows as a grey box: {}", options.layoutPath, picture.path,
+                             picture.reason));
+    }
+}
+
 /// What one call draws and what it finds.
 struct renderJobRec {
     const DocumentModel& layout;
     const renderOptionsRec& options;
     const PageList& pages;
-    std::vector<OversetText> overset;
+    PageNotes notes;
     std::string error;
 };
 
@@ -67,8 +74,9 @@ bool addPages(renderJobRec& job, Writer& writer, bool isOpen) {
     for (std::size_t i = 0; good && i < job.pages.size(); ++i) {
         good = writer.addPage(job.layout, job.layout.pageAt(job.pages[i]));
         const auto& onPage = writer.oversetOnLastPage();
-        job.overset.insert(job.overset.end(), onPage.begin(), onPage.end());
+        job.notes.overset.insert(job.notes.overset.end(), onPage.begin(), onPage.end());
     }
+    job.notes.pictures = writer.pictureProblems();
     good = good && writer.finish();
     if (!good) job.error = writer.error();
     return good;
@@ -97,19 +105,19 @@ bool renderEach(renderJobRec& job, WritePage write) {
 
 bool renderPng(renderJobRec& job) {
     return renderEach(job, [&job](UID page, const std::string& path) {
-        return writePagePng(job.layout, page, path, job.options.dpi, &job.overset, job.error);
+        return writePagePng(job.layout, page, path, job.options.dpi, &job.notes, job.error);
     });
 }
 
 bool renderSvg(renderJobRec& job) {
     return renderEach(job, [&job](UID page, const std::string& path) {
-        return writePageSvg(job.layout, page, path, &job.overset, job.error);
+        return writePageSvg(job.layout, page, path, &job.notes, job.error);
     });
 }
 
 bool renderEps(renderJobRec& job) {
     return renderEach(job, [&job](UID page, const std::string& path) {
-        return writePageEps(job.layout, page, path, job.layout.title(), &job.overset, job.error);
+        return writePageEps(job.layout, page, path, job.layout.title(), &job.notes, job.error);
     });
 }
 
@@ -156,7 +164,8 @@ void runRender(const renderOptionsRec& options, verbContext& context) {
     }
     renderJobRec job{*layout, options, pages, {}, {}};
     const bool good = kind->render(job);
-    tellOverset(*layout, options, job.overset);
+    tellOverset(*layout, options, job.notes.overset);
+    tellPictures(options, job.notes.pictures);
     if (!good) failVerb(context, job.error);
 }
 

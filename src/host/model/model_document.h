@@ -163,7 +163,7 @@ class ModelDocument final : public DocumentModel {
     errorWord fitOperation4(UID picture) override;
     errorWord fitOperation5(UID picture) override;
     errorWord fitOperation6(UID picture) override;
-    errorWord snapshotItem(UID, double, std::string&) const override { return errFailed; }
+    errorWord snapshotItem(UID item, double pixelsPerInch, std::string& outTiff) const override;
 
     // DocumentStorage
     std::string documentFolder() const override { return folder; }

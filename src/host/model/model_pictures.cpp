@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "engine/toolkit/text_encoding.h"
+#include "host/model/item_drawing.h"
 #include "host/model/item_shape.h"
 #include "host/model/limits.h"
 #include "host/model/model_document.h"
@@ -137,6 +138,10 @@ errorWord ModelDocument::fitOperation6(UID uid) {
     if (frame->pathStory != kInvalidUID) restampText(frame->pathStory);
     restampAround(frame->uid);
     return 0;
+}
+
+errorWord ModelDocument::snapshotItem(UID item, double pixelsPerInch, std::string& outTiff) const {
+    return itemDrawing() == nullptr ? errFailed : itemDrawing()(*this, item, pixelsPerInch, outTiff);
 }
 
 }  // namespace tarnova

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/render/cairo_pictures.h"
 #include "host/render/stroke_dash.h"
 #include "host/render/text_rules.h"
 #include "host/text/font.h"
@@ -65,23 +66,80 @@ struct GlyphPen {
 void CairoPainter::paintPage() {
     for (const DisplayItem& item : list.items) {
         cairo_save(cairo);
-        const PMMatrix& m = item.toPage;
-        const cairo_matrix_t matrix = {m.a, m.b, m.c, m.d, m.tx, m.ty};
         // A matrix without an inverse leaves no area to paint and would put the context out of order.
-        if (m.a * m.d - m.b * m.c != 0) {
-            cairo_transform(cairo, &matrix);
-            item.text != nullptr ? paintText(item) : paintShape(item);
+        if (item.toPage.inverse()) {
+            transform(item.toPage);
+            paintItem(item);
         }
         cairo_restore(cairo);
     }
+}
+
+void CairoPainter::transform(const PMMatrix& m) {
+    const cairo_matrix_t matrix = {m.a, m.b, m.c, m.d, m.tx, m.ty};
+    cairo_transform(cairo, &matrix);
+}
+
+void CairoPainter::paintItem(const DisplayItem& item) {
+    if (item.text != nullptr) {
+        paintText(item);
+    } else if (item.picture != nullptr) {
+        paintPicture(item);
+    } else {
+        paintShape(item);
+    }
+}
+
+void CairoPainter::paintPicture(const DisplayItem& item) {
+    const PlacedGraphic& graphic = *item.picture->graphic;
+    if (!item.picture->toParent.inverse() || !(graphic.bounds.width() > 0 && graphic.bounds.height() > 0)) return;
+    if (frameClips(item)) clipTo(item.shape->path, CAIRO_FILL_RULE_WINDING);
+    transform(item.picture->toParent);
+    if (!graphic.clipPath.empty()) clipTo(graphic.clipPath, CAIRO_FILL_RULE_EVEN_ODD);
+    const OpenedPicture opened = openGraphic(graphic, list.pictureFolder);
+    if (opened.picture == nullptr) {
+        notePicture(problems, graphic, opened.reason);
+        return paintPlaceholder(graphic);
+    }
+    cairo_save(cairo);
+    transform(pictureToItem(graphic, opened.picture->size()));
+    const bool isDrawn = drawPicture(cairo, *opened.picture);
+    cairo_restore(cairo);
+    if (isDrawn) return;
+    notePicture(problems, graphic, unreadablePicture);
+    paintPlaceholder(graphic);
+}
+
+void CairoPainter::clipTo(const std::vector<SubPath>& path, cairo_fill_rule_t rule) {
+    cairo_new_path(cairo);
+    for (const SubPath& part : path)
+        tracePath(part);
+    cairo_set_fill_rule(cairo, rule);
+    cairo_clip(cairo);
+    cairo_set_fill_rule(cairo, CAIRO_FILL_RULE_WINDING);
+}
+
+void CairoPainter::paintPlaceholder(const PlacedGraphic& graphic) {
+    const PMRect& box = graphic.bounds;
+    cairo_rectangle(cairo, box.left, box.top, box.width(), box.height());
+    cairo_clip_preserve(cairo);
+    cairo_set_source_rgb(cairo, placeholderGround, placeholderGround, placeholderGround);
+    cairo_fill(cairo);
+    cairo_move_to(cairo, box.left, box.top);
+    cairo_line_to(cairo, box.right, box.bottom);
+    cairo_move_to(cairo, box.right, box.top);
+    cairo_line_to(cairo, box.left, box.bottom);
+    cairo_set_source_rgb(cairo, placeholderCross, placeholderCross, placeholderCross);
+    cairo_set_line_width(cairo, placeholderLine);
+    cairo_stroke(cairo);
 }
 
 void CairoPainter::paintShape(const DisplayItem& item) {
     cairo_new_path(cairo);
     for (const SubPath& path : item.shape->path)
         tracePath(path);
-    if (setPaint(item.shape->fill)) cairo_fill_preserve(cairo);
-    if (item.shape->stroke.weight > 0 && setPaint(item.shape->stroke.paint)) {
+    if (item.part != ShapePart::stroke && setPaint(item.shape->fill)) cairo_fill_preserve(cairo);
+    if (item.part != ShapePart::fill && item.shape->stroke.weight > 0 && setPaint(item.shape->stroke.paint)) {
         setStroke(*item.shape);
         cairo_stroke_preserve(cairo);
     }
@@ -141,10 +199,8 @@ void CairoPainter::paintText(const DisplayItem& item) {
 void CairoPainter::paintRun(const ComposedStory& text, const GlyphRun& run) {
     if (run.glyphCount == 0 || !(run.size > 0) || !(run.horizontalScale > 0) || !setPaint(run.format->color)) return;
     if (isTurned(run)) {
-        const PMMatrix m = turnOf(run);
-        const cairo_matrix_t matrix = {m.a, m.b, m.c, m.d, m.tx, m.ty};
         cairo_save(cairo);
-        cairo_transform(cairo, &matrix);
+        transform(turnOf(run));
         fillRun(text, run);
         cairo_restore(cairo);
     } else {

@@ -4,7 +4,10 @@
 
 #include <cairo.h>
 
+#include <vector>
+
 #include "host/render/display_list.h"
+#include "host/render/shown_picture.h"
 
 namespace tarnova {
 
@@ -13,12 +16,20 @@ namespace tarnova {
 /// rounded to 1/64 of a unit, which shows in a drawing that is enlarged.
 class CairoPainter {
  public:
-    CairoPainter(cairo_t* target, const DisplayList& page) : cairo(target), list(page) {}
+    ///
+    /// Pictures that can't be drawn are appended to `pictureProblems`.
+    CairoPainter(cairo_t* target, const DisplayList& page, std::vector<PictureProblem>& pictureProblems)
+        : cairo(target), list(page), problems(pictureProblems) {}
 
     void paintPage();
 
  private:
+    void paintItem(const DisplayItem& item);
     void paintShape(const DisplayItem& item);
+    void paintPicture(const DisplayItem& item);
+    void clipTo(const std::vector<SubPath>& path, cairo_fill_rule_t rule);
+    void paintPlaceholder(const PlacedGraphic& graphic);
+    void transform(const PMMatrix& matrix);
     void paintText(const DisplayItem& item);
     void paintRun(const ComposedStory& text, const GlyphRun& run);
     void fillRun(const ComposedStory& text, const GlyphRun& run);
@@ -29,6 +40,7 @@ class CairoPainter {
 
     cairo_t* cairo;
     const DisplayList& list;
+    std::vector<PictureProblem>& problems;
 };
 
 }  // namespace tarnova

@@ -8,13 +8,13 @@ std::string cantBeWritten(const std::string& path, const std::string& reason) {
     return fmt::format("\"{}\" can't be written: {}", path, reason);
 }
 
-bool listForFile(const DocumentModel& document, UID page, const std::string& path, DisplayList& list,
-                 std::vector<OversetText>* overset, std::string& error) {
+bool listForFile(const DocumentModel& document, UID page, const std::string& path, DisplayList& list, PageNotes* notes,
+                 std::string& error) {
     if (!buildDisplayList(document, page, list)) {
         error = cantBeWritten(path, whyNoDisplayList(document, page));
         return false;
     }
-    if (overset != nullptr) overset->insert(overset->end(), list.overset.begin(), list.overset.end());
+    if (notes != nullptr) notes->overset.insert(notes->overset.end(), list.overset.begin(), list.overset.end());
     return true;
 }
 

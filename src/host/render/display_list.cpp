@@ -22,10 +22,24 @@ class ListBuilder {
         return add(item, {1, 0, 0, 1, -origin.x, -origin.y});
     }
 
+    [[nodiscard]] bool addAlone(const PageItem& item) {
+        return addAt(item, document.toSpread(item).then({1, 0, 0, 1, -page.bounds.left, -page.bounds.top}));
+    }
+
  private:
     [[nodiscard]] bool add(const PageItem& item, const PMMatrix& parentToPage) {
-        const PMMatrix toPage = item.toParent.then(parentToPage);
-        if (item.shape != nullptr) addShape(item, toPage);
+        return addAt(item, item.toParent.then(parentToPage));
+    }
+
+    [[nodiscard]] bool addAt(const PageItem& item, const PMMatrix& toPage) {
+        const PageItem* picture = item.shape == nullptr ? nullptr : pictureIn(item);
+        if (picture != nullptr) {
+            addShape(item, toPage, ShapePart::fill);
+            addPicture(item, *picture, toPage);
+            addShape(item, toPage, ShapePart::stroke);
+        } else if (item.shape != nullptr) {
+            addShape(item, toPage, ShapePart::all);
+        }
         for (const UID story : {item.pathStory, item.story}) {
             if (story != kInvalidUID && !addText(item, story, toPage)) return false;
         }
@@ -37,16 +51,33 @@ class ListBuilder {
         return true;
     }
 
-    void addShape(const PageItem& item, const PMMatrix& toPage) {
+    /// The picture that a frame shows; null when it has none or that doesn't print.
+    [[nodiscard]] const PageItem* pictureIn(const PageItem& frame) const {
+        if (frame.children.empty() || frame.story != kInvalidUID) return nullptr;
+        const PageItem* child = document.item(frame.children.front());
+        const bool isShown = child != nullptr && child->graphic != nullptr && !child->nonPrinting;
+        return isShown ? child : nullptr;
+    }
+
+    void addShape(const PageItem& item, const PMMatrix& toPage, ShapePart part) {
         const ItemShape& shape = *item.shape;
-        const bool filled = paints(shape.fill);
-        const bool stroked = shape.stroke.weight > 0 && paints(shape.stroke.paint);
-        if (!filled && !stroked) return;
+        const bool filled = part != ShapePart::stroke && paints(shape.fill);
+        const bool stroked = part != ShapePart::fill && shape.stroke.weight > 0 && paints(shape.stroke.paint);
+        if (filled || stroked) addEntry(item, toPage).part = part;
+    }
+
+    /// A change of the picture gives its frame a new stamp too.
+    void addPicture(const PageItem& frame, const PageItem& picture, const PMMatrix& toPage) {
+        addEntry(frame, toPage).picture = &picture;
+    }
+
+    DisplayItem& addEntry(const PageItem& item, const PMMatrix& toPage) {
         DisplayItem& entry = list.items.emplace_back();
         entry.toPage = toPage;
-        entry.shape = &shape;
+        entry.shape = item.shape.get();
         entry.itemStamp = item.stamp;
         entry.repeats = holderRepeats && item.stamp < templateStamp;
+        return entry;
     }
 
     [[nodiscard]] bool paints(const Paint& paint) const {
@@ -121,20 +152,37 @@ class ListBuilder {
 
 }  // namespace
 
-bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& list) {
+namespace {
+
+void beginList(const DocumentModel& document, const PMRect& page, DisplayList& list) {
     list.items.clear();
     list.overset.clear();
     list.ownTexts.clear();
+    list.page = page;
     list.swatches = &document.swatches();
+    list.pictureFolder = document.documentFolder();
+}
+
+}  // namespace
+
+bool buildDisplayList(const DocumentModel& document, UID pageUid, DisplayList& list) {
     const Page* page = document.page(pageUid);
+    beginList(document, page == nullptr ? PMRect{} : page->bounds, list);
     if (page == nullptr) return false;
-    list.page = page->bounds;
 
     static thread_local std::vector<const PageItem*> topItems;
     topItems.clear();
     document.drawnItems(pageUid, topItems);
     ListBuilder builder(document, *page, list);
     return std::all_of(topItems.begin(), topItems.end(), [&](const PageItem* item) { return builder.addTop(*item); });
+}
+
+bool buildItemList(const DocumentModel& document, UID uid, DisplayList& list) {
+    const PageItem* item = document.item(uid);
+    Page sheet;
+    if (item != nullptr) sheet = {.spread = item->spread, .bounds = document.boundsInSpread(uid)};
+    beginList(document, sheet.bounds, list);
+    return item != nullptr && ListBuilder(document, sheet, list).addAlone(*item);
 }
 
 const char* whyNoDisplayList(const DocumentModel& document, UID page) {

@@ -1,13 +1,14 @@
 // A page as a list of things to paint, back to front: what all outputs read.
 //
 // Groups are flattened. A frame gives up to three entries: its shape (when it has a fill or a stroke), the text on its
-// path and the text in it.
+// path and the text in it. With a picture it gives its fill, the picture and its stroke, which runs over the picture.
 // The list borrows from the document: it is valid until the document changes.
 
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "document/geometry.h"
@@ -17,10 +18,15 @@
 
 namespace tarnova {
 
+/// What of a shape is painted.
+enum class ShapePart : std::uint8_t { all, fill, stroke };
+
 struct DisplayItem {
-    PMMatrix toPage;                        // inner coordinates to points from the page's top left, y downward
-    const ItemShape* shape = nullptr;       // of a shape; null for text
-    const ComposedStory* text = nullptr;    // of text; null for a shape
+    PMMatrix toPage;                   // inner coordinates of the frame to points from the page's top left, y downward
+    const ItemShape* shape = nullptr;  // of a shape; of a picture, which it clips; null for text
+    const ComposedStory* text = nullptr;    // of text; null for others
+    const PageItem* picture = nullptr;      // of a picture; null for others
+    ShapePart part = ShapePart::all;        // of a shape
     const StoryText* characters = nullptr;  // what the glyphs of `text` stand for
     std::int32_t textStart = 0;             // of the story; what positions in `text` count from
     std::uint32_t firstColumn = 0;          // of `text`, those of this frame
@@ -41,6 +47,7 @@ struct OversetText {
 struct DisplayList {
     PMRect page;  // in the coordinates of the spread
     const std::vector<Swatch>* swatches = nullptr;
+    std::string pictureFolder;  // from which relative paths of pictures count
     std::vector<DisplayItem> items;
     std::vector<OversetText> overset;
     std::vector<std::shared_ptr<const StoryLayout>> ownTexts;  // composed for this page alone
@@ -49,6 +56,9 @@ struct DisplayList {
 /// Fills `list`, whose buffers are used again, with what the page shows. Items that paint nothing are left out. False:
 /// no such page, or its text can't be composed.
 [[nodiscard]] bool buildDisplayList(const DocumentModel& document, UID page, DisplayList& list);
+
+/// The same for an item alone, wherever it lies; the page is its bounds in its spread.
+[[nodiscard]] bool buildItemList(const DocumentModel& document, UID item, DisplayList& list);
 
 /// Why `buildDisplayList` said no, for people. Valid until the document changes.
 [[nodiscard]] const char* whyNoDisplayList(const DocumentModel& document, UID page);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/render/pdf_text_show.h"
+#include "host/render/shown_picture.h"
 #include "host/render/stroke_dash.h"
 #include "host/render/text_rules.h"
 
@@ -45,27 +46,12 @@ bool noteCluster(const PlacedGlyph* glyphs, const GlyphCluster& cluster, PdfFont
     return noted;
 }
 
-bool onlyLines(const SubPath& path) {
-    return std::all_of(path.segments.begin(), path.segments.end(),
-                       [](const PathSegment& segment) { return segment.kind == PathSegment::Kind::line; });
-}
-
-/// A rectangle may have been given another path.
-bool isRectangle(const ItemShape& shape) {
-    if (shape.kind != pathInfoRec::Kind::rectangle) return false;
-    if (shape.path.empty()) return true;
-    const SubPath& path = shape.path.front();
-    const PMRect& b = shape.bounds;
-    return shape.path.size() == 1 && path.closed && path.segments.size() == 3 && path.start == PMPoint{b.left, b.top} &&
-           path.segments[0].to == PMPoint{b.right, b.top} && path.segments[1].to == PMPoint{b.right, b.bottom} &&
-           path.segments[2].to == PMPoint{b.left, b.bottom} && onlyLines(path);
-}
-
 }  // namespace
 
 void PdfContent::begin(const DisplayList& page, bool isForm) {
     list = &page;
     out.clear();
+    shown.clear();
     state = State{};
     inText = false;
     if (isForm) return;
@@ -93,6 +79,8 @@ void PdfContent::useForm(std::string_view name) {
 void PdfContent::draw(const DisplayItem& item) {
     if (item.text != nullptr) {
         drawText(item);
+    } else if (item.picture != nullptr) {
+        drawPicture(item);
     } else {
         drawShape(item);
     }
@@ -105,8 +93,9 @@ void PdfContent::drawShape(const DisplayItem& item) {
     const ItemShape& shape = *item.shape;
     const PaintColor fill = resolvePaint(shape.fill, *list->swatches);
     const PaintColor strokeColor = resolvePaint(shape.stroke.paint, *list->swatches);
-    const bool filled = fill.space != Swatch::Space::none;
-    const bool stroked = strokeColor.space != Swatch::Space::none && shape.stroke.weight > 0;
+    const bool filled = item.part != ShapePart::stroke && fill.space != Swatch::Space::none;
+    const bool stroked =
+        item.part != ShapePart::fill && strokeColor.space != Swatch::Space::none && shape.stroke.weight > 0;
     pushMatrix(item.toPage);
     if (filled) setFill(fill);
     if (stroked) {
@@ -183,6 +172,45 @@ void PdfContent::putRectangle(const PMRect& bounds) {
     putUnits(right - left, ' ');
     putUnits(std::abs(top - bottom), ' ');
     out.put("re\n");
+}
+
+// Pictures
+
+/// The picture fills the unit square, upward, of the matrix that is set for it.
+void PdfContent::drawPicture(const DisplayItem& item) {
+    const PlacedGraphic& graphic = *item.picture->graphic;
+    const PMRect& bounds = graphic.bounds;
+    const PMMatrix toPage = item.picture->toParent.then(item.toPage);
+    const PMMatrix unit = PMMatrix{bounds.width(), 0, 0, -bounds.height(), bounds.left, bounds.bottom}.then(toPage);
+    if (!unit.inverse()) return;
+    endText();
+    out.put("q\n");
+    if (frameClips(item)) clipTo(item.shape->path, item.toPage, "W n\n");
+    if (!graphic.clipPath.empty()) clipTo(graphic.clipPath, toPage, "W* n\n");
+    for (const double value : {unit.a, -unit.b, unit.c, -unit.d}) {
+        out.putNumber(value);
+        out.put(' ');
+    }
+    putUnits(thousandths(unit.tx), ' ');
+    putUnits(thousandths(list->page.height() - unit.ty), ' ');
+    out.put("cm /P");
+    out.putInteger(static_cast<std::int64_t>(nameOf(item.picture->graphic)));
+    out.put(" Do\nQ\n");
+}
+
+void PdfContent::clipTo(const std::vector<SubPath>& path, const PMMatrix& toPage, std::string_view rule) {
+    shiftX = 0;
+    shiftY = list->page.height();
+    flip = -1;
+    for (const SubPath& part : path)
+        putSubPath(mappedPath(part, toPage));
+    out.put(rule);
+}
+
+std::size_t PdfContent::nameOf(const std::shared_ptr<const PlacedGraphic>& graphic) {
+    const auto index = static_cast<std::size_t>(std::find(shown.begin(), shown.end(), graphic) - shown.begin());
+    if (index == shown.size()) shown.push_back(graphic);
+    return index;
 }
 
 // Graphics state

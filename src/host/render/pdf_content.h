@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,10 @@ class PdfContent {
     void useForm(std::string_view name);
     /// The stream is complete; valid until the next `begin`.
     [[nodiscard]] std::string_view end();
+
+    /// The pictures that the stream shows, by the number in their resource names: P0, P1, ... Valid until the next
+    /// `begin`.
+    [[nodiscard]] const std::vector<std::shared_ptr<const PlacedGraphic>>& pictures() const { return shown; }
 
     /// Language of the first text that was drawn (BCP 47); empty when there was none.
     [[nodiscard]] const std::string& language() const { return firstLanguage; }
@@ -66,6 +71,9 @@ class PdfContent {
     };
 
     void drawShape(const DisplayItem& item);
+    void drawPicture(const DisplayItem& item);
+    void clipTo(const std::vector<SubPath>& path, const PMMatrix& toPage, std::string_view rule);
+    [[nodiscard]] std::size_t nameOf(const std::shared_ptr<const PlacedGraphic>& graphic);
     void drawText(const DisplayItem& item);
     void drawLine(const DisplayItem& item, const ComposedLine& line);
     void drawRun(const DisplayItem& item, const GlyphRun& run);
@@ -114,6 +122,7 @@ class PdfContent {
     Units lineX = 0, lineY = 0;  // namely this
     ClusterReader clusters;
     std::vector<Rule> rules;
+    std::vector<std::shared_ptr<const PlacedGraphic>> shown;
     std::string firstLanguage;
 };
 

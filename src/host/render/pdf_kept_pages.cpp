@@ -3,6 +3,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "host/model/placed_picture.h"
+
 namespace tarnova {
 namespace {
 
@@ -71,6 +73,30 @@ PageLink takeLink(Reader& reader) {
     return link;
 }
 
+/// What opens and bounds a picture. Its clip is in the content already.
+void putPicture(std::string& out, const PlacedGraphic& graphic, const std::string& folder) {
+    putText<char>(out, pathOfGraphic(graphic, folder));
+    put(out, static_cast<std::uint8_t>(graphic.embedded != nullptr ? 1 : 0));
+    if (graphic.embedded != nullptr) putText<char>(out, *graphic.embedded);
+    put(out, graphic.bounds);
+    put(out, graphic.pdfPage);
+    put(out, graphic.pdfCrop);
+    put(out, static_cast<std::uint8_t>(graphic.pdfTransparent ? 1 : 0));
+}
+
+std::shared_ptr<const PlacedGraphic> takePicture(Reader& reader) {
+    auto graphic = std::make_shared<PlacedGraphic>();
+    graphic->filePath = reader.takeText<char>();
+    if (reader.take<std::uint8_t>() != 0) {
+        graphic->embedded = std::make_shared<const std::string>(reader.takeText<char>());
+    }
+    graphic->bounds = reader.take<PMRect>();
+    graphic->pdfPage = reader.take<std::int32_t>();
+    graphic->pdfCrop = reader.take<std::uint32_t>();
+    graphic->pdfTransparent = reader.take<std::uint8_t>() != 0;
+    return graphic;
+}
+
 DrawnPage takePage(Reader& reader) {
     DrawnPage page;
     page.sheet = reader.take<PMRect>();
@@ -85,6 +111,12 @@ DrawnPage takePage(Reader& reader) {
     const std::uint32_t links = reader.takeCount();
     for (std::uint32_t i = 0; i < links; ++i)
         page.links.push_back(takeLink(reader));
+    const std::uint32_t forms = reader.takeCount();
+    for (std::uint32_t i = 0; i < forms; ++i)
+        page.forms.push_back(reader.take<std::uint32_t>());
+    const std::uint32_t pictures = reader.takeCount();
+    for (std::uint32_t i = 0; i < pictures; ++i)
+        page.pictures.push_back(takePicture(reader));
     return page;
 }
 
@@ -104,6 +136,12 @@ void KeptPages::add(const DrawnPage& page) {
     put(bytes, static_cast<std::uint32_t>(page.links.size()));
     for (const PageLink& link : page.links)
         putLink(bytes, link);
+    put(bytes, static_cast<std::uint32_t>(page.forms.size()));
+    for (const std::uint32_t form : page.forms)
+        put(bytes, form);
+    put(bytes, static_cast<std::uint32_t>(page.pictures.size()));
+    for (const std::shared_ptr<const PlacedGraphic>& picture : page.pictures)
+        putPicture(bytes, *picture, page.pictureFolder);
 }
 
 std::string KeptPages::finish(const std::vector<GlyphNote>& notes) {

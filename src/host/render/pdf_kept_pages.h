@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,7 +23,10 @@ struct DrawnPage {
     std::int64_t oversetStories = 0;
     PdfObjects::PackedData content;  // of what drew it last, or of the bytes that it was read from
     std::vector<PageLink> links;
-    std::string title;  // of its bookmark
+    std::vector<std::uint32_t> forms;  // that a page with pictures shows: of the table, as often as it shows them
+    std::vector<std::shared_ptr<const PlacedGraphic>> pictures;  // as `PdfContent::pictures`
+    std::string pictureFolder;                                   // from which their relative paths count
+    std::string title;                                           // of its bookmark
     PageLabel label;
 };
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <set>
 #include <span>
 
 #include "host/render/page_links.h"
@@ -14,6 +15,7 @@
 #include "host/render/pdf_objects.h"
 #include "host/render/pdf_outline.h"
 #include "host/render/pdf_page_labels.h"
+#include "host/render/pdf_pictures.h"
 
 namespace tarnova {
 
@@ -100,6 +102,8 @@ class PdfWriter::File {
 
     [[nodiscard]] const std::string& error() const { return output.failed() ? output.error() : notOpen; }
 
+    [[nodiscard]] const std::vector<PictureProblem>& pictureProblems() const { return pictures.problems(); }
+
     std::int64_t pages = 0;
     std::int64_t oversetCount = 0;
     DisplayList list;
@@ -154,6 +158,13 @@ class PdfWriter::File {
         drawn.oversetStories = static_cast<std::int64_t>(page.overset.size());
         drawn.content = objects->pack(content.end());
         drawn.links = linksOf(page);
+        drawn.pictures = content.pictures();
+        drawn.forms.clear();
+        if (!drawn.pictures.empty()) {
+            drawn.pictureFolder = page.pictureFolder;
+            for (const FormUse& use : formUses)
+                drawn.forms.push_back(static_cast<std::uint32_t>(use.form));
+        }
         if (kept) {
             kept->add(drawn);
         } else {
@@ -202,11 +213,45 @@ class PdfWriter::File {
         body.clear();
         body.put("/Type/XObject/Subtype/Form/BBox");
         putBox(page.page);
+        const std::string_view drawing = content.end();
         body.put("/Resources ");
-        putReference(body, resources);
+        if (content.pictures().empty()) {
+            putReference(body, resources);
+        } else {
+            putOwnResources(placePictures(content.pictures(), page.pictureFolder), {});
+        }
         const std::uint32_t number = objects->reserve();
-        objects->writeStream(number, body.view(), content.end());
+        objects->writeStream(number, body.view(), drawing);
         return forms.add(number);
+    }
+
+    /// The objects of pictures in the order of their names.
+    [[nodiscard]] std::vector<std::uint32_t> placePictures(
+        const std::vector<std::shared_ptr<const PlacedGraphic>>& shown, const std::string& folder) {
+        std::vector<std::uint32_t> numbers;
+        for (const auto& graphic : shown)
+            numbers.push_back(pictures.place(*objects, *graphic, folder));
+        return numbers;
+    }
+
+    /// What shows pictures has resources of its own: a dictionary of all pictures of a long job would burden each page.
+    void putOwnResources(const std::vector<std::uint32_t>& shown, const std::vector<std::uint32_t>& usedForms) {
+        if (fontResources == 0) fontResources = objects->reserve();
+        body.put("<</Font ");
+        putReference(body, fontResources);
+        body.put("/XObject<<");
+        for (std::size_t i = 0; i < shown.size(); ++i)
+            putXObject("P" + std::to_string(i), shown[i]);
+        for (const std::uint32_t form : std::set(usedForms.begin(), usedForms.end()))
+            putXObject(forms.forms()[form].name, forms.forms()[form].number);
+        body.put(">>>>");
+    }
+
+    void putXObject(std::string_view name, std::uint32_t number) {
+        body.put('/');
+        body.put(name);
+        body.put(' ');
+        putReference(body, number);
     }
 
     /// A sheet's box with this much left off on each side.
@@ -233,8 +278,8 @@ class PdfWriter::File {
 
     void writePage(const DrawnPage& page, std::uint32_t stream) {
         const PMRect& sheet = page.sheet;
-        const std::uint32_t annotations =
-            page.links.empty() ? 0 : links.write(*objects, page.links, sheet.height());
+        const std::uint32_t annotations = page.links.empty() ? 0 : links.write(*objects, page.links, sheet.height());
+        const std::vector<std::uint32_t> shown = placePictures(page.pictures, page.pictureFolder);
         if (nodePages.empty()) {
             nodes.push_back(objects->reserve());
             nodePages.reserve(pagesInNode);
@@ -252,6 +297,10 @@ class PdfWriter::File {
         if (annotations != 0) {
             body.put("/Annots ");
             putReference(body, annotations);
+        }
+        if (!shown.empty()) {
+            body.put("/Resources");
+            putOwnResources(shown, page.forms);
         }
         body.put(">>");
         lastPage = objects->reserve();
@@ -291,22 +340,21 @@ class PdfWriter::File {
     }
 
     [[nodiscard]] bool writeResources() {
+        ByteBuffer fontEntries;
+        std::string error;
+        if (!fonts.write(*objects, fontEntries, error)) return fail(error);
+        if (fontResources != 0) objects->write(fontResources, fmt::format("<<{}>>", fontEntries.view()));
         body.clear();
         body.put("<<");
         if (!fonts.empty()) {
-            std::string error;
             body.put("/Font<<");
-            if (!fonts.write(*objects, body, error)) return fail(error);
+            body.put(fontEntries.view());
             body.put(">>");
         }
         if (!forms.forms().empty()) {
             body.put("/XObject<<");
-            for (const PdfForm& form : forms.forms()) {
-                body.put('/');
-                body.put(form.name);
-                body.put(' ');
-                putReference(body, form.number);
-            }
+            for (const PdfForm& form : forms.forms())
+                putXObject(form.name, form.number);
             body.put(">>");
         }
         body.put(">>");
@@ -326,6 +374,7 @@ class PdfWriter::File {
         if (const std::uint32_t number = labels.finish(*objects); number != 0) {
             entries += fmt::format("/PageLabels {} 0 R", number);
         }
+        entries += pictures.catalogEntries();
         if (!options.title.empty()) entries += "/ViewerPreferences<</DisplayDocTitle true>>";
         objects->write(catalog, entries + ">>");
         const std::uint32_t info = objects->reserve();
@@ -338,6 +387,7 @@ class PdfWriter::File {
     std::optional<PdfObjects> objects;
     PdfFontTable fonts;
     PdfFormTable forms;
+    PdfPictures pictures;
     PdfContent content{fonts};
     PdfOutline outline;
     PdfLinks links;
@@ -346,7 +396,8 @@ class PdfWriter::File {
     ByteBuffer body;
     std::uint32_t rootNode = 0;
     std::uint32_t resources = 0;
-    std::uint32_t lastPage = 0;  // the object of the page added last
+    std::uint32_t fontResources = 0;  // the fonts, for what has resources of its own; 0: nothing has yet
+    std::uint32_t lastPage = 0;       // the object of the page added last
     std::vector<std::uint32_t> nodes;
     std::vector<std::uint32_t> nodePages;  // of the last node, while it isn't written
     std::vector<FormUse> formUses;
@@ -393,6 +444,9 @@ std::int64_t PdfWriter::oversetStories() const {
 }
 const std::vector<OversetText>& PdfWriter::oversetOnLastPage() const {
     return file->list.overset;
+}
+const std::vector<PictureProblem>& PdfWriter::pictureProblems() const {
+    return file->pictureProblems();
 }
 
 }  // namespace tarnova

@@ -15,6 +15,7 @@
 
 #include "document/uid.h"
 #include "host/render/display_list.h"
+#include "host/render/shown_picture.h"
 
 namespace tarnova {
 
@@ -31,8 +32,8 @@ struct PdfOptions {
     /// pieces, each piece would begin to count anew.
     bool pageLabels = false;
 
-    /// Pages of a copy of the template, where the file's pages are copies: a link to page 2 then leads to the second page of its
-    /// own copy. 0: to the second page of the document.
+    /// Pages of a copy of the template, where the file's pages are copies: a link to page 2 then leads to the second
+    /// page of its own copy. 0: to the second page of the document.
     std::int32_t pagesOfCopy = 0;
 
     /// Points that the paper is larger on each side, 0 to `pdfMaximumBleed`. What is drawn beyond the page's edge shows
@@ -80,6 +81,8 @@ class PdfWriter {
     [[nodiscard]] std::int64_t oversetStories() const;
     /// Those of the page added last.
     [[nodiscard]] const std::vector<OversetText>& oversetOnLastPage() const;
+    /// Pictures so far that couldn't be drawn and show as grey boxes; in a fork none.
+    [[nodiscard]] const std::vector<PictureProblem>& pictureProblems() const;
 
  private:
     class File;

@@ -6,16 +6,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/render/cairo_painter.h"
-#include "host/render/cairo_target.h"
 #include "host/render/output_file.h"
+#include "host/render/page_surface.h"
 
 namespace tarnova {
 
 namespace {
 
-constexpr double largestSide = 32767;  // cairo's
-constexpr double largestArea = 1 << 28;
 constexpr double inchesInMeter = 1 / 0.0254;
 
 /// cairo's PNG bytes on their way to the file, with the resolution put in where it belongs.
@@ -59,50 +56,14 @@ struct PngStream {
     }
 };
 
-[[nodiscard]] bool sizeInPixels(const DisplayList& page, double dpi, int& width, int& height, std::string& reason) {
-    if (!(dpi >= pngMinimumDpi && dpi <= pngMaximumDpi)) {
-        reason = fmt::format("the resolution must be {} to {} dpi", pngMinimumDpi, pngMaximumDpi);
-        return false;
-    }
-    if (!(page.page.width() > 0 && page.page.height() > 0)) {
-        reason = "a page has no area";
-        return false;
-    }
-    // A hair less than a whole pixel is a rounding error of the conversion from millimetres.
-    const double wide = std::max(1.0, std::ceil(page.page.width() * dpi / 72 - 0.01));
-    const double high = std::max(1.0, std::ceil(page.page.height() * dpi / 72 - 0.01));
-    if (!(wide <= largestSide && high <= largestSide && wide * high <= largestArea)) {
-        reason =
-            fmt::format("at {} dpi the page has {:.0f} × {:.0f} pixels, too many for a picture; lower the resolution",
-                        dpi, wide, high);
-        return false;
-    }
-    width = static_cast<int>(wide);
-    height = static_cast<int>(high);
-    return true;
-}
-
-SurfacePtr drawPage(const DisplayList& page, double dpi, int width, int height) {
-    SurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), cairo_surface_destroy);
-    const ContextPtr context(cairo_create(surface.get()), cairo_destroy);
-    cairo_set_source_rgb(context.get(), 1, 1, 1);
-    cairo_paint(context.get());
-    cairo_scale(context.get(), dpi / 72, dpi / 72);
-    CairoPainter(context.get(), page).paintPage();
-    cairo_surface_flush(surface.get());
-    return surface;
-}
-
-}  // namespace
-
-bool writePagePng(const DisplayList& page, const std::string& path, double dpi, std::string& error) {
-    int width = 0, height = 0;
+[[nodiscard]] bool writeList(const DisplayList& page, const std::string& path, double dpi, PageNotes& notes,
+                             std::string& error) {
     std::string reason;
-    if (!sizeInPixels(page, dpi, width, height, reason)) {
+    const SurfacePtr surface = pageSurface(page, dpi, notes.pictures, reason);
+    if (surface == nullptr) {
         error = cantBeWritten(path, reason);
         return false;
     }
-    const SurfacePtr surface = drawPage(page, dpi, width, height);
     OutputFile file;
     bool written = file.open(path);
     if (written) {
@@ -115,10 +76,19 @@ bool writePagePng(const DisplayList& page, const std::string& path, double dpi, 
     return written;
 }
 
-bool writePagePng(const DocumentModel& document, UID page, const std::string& path, double dpi,
-                  std::vector<OversetText>* overset, std::string& error) {
+}  // namespace
+
+bool writePagePng(const DisplayList& page, const std::string& path, double dpi, std::string& error) {
+    PageNotes ignored;
+    return writeList(page, path, dpi, ignored, error);
+}
+
+bool writePagePng(const DocumentModel& document, UID page, const std::string& path, double dpi, PageNotes* notes,
+                  std::string& error) {
     DisplayList list;
-    return listForFile(document, page, path, list, overset, error) && writePagePng(list, path, dpi, error);
+    PageNotes ignored;
+    return listForFile(document, page, path, list, notes, error) &&
+           writeList(list, path, dpi, notes == nullptr ? ignored : *notes, error);
 }
 
 }  // namespace tarnova

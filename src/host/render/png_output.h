@@ -8,6 +8,7 @@
 
 #include "document/uid.h"
 #include "host/render/display_list.h"
+#include "host/render/shown_picture.h"
 
 namespace tarnova {
 
@@ -15,10 +16,11 @@ inline constexpr double pngDefaultDpi = 150;
 inline constexpr double pngMinimumDpi = 1;
 inline constexpr double pngMaximumDpi = 2400;
 
-/// Draws one page and writes it to `path` through a temporary file. Text that doesn't fit isn't drawn and is appended
-/// to `overset`, which may be null. False: `error` has a message for people, and an older file is still there.
+/// Draws one page and writes it to `path` through a temporary file. Text that doesn't fit isn't drawn and is told
+/// in `notes`, which may be null, beside pictures that can't be drawn. False: `error` has a message for people, and an
+/// older file is still there.
 [[nodiscard]] bool writePagePng(const DocumentModel& document, UID page, const std::string& path, double dpi,
-                                std::vector<OversetText>* overset, std::string& error);
+                                PageNotes* notes, std::string& error);
 [[nodiscard]] bool writePagePng(const DisplayList& page, const std::string& path, double dpi, std::string& error);
 
 }  // namespace tarnova

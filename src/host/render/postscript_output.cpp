@@ -69,6 +69,7 @@ class PostScriptWriter::File {
     [[nodiscard]] const std::string& error() const { return output.failed() ? output.error() : notOpen; }
 
     std::vector<OversetText> overset;
+    std::vector<PictureProblem> pictures;
 
  private:
     [[nodiscard]] bool closed() {
@@ -99,7 +100,7 @@ class PostScriptWriter::File {
         cairo_translate(context.get(), 0, wholeHeight - size.y);
         cairo_rectangle(context.get(), 0, 0, size.x, size.y);
         cairo_clip(context.get());
-        CairoPainter(context.get(), page).paintPage();
+        CairoPainter(context.get(), page, pictures).paintPage();
         cairo_show_page(context.get());
         return good(cairo_status(context.get()));
     }
@@ -135,18 +136,35 @@ const std::string& PostScriptWriter::error() const {
 const std::vector<OversetText>& PostScriptWriter::oversetOnLastPage() const {
     return file->overset;
 }
+const std::vector<PictureProblem>& PostScriptWriter::pictureProblems() const {
+    return file->pictures;
+}
 
-bool writePageEps(const DisplayList& page, const std::string& path, const std::string& title, std::string& error) {
+namespace {
+
+[[nodiscard]] bool writeList(const DisplayList& page, const std::string& path, const std::string& title,
+                             PageNotes& notes, std::string& error) {
     PostScriptWriter writer;
     const bool written = writer.open(path, title, PostScriptKind::eps) && writer.addPage(page) && writer.finish();
     if (!written) error = writer.error();
+    const std::vector<PictureProblem>& pictures = writer.pictureProblems();
+    notes.pictures.insert(notes.pictures.end(), pictures.begin(), pictures.end());
     return written;
 }
 
+}  // namespace
+
+bool writePageEps(const DisplayList& page, const std::string& path, const std::string& title, std::string& error) {
+    PageNotes ignored;
+    return writeList(page, path, title, ignored, error);
+}
+
 bool writePageEps(const DocumentModel& document, UID page, const std::string& path, const std::string& title,
-                  std::vector<OversetText>* overset, std::string& error) {
+                  PageNotes* notes, std::string& error) {
     DisplayList list;
-    return listForFile(document, page, path, list, overset, error) && writePageEps(list, path, title, error);
+    PageNotes ignored;
+    return listForFile(document, page, path, list, notes, error) &&
+           writeList(list, path, title, notes == nullptr ? ignored : *notes, error);
 }
 
 }  // namespace tarnova

@@ -11,6 +11,7 @@
 
 #include "document/uid.h"
 #include "host/render/display_list.h"
+#include "host/render/shown_picture.h"
 
 namespace tarnova {
 
@@ -39,6 +40,8 @@ class PostScriptWriter {
     [[nodiscard]] const std::string& error() const;
     /// Stories of the page added last whose text didn't fit; what doesn't fit isn't drawn.
     [[nodiscard]] const std::vector<OversetText>& oversetOnLastPage() const;
+    /// Pictures so far that couldn't be drawn and show as grey boxes.
+    [[nodiscard]] const std::vector<PictureProblem>& pictureProblems() const;
 
  private:
     class File;
@@ -46,10 +49,11 @@ class PostScriptWriter {
 };
 
 /// Draws one page as EPS and writes it to `path` through a temporary file. The bounding boxes are the page, not the
-/// ink, and nothing is painted beyond them; the ground stays transparent. Text that doesn't fit isn't drawn and is
-/// appended to `overset`, which may be null. False: `error` has a message for people, and an older file is still there.
+/// ink, and nothing is painted beyond them; the ground stays transparent. Text that doesn't fit isn't drawn and is told
+/// in `notes`, which may be null, beside pictures that can't be drawn. False: `error` has a message for people, and an
+/// older file is still there.
 [[nodiscard]] bool writePageEps(const DocumentModel& document, UID page, const std::string& path,
-                                const std::string& title, std::vector<OversetText>* overset, std::string& error);
+                                const std::string& title, PageNotes* notes, std::string& error);
 [[nodiscard]] bool writePageEps(const DisplayList& page, const std::string& path, const std::string& title,
                                 std::string& error);
 

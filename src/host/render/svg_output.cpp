@@ -18,13 +18,13 @@ cairo_status_t append(void* closure, const unsigned char* data, unsigned count) 
 }
 
 /// The page as cairo writes it; empty when it couldn't, with its reason in `reason`.
-std::string drawnSvg(const DisplayList& page, std::string& reason) {
+std::string drawnSvg(const DisplayList& page, PageNotes& notes, std::string& reason) {
     std::string svg;
     const SurfacePtr surface(cairo_svg_surface_create_for_stream(append, &svg, page.page.width(), page.page.height()),
                              cairo_surface_destroy);
     cairo_svg_surface_restrict_to_version(surface.get(), CAIRO_SVG_VERSION_1_1);
     const ContextPtr context(cairo_create(surface.get()), cairo_destroy);
-    CairoPainter(context.get(), page).paintPage();
+    CairoPainter(context.get(), page, notes.pictures).paintPage();
     cairo_show_page(context.get());
     const cairo_status_t drawn = cairo_status(context.get());
     cairo_surface_finish(surface.get());
@@ -64,12 +64,10 @@ void addLinks(std::string& svg, const DisplayList& page) {
     if (const std::size_t end = svg.rfind("</svg>"); end != std::string::npos) svg.insert(end, areas);
 }
 
-}  // namespace
-
-bool writePageSvg(const DisplayList& page, const std::string& path, std::string& error) {
+[[nodiscard]] bool writeList(const DisplayList& page, const std::string& path, PageNotes& notes, std::string& error) {
     std::string reason = "a page has no area";
     std::string svg;
-    if (page.page.width() > 0 && page.page.height() > 0) svg = drawnSvg(page, reason);
+    if (page.page.width() > 0 && page.page.height() > 0) svg = drawnSvg(page, notes, reason);
     if (svg.empty()) {
         error = cantBeWritten(path, reason);
         return false;
@@ -86,10 +84,19 @@ bool writePageSvg(const DisplayList& page, const std::string& path, std::string&
     return written;
 }
 
-bool writePageSvg(const DocumentModel& document, UID page, const std::string& path, std::vector<OversetText>* overset,
+}  // namespace
+
+bool writePageSvg(const DisplayList& page, const std::string& path, std::string& error) {
+    PageNotes ignored;
+    return writeList(page, path, ignored, error);
+}
+
+bool writePageSvg(const DocumentModel& document, UID page, const std::string& path, PageNotes* notes,
                   std::string& error) {
     DisplayList list;
-    return listForFile(document, page, path, list, overset, error) && writePageSvg(list, path, error);
+    PageNotes ignored;
+    return listForFile(document, page, path, list, notes, error) &&
+           writeList(list, path, notes == nullptr ? ignored : *notes, error);
 }
 
 }  // namespace tarnova

@@ -10,14 +10,15 @@
 
 #include "document/uid.h"
 #include "host/render/display_list.h"
+#include "host/render/shown_picture.h"
 
 namespace tarnova {
 
 /// Draws one page and writes it to `path` through a temporary file. The same page gives the same bytes. Text that
-/// doesn't fit isn't drawn and is appended to `overset`, which may be null. False: `error` has a message for people,
-/// and an older file is still there.
-[[nodiscard]] bool writePageSvg(const DocumentModel& document, UID page, const std::string& path,
-                                std::vector<OversetText>* overset, std::string& error);
+/// doesn't fit isn't drawn and is told in `notes`, which may be null, beside pictures that can't be drawn. False:
+/// `error` has a message for people, and an older file is still there.
+[[nodiscard]] bool writePageSvg(const DocumentModel& document, UID page, const std::string& path, PageNotes* notes,
+                                std::string& error);
 [[nodiscard]] bool writePageSvg(const DisplayList& page, const std::string& path, std::string& error);
 
 }  // namespace tarnova

@@ -25,6 +25,7 @@ class PdfSink final : public PageSink {
     bool finish() override { return writer.finish(); }
     const std::string& error() const override { return writer.error(); }
     std::int64_t oversetStories() const override { return writer.oversetStories(); }
+    const std::vector<PictureProblem>& pictureProblems() const override { return writer.pictureProblems(); }
     std::int64_t pageCount() const override { return writer.pageCount(); }
     bool sharesWork() const override { return true; }
     void keepPages() override { writer.keepPages(); }
@@ -50,7 +51,7 @@ class PngSink final : public PageSink {
 
     bool addPage(const DocumentModel& document, UID page) override {
         const std::string path = pageFilePath(outputPath, ++pages, pagesOfRun, pagesOfRun == 1);
-        if (!writePagePng(document, page, path, dpi, &overset, message)) return false;
+        if (!writePagePng(document, page, path, dpi, &notes, message)) return false;
         unfinished.push_back(path);
         return true;
     }
@@ -59,7 +60,8 @@ class PngSink final : public PageSink {
         return true;
     }
     const std::string& error() const override { return message; }
-    std::int64_t oversetStories() const override { return static_cast<std::int64_t>(overset.size()); }
+    std::int64_t oversetStories() const override { return static_cast<std::int64_t>(notes.overset.size()); }
+    const std::vector<PictureProblem>& pictureProblems() const override { return notes.pictures; }
     std::int64_t pageCount() const override { return pages; }
 
  private:
@@ -68,7 +70,7 @@ class PngSink final : public PageSink {
     std::int32_t pagesOfRun;
     std::int32_t pages = 0;
     std::vector<std::string> unfinished;
-    std::vector<OversetText> overset;
+    PageNotes notes;
     std::string message;
 };
 

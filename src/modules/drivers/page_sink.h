@@ -7,9 +7,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "document/uid.h"
 #include "host/model/document_model.h"
+#include "host/render/shown_picture.h"
 
 namespace tarnova {
 
@@ -34,6 +36,8 @@ class PageSink {
     [[nodiscard]] virtual bool finish() = 0;
     [[nodiscard]] virtual const std::string& error() const = 0;
     [[nodiscard]] virtual std::int64_t oversetStories() const = 0;
+    /// Pictures that show as grey boxes; in a worker none.
+    [[nodiscard]] virtual const std::vector<PictureProblem>& pictureProblems() const = 0;
     [[nodiscard]] virtual std::int64_t pageCount() const = 0;
 
     // Work of several processes, as in pdf_writer.h.

@@ -41,7 +41,7 @@ TEST_F(AnchoredPage, ItemsAreDrawnWhereTheirTextIs) {
     ASSERT_EQ(list.items.size(), 3u) << "a text, a text in it, a box in that";
     std::string error;
     ASSERT_TRUE(writePagePng(list, folder.path("page.png"), 72, error)) << error;
-    const Picture picture(folder.path("page.png"));
+    const PngPicture picture(folder.path("page.png"));
     EXPECT_EQ(picture.at(52, 22), 0u);
     EXPECT_EQ(picture.at(69, 29), 0u);
     EXPECT_EQ(picture.darkPixels(0, 0, 50, 100), 0);

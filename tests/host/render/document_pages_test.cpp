@@ -162,10 +162,10 @@ TEST_F(Letters, OversetTextIsToldWhereItsLastFrameIs) {
     EXPECT_NE(text.find("many words"), std::string::npos);
     EXPECT_EQ(text.find("END"), std::string::npos);
 
-    std::vector<OversetText> told;
+    PageNotes told;
     std::string error;
     ASSERT_TRUE(writePagePng(*layout, page, folder.path("page.png"), 72, &told, error)) << error;
-    EXPECT_EQ(told.size(), 1u);
+    EXPECT_EQ(told.overset.size(), 1u);
 }
 
 TEST_F(Letters, WithoutAComposerTextIsAnErrorAndNotAnEmptyPage) {

@@ -77,7 +77,7 @@ void expectOutputsAgree(const DisplayList& page, const ScratchFolder& folder) {
         SCOPED_TRACE(name);
         const CommandResult drawn = runCommand(draw);
         ASSERT_EQ(drawn.status, 0) << drawn.output;
-        expectTheSamePicture(Picture(path("png")), Picture(path(name) + ".png"));
+        expectTheSamePicture(PngPicture(path("png")), PngPicture(path(name) + ".png"));
     }
 }
 

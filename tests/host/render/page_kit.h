@@ -141,6 +141,18 @@ class PageKit {
         return item;
     }
 
+    /// A picture that fills `bounds` of its frame.
+    DisplayItem& picture(const std::string& path, const PMRect& bounds, const ItemShape& frame,
+                         const PMMatrix& toPage = {}) {
+        auto graphic = std::make_shared<PlacedGraphic>();
+        graphic->filePath = path;
+        graphic->bounds = bounds;
+        DisplayItem& item = shape(frame, toPage);
+        item.picture = &pictures.emplace_back();
+        pictures.back().graphic = std::move(graphic);
+        return item;
+    }
+
     /// Marks all that is on the page so far as part of the template.
     void repeatAll() {
         for (DisplayItem& item : list.items)
@@ -197,6 +209,7 @@ class PageKit {
 
     std::uint64_t stamp = 0;
     std::deque<ItemShape> shapes;
+    std::deque<PageItem> pictures;
     std::deque<StoryText> stories;
     std::deque<ComposedStory> layouts;
     std::deque<CharFormat> formats;

@@ -65,7 +65,7 @@ TEST_F(PathTextPage, AllOutputsShowTheSame) {
 /// Outside of the first circle there is text all around, inside of it none but the underline; the other way round at
 /// the second.
 TEST_F(PathTextPage, TextStandsOnItsSideOfThePath) {
-    const Picture picture(own);
+    const PngPicture picture(own);
     const auto dark = [&picture](double left, double top, double right, double bottom) {
         return picture.darkPixels(static_cast<int>(left * 4), static_cast<int>(top * 4), static_cast<int>(right * 4),
                                   static_cast<int>(bottom * 4));

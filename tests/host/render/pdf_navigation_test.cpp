@@ -176,7 +176,7 @@ TEST_F(PdfNavigation, TheBleedGoesAroundThePage) {
 
     ASSERT_EQ(runCommand("pdftoppm -r 72 -f 2 -png -singlefile '" + path + "' '" + folder.path("sheet") + "'").status,
               0);
-    const Picture sheet(folder.path("sheet.png"));
+    const PngPicture sheet(folder.path("sheet.png"));
     ASSERT_EQ(sheet.width(), 217);
     ASSERT_EQ(sheet.height(), 117);
     EXPECT_NE(sheet.at(1, 1), 0xFFFFFFu) << "in the bleed";

@@ -14,14 +14,14 @@
 namespace tarnova::testing {
 
 /// A PNG file.
-class Picture {
+class PngPicture {
  public:
     static constexpr int block = 8;  // pixels
 
-    explicit Picture(const std::string& path) : surface(cairo_image_surface_create_from_png(path.c_str())) {}
-    ~Picture() { cairo_surface_destroy(surface); }
-    Picture(const Picture&) = delete;
-    Picture& operator=(const Picture&) = delete;
+    explicit PngPicture(const std::string& path) : surface(cairo_image_surface_create_from_png(path.c_str())) {}
+    ~PngPicture() { cairo_surface_destroy(surface); }
+    PngPicture(const PngPicture&) = delete;
+    PngPicture& operator=(const PngPicture&) = delete;
 
     [[nodiscard]] int width() const { return cairo_image_surface_get_width(surface); }
     [[nodiscard]] int height() const { return cairo_image_surface_get_height(surface); }
@@ -56,10 +56,10 @@ class Picture {
 };
 
 /// How far the ink of two pictures of one size is apart in the block where it differs most.
-inline double largestDifference(const Picture& own, const Picture& other) {
+inline double largestDifference(const PngPicture& own, const PngPicture& other) {
     double largest = 0;
-    for (int y = 0; y + Picture::block <= own.height(); y += Picture::block) {
-        for (int x = 0; x + Picture::block <= own.width(); x += Picture::block) {
+    for (int y = 0; y + PngPicture::block <= own.height(); y += PngPicture::block) {
+        for (int x = 0; x + PngPicture::block <= own.width(); x += PngPicture::block) {
             largest = std::max(largest, std::fabs(own.ink(x, y) - other.ink(x, y)));
         }
     }
@@ -67,7 +67,7 @@ inline double largestDifference(const Picture& own, const Picture& other) {
 }
 
 /// Edges may be smoothed differently, but shapes may not move.
-inline void expectTheSamePicture(const Picture& own, const Picture& other) {
+inline void expectTheSamePicture(const PngPicture& own, const PngPicture& other) {
     ASSERT_EQ(own.width(), other.width());
     ASSERT_EQ(own.height(), other.height());
     EXPECT_GT(own.darkPixels(), 3000);

@@ -29,7 +29,7 @@ TEST_F(PngFile, ColoursAreWhereTheyBelong) {
     kit.rectangle({100, 30, 140, 50}, {PageKit::bluish, 1});
     kit.rectangle({0, 0, 10, 10}, {swatchBlack, 0.5}).toPage = {0, 2, -2, 0, 180, 100};
     draw(72);
-    const Picture picture(path);
+    const PngPicture picture(path);
     EXPECT_EQ(picture.width(), 200);
     EXPECT_EQ(picture.height(), 300);
     struct TestRow {
@@ -44,7 +44,7 @@ TEST_F(PngFile, ColoursAreWhereTheyBelong) {
 
 TEST_F(PngFile, TheResolutionGivesTheSizeAndIsWrittenDown) {
     draw(150);
-    const Picture picture(path);
+    const PngPicture picture(path);
     EXPECT_EQ(picture.width(), 417);
     EXPECT_EQ(picture.height(), 625);
     const std::string said = runCommand("identify -units PixelsPerInch -format '%x' '" + path + "'").output;
@@ -56,7 +56,7 @@ TEST_F(PngFile, TextInkStaysInItsLine) {
     format.pointSize = 20;
     kit.line(U"HHHH", 50, 100, format);
     draw(72);
-    const Picture picture(path);
+    const PngPicture picture(path);
     const int right = 50 + static_cast<int>(kit.lastLine().runs[0].width) + 1;
     EXPECT_GT(picture.darkPixels(50, 84, right, 101), 100);
     EXPECT_EQ(picture.darkPixels(0, 0, 200, 300), picture.darkPixels(50, 84, right, 101)) << "and nowhere else";

@@ -167,8 +167,8 @@ TEST_F(TourTest, PdfAndPictureShowTheSame) {
               0);
     for (std::int32_t i = 1; i <= document->pageCount(); ++i) {
         SCOPED_TRACE(fmt::format("page {}", i));
-        const Picture own(folder.path(fmt::format("own-{:02}.png", i)));
-        const Picture other(folder.path(fmt::format("pdf-{:02}.png", i)));
+        const PngPicture own(folder.path(fmt::format("own-{:02}.png", i)));
+        const PngPicture other(folder.path(fmt::format("pdf-{:02}.png", i)));
         EXPECT_LT(largestDifference(own, other), 0.25);
     }
 }

@@ -1,0 +1,20 @@
+#include "host/render/item_snapshot.h"
+
+#include "host/render/display_list.h"
+#include "host/render/page_surface.h"
+#include "host/render/tiff_bytes.h"
+
+namespace tarnova {
+
+errorWord drawItemTiff(const DocumentModel& document, UID item, double pixelsPerInch, std::string& outTiff) {
+    DisplayList list;
+    std::string reason;
+    std::vector<PictureProblem> ignored;
+    if (!buildItemList(document, item, list)) return errFailed;
+    const SurfacePtr surface = pageSurface(list, pixelsPerInch, ignored, reason);
+    if (surface == nullptr) return errFailed;
+    outTiff = tiffBytes(surface.get(), pixelsPerInch);
+    return 0;
+}
+
+}  // namespace tarnova

@@ -1,0 +1,145 @@
+// Placed pictures in every output.
+
+#include <gtest/gtest.h>
+
+#include "host/render/png_output.h"
+#include "tests/host/render/picture.h"
+
+namespace tarnova {
+namespace {
+
+using namespace tarnova::testing;
+
+ItemShape frameOf(const PMRect& bounds) {
+    ItemShape frame;
+    frame.bounds = bounds;
+    return frame;
+}
+
+class PlacedPictures : public ::testing::Test {
+ protected:
+    /// A picture that ImageMagick makes.
+    std::string make(const std::string& name, const std::string& how) {
+        const std::string made = folder.path(name);
+        const CommandResult result = runCommand("convert " + how + " '" + made + "'");
+        EXPECT_EQ(result.status, 0) << result.output;
+        return made;
+    }
+    void writePdf(const std::vector<const DisplayList*>& pages, const PdfOptions& options = {}) {
+        PdfWriter writer;
+        bool isWritten = writer.open(path, options);
+        for (const DisplayList* page : pages)
+            isWritten = isWritten && writer.addPage(*page);
+        ASSERT_TRUE(isWritten && writer.finish()) << writer.error();
+        problems = writer.pictureProblems();
+        EXPECT_EQ(complaintsAbout(path), "");
+    }
+    /// What poppler finds in the PDF: a line for each image.
+    [[nodiscard]] std::string images() const { return runCommand("pdfimages -list '" + path + "'").output; }
+
+    ScratchFolder folder;
+    std::string path = folder.path("pages.pdf");
+    std::vector<PictureProblem> problems;
+    PageKit kit;
+};
+
+TEST_F(PlacedPictures, EveryOutputShowsTheSame) {
+    const std::string text = "-size 120x80 gradient:navy-yellow -fill black -draw 'circle 40,40 40,60' ";
+    const std::string photo = make("photo.jpg", text),
+                      drawn = make("drawn.png", text + "-fill red -draw 'rectangle 80,10 110,70'");
+    const std::string cut = make("cut.png", text + "-alpha set -channel A -evaluate set 60%");
+    const std::string gray = make("gray.jpg", text + "-colorspace Gray");
+    ItemShape ellipse = frameOf({0, 0, 80, 60});
+    ellipse.kind = pathInfoRec::Kind::ellipse;
+    kit.picture(photo, {0, 0, 90, 60}, ellipse, {1, 0, 0, 1, 10, 10});
+    kit.picture(drawn, {-20, -10, 70, 50}, frameOf({0, 0, 60, 40}), {0.9, 0.3, -0.3, 0.9, 120, 20});
+    kit.rectangle({10, 100, 60, 150}, {PageKit::bluish, 1});
+    kit.picture(cut, {0, 0, 90, 60}, frameOf({0, 0, 90, 60}), {1, 0, 0, 1, 30, 90});
+    kit.picture(gray, {0, 0, 60, 40}, frameOf({0, 0, 60, 40}), {1, 0, 0, 1, 130, 100});
+    kit.picture(folder.path("none.png"), {0, 0, 60, 40}, frameOf({0, 0, 60, 40}), {1, 0, 0, 1, 30, 180});
+    expectOutputsAgree(kit.list, folder);
+}
+
+TEST_F(PlacedPictures, JpegDataGoesThroughAndEqualContentIsStoredOnce) {
+    const std::string how = "-size 40x30 gradient:red-blue -quality 70 ";
+    const std::string cmyk = make("a.jpg", how + "-colorspace CMYK"), copy = folder.path("b.jpg");
+    const std::string rgb = make("c.jpg", how);
+    std::filesystem::copy_file(cmyk, copy);
+    for (const std::string& picture : {cmyk, copy, rgb, cmyk})
+        kit.picture(picture, {0, 0, 40, 30}, frameOf({0, 0, 40, 30}));
+    writePdf({&kit.list, &kit.list});
+    EXPECT_EQ(countOf(fileBytes(path), "/Subtype/Image"), 2u);
+    const std::string bytes = fileBytes(path);
+    EXPECT_EQ(countOf(bytes, fileBytes(cmyk)), 1u);
+    EXPECT_EQ(countOf(bytes, fileBytes(rgb)), 1u);
+    EXPECT_NE(bytes.find("/ColorSpace/DeviceCMYK/Decode[1 0 1 0 1 0 1 0]"), std::string::npos);
+}
+
+TEST_F(PlacedPictures, PixelsKeepTheirColoursProfileAndTransparency) {
+    const std::string profile = " -profile /usr/share/color/icc/ghostscript/srgb.icc";
+    struct testRow {
+        const char* name;
+        std::string how;
+        const char* kind;
+        int images;
+        bool isLossless;  // by ImageMagick, which takes pixels with a profile for others
+    };
+    const testRow rows[] = {
+        {"gray.png", "-size 30x20 gradient: -depth 8", " gray    1   8 ", 1, true},
+        {"colour.png", "-size 30x20 gradient:red-blue -depth 8", " rgb     3   8 ", 1, true},
+        {"alpha.png", "-size 30x20 gradient:red-blue -alpha set -channel A -evaluate set 50%", " smask ", 2, false},
+        {"icc.png", "-size 30x20 gradient:red-blue" + profile, " icc     3   8 ", 1, false},
+    };
+    for (const auto& [name, how, kind, count, isLossless] : rows) {
+        PageKit page;
+        page.picture(make(name, how), {0, 0, 30, 20}, frameOf({0, 0, 30, 20}));
+        writePdf({&page.list});
+        EXPECT_EQ(countOf(images(), "\n"), count + 2u) << name << images();
+        EXPECT_NE(images().find(kind), std::string::npos) << name << images();
+        const std::string back = folder.path("back");
+        EXPECT_EQ(runCommand("pdfimages -png '" + path + "' '" + back + "'").status, 0);
+        const std::string differing =
+            runCommand("compare -metric AE '" + folder.path(name) + "' '" + back + "-000.png' null:").output;
+        EXPECT_TRUE(!isLossless || differing == "0") << name << differing;
+    }
+}
+
+TEST_F(PlacedPictures, APictureThatCantBeDrawnIsAGreyBoxAndTold) {
+    const std::string damaged = folder.path("damaged.png"), missing = folder.path("missing.jpg");
+    std::ofstream(damaged) << "no picture";
+    for (const std::string& picture : {damaged, missing, missing})
+        kit.picture(picture, {0, 0, 100, 50}, frameOf({0, 0, 100, 50}));
+    writePdf({&kit.list, &kit.list});
+    ASSERT_EQ(problems.size(), 2u);
+    EXPECT_EQ(problems[0].path, damaged);
+    EXPECT_EQ(problems[1].path, missing);
+    EXPECT_EQ(countOf(unpackedPdf(path), "0 0 100.000 50.000 re"), 1u) << "one box for all of a size";
+}
+
+/// Pages of which some are drawn in a fork: the fork is played by a second writer in the same state.
+TEST_F(PlacedPictures, ThoseOfPagesDrawnElsewhereGiveTheSameBytes) {
+    const std::string first = make("first.png", "-size 20x20 xc:red"),
+                      second = make("second.png", "-size 20x20 xc:blue");
+    kit.line(U"A", 10, 60);
+    kit.picture(first, {0, 0, 20, 20}, frameOf({0, 0, 20, 20}));
+    PageKit other;
+    other.line(U"A", 10, 60);
+    other.picture(second, {0, 0, 20, 20}, frameOf({0, 0, 20, 20}));
+    other.picture(first, {0, 0, 20, 20}, frameOf({0, 0, 20, 20}));
+    writePdf({&kit.list, &other.list});
+
+    PdfWriter here, fork;
+    const std::string shared = folder.path("shared.pdf");
+    ASSERT_TRUE(here.open(shared, {}) && here.addPage(kit.list));
+    ASSERT_TRUE(fork.open(folder.path("fork.pdf"), {}) && fork.addPage(kit.list));
+    fork.keepPages();
+    ASSERT_TRUE(fork.addPage(other.list));
+    const auto kept = fork.takeKeptPages();
+    ASSERT_TRUE(kept);
+    bool fits = false;
+    ASSERT_TRUE(here.addKeptPages(*kept, fits) && fits && here.finish());
+    EXPECT_TRUE(fileBytes(path) == fileBytes(shared));
+}
+
+}  // namespace
+}  // namespace tarnova
