@@ -12,6 +12,7 @@
 
 #include "cli/engine_client.h"
 #include "cli/job_setup.h"
+#include "cli/tags_change.h"
 #include "cli/verb.h"
 #include "engine/toolkit/text_encoding.h"
 #include "tags/tag_list.h"
@@ -147,7 +148,7 @@ void writeTagArray(rapidjson::Writer<rapidjson::StringBuffer>& json, DocumentMod
 
 void addTagsVerb(CLI::App& app, verbContext& context) {
     const auto options = std::make_shared<tagsOptionsRec>();
-    CLI::App& tags = *app.add_subcommand("tags", "Look at the variable links of a layout");
+    CLI::App& tags = *app.add_subcommand("tags", "Look at the variable links of a layout, and change them");
     tags.require_subcommand(1);
     tags.footer("Example: tarnova tags list card.tvd");
 
@@ -159,6 +160,8 @@ void addTagsVerb(CLI::App& app, verbContext& context) {
         "A line for each link, first of merge mode (Kelvane), then of price mode (Tallyra). Places are\n"
         "start+length in characters of the story.\nExample: tarnova tags list card.tvd --json");
     list.callback([options, &context] { context.exitStatus = listLayoutTags(*options); });
+
+    addTagsTextVerbs(tags, context);
 }
 
 }  // namespace tarnova

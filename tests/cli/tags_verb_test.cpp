@@ -43,5 +43,20 @@ TEST_F(TagsVerb, JsonHoldsTheSame) {
     EXPECT_TRUE(last.HasMember("error"));
 }
 
+TEST_F(TagsVerb, TextTagsBecomeLinksThatMergeAndAreWrittenBack) {
+    write("in.tvd", R"({"tarnovaLayout": 1, "pages": [{"items": [{"bounds": [20, 20, 400, 100],
+        "text": "Dear \\<!$1; Name; : >you<!!> in \\[!$1;City;;;:town]. \\<!$A; B>"}]}]})");
+    const outcomeRec made = run("tags to-links in.tvd -o links.tvd");
+    EXPECT_EQ(made.output, "links.tvd: 2 links made, 1 text tag left\n");
+    EXPECT_NE(made.messages.find("a text tag stays: no colon stands behind its last semicolon"), std::string::npos);
+    write("data.csv", "Name,City\nAnna,Graz\n");
+    EXPECT_EQ(run("merge links.tvd --data data.csv -o merged.tvd").status, 0);
+    EXPECT_NE(read("merged.tvd").find("Anna"), std::string::npos);
+    EXPECT_EQ(run("tags to-text links.tvd -o text.tvd").output, "text.tvd: 2 links written as text\n");
+    EXPECT_EQ(run("tags to-links text.tvd -o again.tvd").output, "again.tvd: 2 links made, 1 text tag left\n");
+    EXPECT_EQ(run("tags list again.tvd").output, run("tags list links.tvd").output);
+    EXPECT_EQ(run("tags to-links in.tvd -o out.doc").status, 2);
+}
+
 }  // namespace
 }  // namespace tarnova

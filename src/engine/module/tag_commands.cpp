@@ -7,6 +7,7 @@
 #include "engine/module/command_rows.h"
 #include "engine/module/current_definition.h"
 #include "engine/module/front_document.h"
+#include "engine/module/tag_text_commands.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
@@ -382,8 +383,8 @@ constexpr commandRow rows[] = {
      "Fills the field markers of a text."},
     {548, "kKelvaneCmdHasLinks", any, second, hasLinks, hasLinksArgs, "Has a document any link?"},
     {568, "kKelvaneCmdCollectLinkKeys", any, second, collectLinkKeys, keysArgs, "The keys of a document's links."},
-    {1233, "kKelvaneCmdConvertTags", price, second, nullptr, convertArgs, "Turns text tags into links and back."},
-    {1257, "kKelvaneCmdConvertTags", merge, second, nullptr, convertArgs, "Turns text tags into links and back."},
+    {1233, "kKelvaneCmdConvertTags", price, second, convertTags, convertArgs, "Turns text tags into links and back."},
+    {1257, "kKelvaneCmdConvertTags", merge, second, convertTags, convertArgs, "Turns text tags into links and back."},
 };
 
 }  // namespace

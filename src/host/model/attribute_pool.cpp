@@ -60,10 +60,6 @@ std::vector<std::shared_ptr<const NumberAttribute>> numbersOf(const CharOverride
     return out;
 }
 
-RunDescription describe(const RunAttributes& list) {
-    return {list.characterStyle, list.overrides, {list.tags[0], list.tags[1]}};
-}
-
 bool isTag(TextAttributeClass kind) {
     return kind == TextAttributeClass::kelvaneTag || kind == TextAttributeClass::tallyraTag;
 }
@@ -104,6 +100,10 @@ const TextAttribute* RunAttributes::QueryByClassID(TextAttributeClass attributeC
         if (number->attributeClass() == attributeClass) return number.get();
     }
     return nullptr;
+}
+
+RunDescription AttributePool::describe(const RunAttributes& list) {
+    return {list.characterStyle, list.overrides, {list.tags[0], list.tags[1]}};
 }
 
 const RunAttributes* AttributePool::run(const RunDescription& description) {

@@ -23,6 +23,7 @@ struct RunDescription {
 class AttributePool {
  public:
     [[nodiscard]] const RunAttributes* run(const RunDescription& description);
+    [[nodiscard]] static RunDescription describe(const RunAttributes& list);
     /// The list of a run without style, overrides and tags.
     [[nodiscard]] const RunAttributes* plainRun() { return run({}); }
     /// The list with the attribute in place of its own of that class; the same list when that changes nothing.

@@ -19,6 +19,7 @@
 #include <variant>
 #include <vector>
 
+#include "document/document_looks.h"
 #include "host/model/document_formats.h"
 #include "host/model/document_model.h"
 #include "host/model/uid_table.h"
@@ -28,7 +29,7 @@ namespace tarnova {
 /// The next of the process: every change of an item or a story takes one.
 [[nodiscard]] std::uint64_t newStamp();
 
-class ModelDocument final : public DocumentModel {
+class ModelDocument final : public DocumentModel, public DocumentLooks {
  public:
     ModelDocument();
     ~ModelDocument() override = default;
@@ -173,6 +174,16 @@ class ModelDocument final : public DocumentModel {
     void markTemplate() override;
 
     UID documentUid() const override { return ownUid; }
+
+    // DocumentLooks
+    errorWord applySwatch(UID story, std::int32_t start, std::int32_t count, std::string_view swatch) override;
+    void ensureSwatch(std::string_view swatch, const double (&cmyk)[4]) override;
+    textLookRec textLookAt(UID story, std::int32_t position) const override;
+    std::shared_ptr<const LocalFormats> localFormatsAt(UID story, std::int32_t position) const override;
+    errorWord applyLocalFormats(UID story, std::int32_t start, std::int32_t count,
+                                const LocalFormats& formats) override;
+    strokeLookRec strokeLook(UID item) const override;
+    std::string itemName(UID item) const override;
 
     // DocumentModel
     const std::string& title() const override { return documentTitle; }
@@ -342,6 +353,8 @@ class ModelDocument final : public DocumentModel {
     void noteWraps(UID spread);
     void settleWraps() const;
 
+    /// The range lies in the story.
+    [[nodiscard]] bool holdsRange(UID story, std::int32_t start, std::int32_t count) const;
     /// The story with a content that no other holds, stamped anew; null when there is no such story.
     Story* changeableText(UID uid);
     void noteTagId(std::uint32_t tagId);

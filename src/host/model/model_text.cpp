@@ -91,6 +91,11 @@ bool canBeSaved(const TextAttribute& attribute) {
 
 }  // namespace
 
+bool ModelDocument::holdsRange(UID uid, std::int32_t start, std::int32_t count) const {
+    const Story* found = story(uid);
+    return found != nullptr && start >= 0 && count >= 0 && start <= found->length() && count <= found->length() - start;
+}
+
 Story* ModelDocument::changeableText(UID uid) {
     Story* out = changeable<Story>(uid);
     if (out == nullptr) return nullptr;
@@ -155,11 +160,7 @@ double ModelDocument::numberAttributeAt(UID uid, std::int32_t position, TextAttr
 
 errorWord ModelDocument::attributeApply(UID uid, std::int32_t start, std::int32_t count,
                                         std::shared_ptr<const TextAttribute> attribute) {
-    const Story* found = story(uid);
-    if (attribute == nullptr || !canBeSaved(*attribute)) return errFailed;
-    if (found == nullptr || start < 0 || count < 0 || start > found->length() || count > found->length() - start) {
-        return errFailed;
-    }
+    if (attribute == nullptr || !canBeSaved(*attribute) || !holdsRange(uid, start, count)) return errFailed;
     if (count == 0) return 0;
     Command command(*this, "Apply Attribute");
     if (const auto* tag = dynamic_cast<const TagAttribute*>(attribute.get())) noteTagId(tag->tagId());
@@ -176,10 +177,7 @@ void ModelDocument::noteTagId(std::uint32_t tagId) {
 
 errorWord ModelDocument::attributeRemove(UID uid, std::int32_t start, std::int32_t count,
                                          TextAttributeClass attributeClass) {
-    const Story* found = story(uid);
-    if (found == nullptr || start < 0 || count < 0 || start > found->length() || count > found->length() - start) {
-        return errFailed;
-    }
+    if (!holdsRange(uid, start, count)) return errFailed;
     if (count == 0) return 0;
     Command command(*this, "Remove Attribute");
     changeRuns(*changeableText(uid)->content, start, count,

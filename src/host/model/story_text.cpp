@@ -79,8 +79,8 @@ bool treeIsConsistent(const StoryNode& node) {
     const auto& branch = static_cast<const StoryBranch&>(node);
     const std::int32_t lower = std::min(branch.left->height, branch.right->height);
     const std::int32_t higher = std::max(branch.left->height, branch.right->height);
-    return equal(node.sums, sumsOf(branch.left->sums, branch.right->sums)) && node.height == higher + 1 && higher - lower <= 1 &&
-           treeIsConsistent(*branch.left) && treeIsConsistent(*branch.right);
+    return equal(node.sums, sumsOf(branch.left->sums, branch.right->sums)) && node.height == higher + 1 &&
+           higher - lower <= 1 && treeIsConsistent(*branch.left) && treeIsConsistent(*branch.right);
 }
 
 /// The chunks that a change touches, taken out of a story as one. `finish` puts it back.
@@ -332,6 +332,18 @@ void changeRuns(StoryText& story, std::int32_t start, std::int32_t count, const 
     for (std::size_t i = first; i < limit; ++i)
         edit.chunk.runs[i].attributes = change(*edit.chunk.runs[i].attributes);
     joinRuns(edit.chunk);
+    edit.finish();
+}
+
+void changeParagraphs(StoryText& story, std::int32_t start, std::int32_t count,
+                      const ParagraphAttributesChange& change) {
+    if (count == 0) return;
+    ChunkEdit edit(story, start, start + count - 1);
+    std::vector<ParagraphRun>& paragraphs = edit.chunk.paragraphs;
+    const std::size_t first = findRun(paragraphs, start - edit.start).index;
+    const std::size_t last = findRun(paragraphs, start + count - 1 - edit.start).index;
+    for (std::size_t i = first; i <= last; ++i)
+        paragraphs[i].attributes = change(*paragraphs[i].attributes);
     edit.finish();
 }
 

@@ -1,6 +1,7 @@
-// Changes of the content of a story; `story_reader.h` has the look-ups. Text, runs, paragraphs and threads always add up:
-// every function that changes a content leaves it consistent, and a refused change leaves it as it was. Whoever calls has
-// made sure that no other story holds the content. A change costs what the chunks do that it touches, not the story.
+// Changes of the content of a story; `story_reader.h` has the look-ups. Text, runs, paragraphs and threads always add
+// up: every function that changes a content leaves it consistent, and a refused change leaves it as it was. Whoever
+// calls has made sure that no other story holds the content. A change costs what the chunks do that it touches, not the
+// story.
 
 #pragma once
 
@@ -65,6 +66,12 @@ void replaceCharacters(StoryText& story, std::int32_t start, std::int32_t count,
 using RunChange = std::function<const RunAttributes*(const RunAttributes&)>;
 /// Gives every run of a range, which lies in the text, the attributes that `change` answers.
 void changeRuns(StoryText& story, std::int32_t start, std::int32_t count, const RunChange& change);
+
+/// The attributes that a paragraph gets in place of its own.
+using ParagraphAttributesChange = std::function<const ParagraphAttributes*(const ParagraphAttributes&)>;
+/// The same for the paragraphs that a range, which lies in the text, has characters of.
+void changeParagraphs(StoryText& story, std::int32_t start, std::int32_t count,
+                      const ParagraphAttributesChange& change);
 
 /// Puts an anchor in front of the character at a position, where an insertion may stand. It takes the attributes that
 /// any inserted text takes, but becomes part of a link only when it stands inside of one.
