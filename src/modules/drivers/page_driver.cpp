@@ -28,6 +28,7 @@ constexpr std::int32_t batchesOfWorker = 4;
 // what they hand over fits memory.
 constexpr std::int32_t leastChunksOfBatch = 8;
 constexpr std::int32_t mostChunksOfBatch = 128;
+constexpr std::size_t picturesTold = 10;
 constexpr char driverName[] = "PDF";
 
 /// Shows nothing and notes that there was something to show.
@@ -57,6 +58,16 @@ void registerInTable() {
     std::memcpy(&reply, &registration, sizeof registration);
     commandBlock block{resultNobodyAnswered, commandRegister, &reply, nullptr};
     ZavoKelvaneModule().Execute(block);
+}
+
+/// The output is there, with grey boxes that somebody has to know of.
+void tellPictures(const std::vector<PictureProblem>& problems) {
+    for (std::size_t i = 0; i < std::min(problems.size(), picturesTold); ++i) {
+        reportErrorString(PMString("The picture " + problems[i].path + " shows as a grey box: " + problems[i].reason));
+    }
+    if (problems.size() <= picturesTold) return;
+    const std::size_t others = problems.size() - picturesTold;
+    reportErrorString(PMString("Other pictures that show as grey boxes: " + std::to_string(others)));
 }
 
 }  // namespace
@@ -256,9 +267,9 @@ bool PageDriver::writePages(std::int32_t slots) {
 
 bool PageDriver::finishOutput() {
     step = Step::idle;
-    if (sink->finish()) return true;
-    failure = sink->error();
-    return false;
+    failure = sink->finish() ? "" : sink->error();
+    if (failure.empty()) tellPictures(sink->pictureProblems());
+    return failure.empty();
 }
 
 /// Closes the working copy, whatever stands open; an output that isn't finished goes.

@@ -94,6 +94,13 @@ TEST(Outputs, TheSamePageGivesTheSameBytes) {
     const ScratchFolder folder;
     PageKit kit;
     drawSample(kit);
+    const std::string picture = folder.path("picture.png");
+    ASSERT_EQ(
+        runCommand("convert -size 30x20 gradient:red-blue -alpha set -channel A -evaluate set 50% '" + picture + "'")
+            .status,
+        0);
+    for (const double left : {0.0, 50.0})
+        kit.picture(picture, {0, 0, 30, 20}, frameOf({0, 0, 20, 20}), {1, 0, 0, 1, left, 0});
     for (const auto& [name, write] : outputs) {
         std::string error;
         ASSERT_TRUE(write(kit.list, folder.path("first"), error) && write(kit.list, folder.path("again"), error))

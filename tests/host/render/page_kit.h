@@ -91,6 +91,13 @@ inline std::string complaintsAbout(const std::string& path) {
     return silent ? "" : result.output;
 }
 
+/// A frame without a look.
+inline ItemShape frameOf(const PMRect& bounds) {
+    ItemShape frame;
+    frame.bounds = bounds;
+    return frame;
+}
+
 /// A page put together piece by piece. What it shows lives as long as the kit.
 class PageKit {
  public:
@@ -141,16 +148,20 @@ class PageKit {
         return item;
     }
 
+    DisplayItem& picture(const PlacedGraphic& graphic, const ItemShape& frame, const PMMatrix& toPage = {}) {
+        DisplayItem& item = shape(frame, toPage);
+        item.picture = &pictures.emplace_back();
+        pictures.back().graphic = std::make_shared<const PlacedGraphic>(graphic);
+        return item;
+    }
+
     /// A picture that fills `bounds` of its frame.
     DisplayItem& picture(const std::string& path, const PMRect& bounds, const ItemShape& frame,
                          const PMMatrix& toPage = {}) {
-        auto graphic = std::make_shared<PlacedGraphic>();
-        graphic->filePath = path;
-        graphic->bounds = bounds;
-        DisplayItem& item = shape(frame, toPage);
-        item.picture = &pictures.emplace_back();
-        pictures.back().graphic = std::move(graphic);
-        return item;
+        PlacedGraphic graphic;
+        graphic.filePath = path;
+        graphic.bounds = bounds;
+        return picture(graphic, frame, toPage);
     }
 
     /// Marks all that is on the page so far as part of the template.

@@ -10,12 +10,6 @@ namespace {
 
 using namespace tarnova::testing;
 
-ItemShape frameOf(const PMRect& bounds) {
-    ItemShape frame;
-    frame.bounds = bounds;
-    return frame;
-}
-
 class PlacedPictures : public ::testing::Test {
  protected:
     /// A picture that ImageMagick makes.
