@@ -13,6 +13,9 @@
 
 namespace tarnova {
 
+/// How the file of a picture stands to what was placed.
+enum class LinkStatus : std::uint8_t { good, missing, outOfDate };
+
 /// Two options of an import, taken from what the frame shows already.
 struct placeOptionsRec {
     std::int32_t first = 1;
@@ -42,13 +45,23 @@ struct clipSettingsRec {
 
 class DocumentPictures {
  public:
-    /// Places a file into a frame, in the place of the picture in it. Gives the new picture; an error leaves the frame
-    /// as it was.
+    /// Places a file into a frame, in the place of the picture in it, whose turn, scale, skew and top left corner the
+    /// new one takes; in a frame without one it lies at the frame's top left corner at 100 %. What kind of file it is,
+    /// its content tells. Of a PDF the page of the preferences is placed, and the first one when it has no such page. A
+    /// text file makes the frame a text frame and replaces its text; there is no picture then. An error (`placeFailure`
+    /// says why) leaves the frame as it was.
     [[nodiscard]] virtual errorWord placeIntoFrame(const std::string& filePath, UID frame,
                                                    const placeOptionsRec& options, UID& outPicture) = 0;
+    /// The same from a picture file's bytes, which the document then keeps; the picture has no link.
+    [[nodiscard]] virtual errorWord placeBytesIntoFrame(std::string bytes, UID frame, UID& outPicture) = 0;
+    /// Why the last placing or update failed, as a sentence for people.
+    [[nodiscard]] virtual const std::string& placeFailure() const = 0;
     /// The file of a placed picture; empty for other items.
     [[nodiscard]] virtual std::string linkPath(UID picture) const = 0;
-    /// Reads the file anew.
+    /// `missing` as well for an item without a link.
+    [[nodiscard]] virtual LinkStatus linkStatus(UID picture) const = 0;
+    /// Reads the file anew. Turn, scale, skew and the top left corner stay, and the clip is made again. An error leaves
+    /// the picture as it was.
     [[nodiscard]] virtual errorWord updateLink(UID picture) = 0;
 
     /// The host's preferences, which no document keeps.
@@ -58,10 +71,17 @@ class DocumentPictures {
     [[nodiscard]] virtual std::int32_t placedPdfPage(UID picture) const = 0;
 
     [[nodiscard]] virtual clipSettingsRec clipSettings(UID picture) const = 0;
+    /// `none` takes the clip away; for the other types the outline stays that there is.
     [[nodiscard]] virtual errorWord setClipSettings(UID picture, const clipSettingsRec& settings) = 0;
-    /// Makes the clip from the picture's content by the settings.
+    /// Makes the clip from the picture's content by the settings: its edges, or the path of that name that its file
+    /// holds (with an empty name the one that the file clips with, else its first). A user's path stays as it is. An
+    /// error, for a picture without edges or without such a path, leaves everything as it was.
     [[nodiscard]] virtual errorWord makeClippingPath(UID picture, const clipSettingsRec& settings) = 0;
 
+    // The fit works along the frame's own sides, however the frame is turned. The picture's bounds are those of what is
+    // seen of it when nothing clips it, so a picture that is turned in its frame is fitted by the box around it.
+    /// Takes turn, scale and skew off the picture, whose top left corner stays.
+    [[nodiscard]] virtual errorWord resetPictureTransform(UID picture) = 0;
     /// Puts the picture's top left corner on the frame's, moved by the offset.
     [[nodiscard]] virtual errorWord fitOperation1(UID picture, PMPoint offset) = 0;
     /// Centres the picture in the frame.

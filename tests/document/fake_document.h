@@ -351,6 +351,10 @@ class FakeDocument final : public Document {
     }
 
     errorWord placeIntoFrame(const std::string&, UID, const placeOptionsRec&, UID&) override { return errFailed; }
+    errorWord placeBytesIntoFrame(std::string, UID, UID&) override { return errFailed; }
+    const std::string& placeFailure() const override { return placeFailureText; }
+    errorWord resetPictureTransform(UID) override { return errFailed; }
+    LinkStatus linkStatus(UID) const override { return LinkStatus::missing; }
     std::string linkPath(UID) const override { return {}; }
     errorWord updateLink(UID) override { return errFailed; }
     pdfPlacePrefsRec pdfPlacePrefs() const override { return {}; }
@@ -421,6 +425,7 @@ class FakeDocument final : public Document {
     }
 
     UID lastUid = 100;
+    std::string placeFailureText;
 };
 
 }  // namespace tarnova

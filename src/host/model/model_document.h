@@ -148,16 +148,21 @@ class ModelDocument final : public DocumentModel, public DocumentLooks {
     const INokDataTagTableAttr* tableAttribute(UID) const override { return nullptr; }
     ITableCommands* tableCommands(UID) override { return nullptr; }
 
-    // DocumentPictures and SnapshotUtils: a picture is kept with its place and link, but its file isn't read.
-    errorWord placeIntoFrame(const std::string&, UID, const placeOptionsRec&, UID&) override { return errFailed; }
+    // DocumentPictures and SnapshotUtils
+    errorWord placeIntoFrame(const std::string& filePath, UID frame, const placeOptionsRec& options,
+                             UID& outPicture) override;
+    errorWord placeBytesIntoFrame(std::string bytes, UID frame, UID& outPicture) override;
+    const std::string& placeFailure() const override { return whyNotPlaced; }
     std::string linkPath(UID picture) const override;
-    errorWord updateLink(UID) override { return errFailed; }
+    LinkStatus linkStatus(UID picture) const override;
+    errorWord updateLink(UID picture) override;
     pdfPlacePrefsRec pdfPlacePrefs() const override { return pdfPreferences; }
     void setPdfPlacePrefs(std::uint32_t page, std::uint32_t crop, std::uint16_t transparent) override;
     std::int32_t placedPdfPage(UID picture) const override;
     clipSettingsRec clipSettings(UID picture) const override;
     errorWord setClipSettings(UID picture, const clipSettingsRec& settings) override;
-    errorWord makeClippingPath(UID, const clipSettingsRec&) override { return errFailed; }
+    errorWord makeClippingPath(UID picture, const clipSettingsRec& settings) override;
+    errorWord resetPictureTransform(UID picture) override;
     errorWord fitOperation1(UID picture, PMPoint offset) override;
     errorWord fitOperation2(UID picture) override;
     errorWord fitOperation3(UID picture) override;
@@ -322,6 +327,11 @@ class ModelDocument final : public DocumentModel, public DocumentLooks {
         const PageItem* frame = nullptr;
     };
     [[nodiscard]] FittedPicture fitted(UID picture) const;
+    errorWord placeGraphic(PlacedGraphic graphic, UID frame, UID& outPicture);
+    errorWord placeText(const std::string& filePath, UID frame);
+    [[nodiscard]] bool isPlacedAsText(const std::string& path) const;
+    errorWord failPlacing(std::string reason);
+    errorWord changeGraphic(UID picture, PlacedGraphic graphic, std::string_view name);
     errorWord placePicture(UID picture, const PMMatrix& place);
     errorWord scalePicture(UID picture, bool fills);
     [[nodiscard]] PMRect columnBox(const PageItem& column) const;
@@ -384,6 +394,7 @@ class ModelDocument final : public DocumentModel, public DocumentLooks {
     std::string folder;
     std::string fileName;
     pdfPlacePrefsRec pdfPreferences;
+    std::string whyNotPlaced;  // the last time
     std::uint64_t revision = 1;     // goes up with every change
     std::int32_t pagesInFront = 0;  // of the output that the document is a part of
     std::int32_t pagesBehind = 0;

@@ -165,7 +165,8 @@ errorWord ModelDocument::transformInSpread(UID uid, const PMMatrix& change, std:
 
 errorWord ModelDocument::moveBy(UID uid, double dx, double dy) {
     const PageItem* found = item(uid);
-    if (!liesOnSpread(found)) return errFailed;
+    const bool isPicture = found != nullptr && found->graphic != nullptr;  // which may lie in a frame in a text
+    if (!isPicture && !liesOnSpread(found)) return errFailed;
     return transformInSpread(uid, {1, 0, 0, 1, dx, dy}, "Move Item");
 }
 

@@ -1,9 +1,8 @@
-// Pictures of a document: their links, clips and places in their frames. Their files aren't read.
+// Pictures of a document: how they lie in their frames.
 
 #include <algorithm>
 #include <cmath>
 
-#include "engine/toolkit/text_encoding.h"
 #include "host/model/item_drawing.h"
 #include "host/model/item_shape.h"
 #include "host/model/limits.h"
@@ -13,48 +12,11 @@ namespace tarnova {
 
 namespace {
 
-bool canBeSaved(const clipSettingsRec& clip) {
-    const auto isLength = [](double value) { return std::abs(value) <= coordinateLimit; };
-    return isLength(clip.threshold) && isLength(clip.tolerance) && isLength(clip.inset) && isUtf8(clip.pathName);
-}
-
 bool withinCoordinates(const PMRect& r) {
     return tarnova::withinCoordinates({r.left, r.top, r.right, r.bottom, 0, 0});
 }
 
 }  // namespace
-
-std::string ModelDocument::linkPath(UID uid) const {
-    const PageItem* found = item(uid);
-    return found == nullptr || found->graphic == nullptr ? std::string() : found->graphic->filePath;
-}
-
-void ModelDocument::setPdfPlacePrefs(std::uint32_t page, std::uint32_t crop, std::uint16_t transparent) {
-    pdfPreferences = {page, crop, transparent};
-}
-
-std::int32_t ModelDocument::placedPdfPage(UID uid) const {
-    const PageItem* found = item(uid);
-    return found == nullptr || found->graphic == nullptr ? 0 : found->graphic->pdfPage;
-}
-
-clipSettingsRec ModelDocument::clipSettings(UID uid) const {
-    const PageItem* found = item(uid);
-    return found == nullptr || found->graphic == nullptr ? clipSettingsRec{} : found->graphic->clip;
-}
-
-errorWord ModelDocument::setClipSettings(UID uid, const clipSettingsRec& settings) {
-    const PageItem* found = item(uid);
-    if (found == nullptr || found->graphic == nullptr || !canBeSaved(settings)) return errFailed;
-    Command command(*this, "Set Clipping Path");
-    auto graphic = std::make_shared<PlacedGraphic>(*found->graphic);
-    graphic->clip = settings;
-    PageItem* picture = changeable<PageItem>(uid);
-    picture->graphic = std::move(graphic);
-    picture->stamp = newStamp();
-    restampAround(picture->parent);
-    return 0;
-}
 
 ModelDocument::FittedPicture ModelDocument::fitted(UID uid) const {
     const PageItem* picture = item(uid);
@@ -71,6 +33,14 @@ errorWord ModelDocument::placePicture(UID uid, const PMMatrix& place) {
     picture->stamp = newStamp();
     restampAround(picture->parent);
     return 0;
+}
+
+errorWord ModelDocument::resetPictureTransform(UID uid) {
+    const auto [picture, frame] = fitted(uid);
+    if (picture == nullptr) return errFailed;
+    const PMRect& bounds = picture->graphic->bounds;
+    const PMPoint corner = picture->toParent.map({bounds.left, bounds.top});
+    return placePicture(uid, {1, 0, 0, 1, corner.x - bounds.left, corner.y - bounds.top});
 }
 
 errorWord ModelDocument::fitOperation1(UID uid, PMPoint offset) {

@@ -113,6 +113,9 @@ struct ItemShape {
     TextFrameOptions text;  // for text frames
 };
 
+inline constexpr std::size_t picturePathLimit = 4096;     // bytes
+inline constexpr std::uint32_t pdfPageLimit = 1'000'000;  // pages of a file that are counted
+
 /// A picture in its frame: what was placed, in its own coordinates. Immutable, shared by copies.
 struct PlacedGraphic {
     std::string filePath;                         // UTF-8; a relative one counts from the folder of the document

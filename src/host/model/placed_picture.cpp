@@ -20,6 +20,22 @@ PMMatrix pictureToItem(const PlacedGraphic& graphic, PMPoint pictureSize) {
     return {box.width() / pictureSize.x, 0, 0, box.height() / pictureSize.y, box.left, box.top};
 }
 
+std::vector<SubPath> subPathsOf(const PictureOutline& outline, const PMMatrix& toItem) {
+    std::vector<SubPath> out;
+    for (const PictureContour& contour : outline) {
+        SubPath part;
+        part.start = toItem.map(contour.front().at);
+        for (std::size_t i = 0; i < contour.size(); ++i) {
+            const OutlineKnot &from = contour[i], &to = contour[(i + 1) % contour.size()];
+            const bool straight = from.out == from.at && to.in == to.at;
+            part.segments.push_back({straight ? PathSegment::Kind::line : PathSegment::Kind::curve,
+                                     toItem.map(from.out), toItem.map(to.in), toItem.map(to.at)});
+        }
+        out.push_back(std::move(part));
+    }
+    return out;
+}
+
 LinkStatus linkStatusOf(const PlacedGraphic& graphic, const std::string& documentFolder) {
     if (graphic.embedded != nullptr) return LinkStatus::good;
     const FileStamp now = stampOfFile(pathOfGraphic(graphic, documentFolder));

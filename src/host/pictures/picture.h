@@ -108,7 +108,9 @@ struct ContentKey {
     std::uint64_t high = 0;
     std::uint64_t low = 0;
     friend bool operator==(const ContentKey&, const ContentKey&) = default;
-    friend auto operator<=>(const ContentKey&, const ContentKey&) = default;
+    friend bool operator<(const ContentKey& a, const ContentKey& b) {
+        return a.high != b.high ? a.high < b.high : a.low < b.low;
+    }
 };
 
 struct PictureInfo {

@@ -1,16 +1,27 @@
 #include "host/pictures/picture_format.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "host/pictures/picture_library.h"
 
 namespace tarnova {
 
 namespace {
 
+// An EPS may hold the mark of a PDF near its beginning, so that it stands in front.
 constexpr FormatReader formatReaders[] = {
-    {PictureFormat::jpeg, "JPEG", isJpeg, readJpeg, decodeJpeg, nullptr, false},
-    {PictureFormat::png, "PNG", isPng, readPng, decodePng, nullptr, false},
+    {PictureFormat::jpeg, "JPEG", ".jpg.jpeg.jpe.jfif", isJpeg, readJpeg, decodeJpeg, nullptr, false},
+    {PictureFormat::png, "PNG", ".png", isPng, readPng, decodePng, nullptr, false},
+    {PictureFormat::tiff, "TIFF", ".tif.tiff", isTiff, readTiff, decodeTiff, nullptr, true},
+    {PictureFormat::gif, "GIF", ".gif", isGif, readGif, decodeGif, nullptr, true},
+    {PictureFormat::bmp, "BMP", ".bmp.dib", isBmp, readBmp, decodeBmp, nullptr, true},
+    {PictureFormat::webp, "WebP", ".webp", isWebp, readWebp, decodeWebp, nullptr, true},
+    {PictureFormat::eps, "EPS", ".eps.epsf.ps", isEps, nullptr, nullptr, epsToPdf, false},
+    {PictureFormat::pdf, "PDF", ".pdf.ai", isPdf, readPdf, nullptr, nullptr, false},
+    {PictureFormat::svg, "SVG", ".svg", isSvg, nullptr, nullptr, svgToPdf, false},
 };
 
 constexpr double leastResolution = 1, mostResolution = 100'000;
@@ -49,6 +60,17 @@ const FormatReader& readerOf(PictureFormat format) {
 
 const char* formatName(PictureFormat format) {
     return readerOf(format).name;
+}
+
+bool hasPictureName(std::string_view path) {
+    const std::size_t dot = path.rfind('.');
+    if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return false;
+    std::string ending(path.substr(dot));
+    for (char& c : ending)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+    return std::any_of(std::begin(formatReaders), std::end(formatReaders), [&](const FormatReader& row) {
+        return (std::string(row.endings) + '.').find(ending + '.') != std::string::npos;
+    });
 }
 
 std::uint32_t componentsOf(PictureColor color) {

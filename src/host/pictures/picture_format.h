@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,12 +19,13 @@ struct PictureFault : std::runtime_error {
 struct FormatReader {
     PictureFormat format;
     const char* name;
+    std::string_view endings;  // of file names, lower case, each with its dot
     bool (*recognizes)(std::string_view bytes);
     /// What the file says of itself, for all but `format` and `kind`. Null: the file becomes a PDF first.
     void (*read)(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
     PictureSamples (*decode)(std::string_view bytes, const PictureInfo& info);  // of pixels
     std::string (*toPdf)(std::string_view bytes);                               // of what becomes a PDF of one page
-    bool checkedByDecoding;  // a damage in the middle shows only when the pixels are decoded
+    bool checkedByDecoding;                                                     // damage shows only then
 };
 
 /// The reader of these bytes by what they begin with; null for none.
@@ -46,6 +46,24 @@ void splitAlpha(PictureSamples& samples);
 bool isJpeg(std::string_view bytes);
 void readJpeg(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
 PictureSamples decodeJpeg(std::string_view bytes, const PictureInfo& info);
+bool isTiff(std::string_view bytes);
+void readTiff(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
+PictureSamples decodeTiff(std::string_view bytes, const PictureInfo& info);
+bool isGif(std::string_view bytes);
+void readGif(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
+PictureSamples decodeGif(std::string_view bytes, const PictureInfo& info);
+bool isBmp(std::string_view bytes);
+void readBmp(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
+PictureSamples decodeBmp(std::string_view bytes, const PictureInfo& info);
+bool isWebp(std::string_view bytes);
+void readWebp(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
+PictureSamples decodeWebp(std::string_view bytes, const PictureInfo& info);
+bool isPdf(std::string_view bytes);
+void readPdf(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
+bool isEps(std::string_view bytes);
+std::string epsToPdf(std::string_view bytes);
+bool isSvg(std::string_view bytes);
+std::string svgToPdf(std::string_view bytes);
 bool isPng(std::string_view bytes);
 void readPng(std::string_view bytes, const PageChoice& choice, PictureInfo& out);
 PictureSamples decodePng(std::string_view bytes, const PictureInfo& info);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "host/pictures/picture.h"
 
@@ -24,6 +25,9 @@ struct FileStamp {
 
 /// The stamp of a plain file; unknown for anything else.
 [[nodiscard]] FileStamp stampOfFile(const std::string& path);
+
+/// Whether the ending of the name is one that pictures have.
+[[nodiscard]] bool hasPictureName(std::string_view path);
 
 struct OpenedPicture {
     PictureStatus status = PictureStatus::missing;

@@ -50,6 +50,26 @@ TEST(PictureFormats, ReadsWhatOthersWrite) {
         {"deepGray.png", "-colorspace gray -depth 16", PictureFormat::png, gray, inGray},
         {"bilevel.png", "-colorspace gray -threshold 50% -define png:bit-depth=1", PictureFormat::png, bilevel,
          "0/9/0/9"},
+        {"rgb.tif", "", PictureFormat::tiff, rgb, inRgb},
+        {"planes.tif", "-interlace plane", PictureFormat::tiff, rgb, inRgb},
+        {"deep.tif", "-depth 16 -density 144 -units PixelsPerInch", PictureFormat::tiff, rgb, inRgb, 20},
+        {"big.tif", "-endian MSB -compress zip", PictureFormat::tiff, rgb, inRgb},
+        {"palette.tif", "-type palette -compress lzw", PictureFormat::tiff, rgb, inRgb},
+        {"jpeg.tif", "-compress jpeg -quality 95", PictureFormat::tiff, rgb, inRgb},
+        {"tiles.tif", "-define tiff:tile-geometry=16x16", PictureFormat::tiff, rgb, inRgb},
+        {"alpha.tif", "-alpha set -channel A -evaluate set 33%", PictureFormat::tiff, rgb, "900@3/090@3/009@3/555@3"},
+        {"gray.tif", "-colorspace gray -depth 8", PictureFormat::tiff, gray, inGray},
+        {"cmyk.tif", "-colorspace CMYK -depth 8", PictureFormat::tiff, cmyk, inCmyk},
+        {"deepCmyk.tif", "-colorspace CMYK -depth 16", PictureFormat::tiff, cmyk, inCmyk},
+        {"fax.tif", "-colorspace gray -threshold 50% -compress group4", PictureFormat::tiff, bilevel, "0/9/0/9"},
+        {"rgb.gif", "", PictureFormat::gif, rgb, inRgb},
+        {"interlaced.gif", "-interlace GIF", PictureFormat::gif, rgb, inRgb},
+        {"see-through.gif", "-transparent lime", PictureFormat::gif, rgb, "900@9/000@0/009@9/555@9"},
+        {"rgb.bmp", "-density 144 -units PixelsPerInch", PictureFormat::bmp, rgb, inRgb, 20},
+        {"palette.bmp", "-type palette -compress RLE", PictureFormat::bmp, rgb, inRgb},
+        {"rgb.webp", "-define webp:lossless=true", PictureFormat::webp, rgb, inRgb},
+        {"alpha.webp", "-define webp:lossless=true -alpha set -channel A -evaluate set 33%", PictureFormat::webp, rgb,
+         "900@3/090@3/009@3/555@3"},
         {"interlaced.png", "-interlace PNG -density 300 -units PixelsPerInch", PictureFormat::png, rgb, inRgb, 9.6},
     };
     const PictureFiles files;
@@ -62,6 +82,108 @@ TEST(PictureFormats, ReadsWhatOthersWrite) {
         EXPECT_EQ(info.raster.color, color) << name;
         EXPECT_EQ(squaresOf(*opened.picture), squares) << name;
         EXPECT_NEAR(info.size.x, side, 0.02) << name;
+    }
+}
+
+/// What is drawn upright lies as the Exif note says; the unit square's corners are those of the stored pixels.
+TEST(PictureFormats, TurnsAsTheFileSays) {
+    struct testRow {
+        int orientation;
+        PMPoint topLeft, bottomRight;  // of what is stored, in the picture
+        PMPoint size;
+    };
+    const testRow rows[] = {
+        {1, {0, 0}, {40, 20}, {40, 20}}, {2, {40, 0}, {0, 20}, {40, 20}}, {3, {40, 20}, {0, 0}, {40, 20}},
+        {4, {0, 20}, {40, 0}, {40, 20}}, {5, {0, 0}, {20, 40}, {20, 40}}, {6, {20, 0}, {0, 40}, {20, 40}},
+        {7, {20, 40}, {0, 0}, {20, 40}}, {8, {0, 40}, {20, 0}, {20, 40}},
+    };
+    const PictureFiles files;
+    const std::string orients[] = {"TopLeft", "TopRight", "BottomRight", "BottomLeft",
+                                   "LeftTop", "RightTop", "RightBottom", "LeftBottom"};
+    for (const auto& [orientation, topLeft, bottomRight, size] : rows) {
+        const std::string how = orients[orientation - 1];
+        const OpenedPicture opened =
+            PictureLibrary().open(files.convert("-size 40x20 xc:red -orient " + how, how + ".tif"));
+        ASSERT_EQ(opened.status, PictureStatus::good) << how;
+        EXPECT_EQ(opened.picture->size(), size) << how;
+        EXPECT_EQ(opened.picture->imageMatrix().map({0, 0}), topLeft) << how;
+        EXPECT_EQ(opened.picture->imageMatrix().map({1, 1}), bottomRight) << how;
+    }
+}
+
+TEST(PictureFormats, ShowsTheWantedPartOfAPdfPage) {
+    const std::string boxes = "/CropBox[10 10 190 90]/TrimBox[20 20 180 80]/BleedBox[15 15 185 85]/ArtBox[30 30 50 60]";
+    struct testRow {
+        const char* name;
+        std::string members;
+        std::int32_t page;
+        PdfCrop crop;
+        std::int32_t shown;
+        PMPoint size;
+        PMPoint corner;  // of the user space, at the picture's upper left
+    };
+    const testRow rows[] = {
+        {"no boxes", "", 1, PdfCrop::trim, 1, {200, 100}, {0, 100}},
+        {"no such page", boxes, 2, PdfCrop::crop, 0, {200, 100}, {0, 100}},
+        {"crop", boxes, 1, PdfCrop::crop, 1, {180, 80}, {10, 90}},
+        {"trim", boxes, 1, PdfCrop::trim, 1, {160, 60}, {20, 80}},
+        {"bleed", boxes, 1, PdfCrop::bleed, 1, {170, 70}, {15, 85}},
+        {"art", boxes, 1, PdfCrop::art, 1, {20, 30}, {30, 60}},
+        {"media", boxes, 1, PdfCrop::media, 1, {200, 100}, {0, 100}},
+        {"unknown", boxes, 1, PdfCrop{99}, 1, {180, 80}, {10, 90}},
+        {"content", boxes, 1, PdfCrop::visibleContent, 1, {30, 20}, {40, 60}},
+        {"all content", boxes, 1, PdfCrop::allContent, 1, {30, 20}, {40, 60}},
+        {"turned right", boxes + "/Rotate 90", 1, PdfCrop::trim, 1, {60, 160}, {20, 20}},
+        {"turned over", boxes + "/Rotate -180", 1, PdfCrop::trim, 1, {160, 60}, {180, 20}},
+        {"turned left", boxes + "/Rotate 270", 1, PdfCrop::trim, 1, {60, 160}, {180, 80}},
+        {"turned content", boxes + "/Rotate 90", 1, PdfCrop::visibleContent, 1, {20, 30}, {40, 40}},
+        {"large units", boxes + "/UserUnit 2", 1, PdfCrop::visibleContent, 1, {60, 40}, {40, 60}},
+    };
+    const PictureFiles files;
+    for (const auto& [name, members, page, crop, shown, size, corner] : rows) {
+        const std::string path = files.file("page.pdf", pdfOf(members, "40 40 30 20 re f"));
+        const OpenedPicture opened = PictureLibrary().open(path, {page, static_cast<std::uint32_t>(crop), true});
+        ASSERT_EQ(opened.status, PictureStatus::good) << name << ": " << opened.reason;
+        EXPECT_EQ(opened.picture->info().page.page, shown) << name;
+        EXPECT_NEAR(opened.picture->size().x, size.x, 0.05) << name;
+        EXPECT_NEAR(opened.picture->size().y, size.y, 0.05) << name;
+        const PMPoint at = opened.picture->pageMatrix().map(corner);
+        EXPECT_NEAR(std::abs(at.x) + std::abs(at.y), 0, 0.05) << name;
+    }
+}
+
+TEST(PictureFormats, MakesPagesOfVectors) {
+    struct testRow {
+        const char* name;
+        const char* bytes;
+        PictureFormat format;
+        PMPoint size;
+    };
+    const testRow rows[] = {
+        {"points",
+         "<svg xmlns='http://www.w3.org/2000/svg' width='30' height='20'><rect width='9' height='9'/></svg>",
+         PictureFormat::svg,
+         {30, 20}},
+        {"inches",
+         "<?xml version='1.0'?>\n<svg xmlns='http://www.w3.org/2000/svg' width='1in' height='0.5in'/>",
+         PictureFormat::svg,
+         {72, 36}},
+        {"view box", "<svg xmlns='http://www.w3.org/2000/svg' viewBox='5 5 70 40'/>", PictureFormat::svg, {70, 40}},
+        {"eps",
+         "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 10 20 60 45\n%%EndComments\n20 30 10 10 rectfill\n%%EOF\n",
+         PictureFormat::eps,
+         {50, 25}},
+    };
+    const PictureFiles files;
+    for (const auto& [name, bytes, format, size] : rows) {
+        const OpenedPicture opened = PictureLibrary().open(files.file(name, bytes));
+        ASSERT_EQ(opened.status, PictureStatus::good) << name << ": " << opened.reason;
+        EXPECT_EQ(opened.picture->info().format, format) << name;
+        EXPECT_NEAR(opened.picture->size().x, size.x, 0.01) << name;
+        EXPECT_NEAR(opened.picture->size().y, size.y, 0.01) << name;
+        ASSERT_NE(opened.picture->pdfBytes(), nullptr) << name;
+        EXPECT_TRUE(opened.picture->pdfBytes()->starts_with("%PDF-")) << name;
+        EXPECT_EQ(opened.picture->samples(), nullptr) << name;
     }
 }
 
