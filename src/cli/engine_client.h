@@ -39,6 +39,8 @@ class EngineClient {
     /// Opens a layout in front of the others. Null after telling why on standard error.
     [[nodiscard]] DocumentModel* open(const std::string& path);
     [[nodiscard]] OpenDocuments& documents() { return host; }
+    /// What the last run to an output couldn't show.
+    [[nodiscard]] const PictureProblems& pictureProblems() const { return driver->pictureProblems(); }
 
  private:
     ZavoStartupShutdown shell;

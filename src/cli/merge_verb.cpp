@@ -38,6 +38,8 @@ constexpr std::uint32_t commandOpenData = 1209;
 constexpr std::uint32_t commandSetOptions = 1205;
 constexpr std::uint32_t commandBuild = 1212;
 constexpr std::uint32_t commandRunDriver = 1246;
+constexpr std::uint32_t commandAddSearchPath = 1222;
+constexpr std::int32_t statusPathsFull = -6027;
 
 struct mergeOptionsRec {
     std::string layoutPath;
@@ -47,6 +49,8 @@ struct mergeOptionsRec {
     int jobs = 1;
     double dpi = pngDefaultDpi;
     bool json = false;
+    std::vector<std::string> searchPaths;
+    bool searchBelow = false;
     pdfChoiceRec pdf;
     dataChoiceRec data;
     recordChoiceRec records;
@@ -64,6 +68,7 @@ struct mergeResultRec {
     std::int64_t pages = 0;
     std::int64_t overset = 0;
     std::uint32_t records = 0;
+    PictureProblems pictures;
 };
 
 /// Saves the built document and counts what it holds.
@@ -121,6 +126,21 @@ std::uint32_t recordsOfRun(const mergeOptionsRec& options, std::uint32_t total) 
     return records;
 }
 
+/// Folders in which pictures are looked for besides those of the layout and the data.
+bool addSearchPaths(const mergeOptionsRec& options) {
+    for (const std::string& path : options.searchPaths) {
+        std::error_code ignored;
+        IDFile folder(std::filesystem::absolute(path, ignored).lexically_normal().string());
+        std::uint8_t below = options.searchBelow ? 1 : 0;
+        const std::int32_t status = EngineCommand(commandAddSearchPath).item(0, folder).item(4, below).run();
+        if (status == 0) continue;
+        sayError(status == statusPathsFull ? fmt::format("{}: ten folders to search are taken already", path)
+                                           : fmt::format("{}: no folder to search for pictures", path));
+        return false;
+    }
+    return true;
+}
+
 /// Arms the run with all that was asked for.
 bool armRun(RunJob& job, DocumentModel& layout, const mergeOptionsRec& options, mergeResultRec& result) {
     UIDRef document = layout.ref();
@@ -146,6 +166,23 @@ bool runToOutput(RunJob& job, DocumentModel& layout, const mergeOptionsRec& opti
     return true;
 }
 
+/// "1 picture", "2 pictures".
+std::string pictures(std::uint64_t count) {
+    return fmt::format("{} picture{}", count, count == 1 ? "" : "s");
+}
+
+void tellPictureProblems(const std::string& outputPath, const PictureProblems& problems) {
+    if (problems.missing > 0)
+        sayError(fmt::format("{}: {} can't be found; say where to look with --search-path", outputPath,
+                             pictures(problems.missing)));
+    if (problems.damaged > 0)
+        sayError(fmt::format("{}: {} can't be placed, damaged or of an unknown kind", outputPath,
+                             pictures(problems.damaged)));
+    for (const std::string& example : problems.examples)
+        sayError("  " + example);
+    if (problems.missing + problems.damaged > problems.examples.size() && !problems.examples.empty()) sayError("  ...");
+}
+
 void answer(const mergeOptionsRec& options, const mergeResultRec& result) {
     const std::uint32_t records = result.records;
     if (!options.json) {
@@ -164,6 +201,10 @@ void answer(const mergeOptionsRec& options, const mergeResultRec& result) {
     writer.Int64(result.pages);
     writer.Key("oversetStories");
     writer.Int64(result.overset);
+    writer.Key("missingPictures");
+    writer.Uint64(result.pictures.missing);
+    writer.Key("damagedPictures");
+    writer.Uint64(result.pictures.damaged);
     writer.EndObject();
     fmt::print("{}\n", buffer.GetString());
 }
@@ -179,7 +220,8 @@ void runMerge(const mergeOptionsRec& options, verbContext& context) {
     context.exitStatus = exitFailed;
     RunJob job;
     DocumentModel* const layout = job.open(options.layoutPath);
-    if (layout == nullptr || !selectData(options.data) || !linksAreDefined(*layout, options.layoutPath, options.data))
+    if (layout == nullptr || !addSearchPaths(options) || !selectData(options.data) ||
+        !linksAreDefined(*layout, options.layoutPath, options.data))
         return;
     mergeResultRec result;
     const bool done = armRun(job, *layout, options, result) && runToOutput(job, *layout, options, result);
@@ -189,6 +231,8 @@ void runMerge(const mergeOptionsRec& options, verbContext& context) {
         sayError(fmt::format("{}: text doesn't fit its frame in {} place{}; make the frames larger or the text smaller",
                              options.outputPath, result.overset, result.overset == 1 ? "" : "s"));
     }
+    result.pictures = job.pictureProblems(outputKindOf(options.outputPath) != OutputKind::layout);
+    tellPictureProblems(options.outputPath, result.pictures);
     answer(options, result);
     context.exitStatus = exitDone;
 }
@@ -213,6 +257,13 @@ void addMergeVerb(CLI::App& app, verbContext& context) {
     verb->add_option("--dpi", options->dpi, "Resolution of .png pages")
         ->check(CLI::Range(pngMinimumDpi, pngMaximumDpi))
         ->capture_default_str();
+    verb->add_option("--search-path", options->searchPaths,
+                     "A folder in which pictures are looked for, besides those of the layout and of the data; may be "
+                     "given up to ten times")
+        ->type_name("FOLDER")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    verb->add_flag("--search-below", options->searchBelow, "The folders below these are searched too");
     addPdfFlags(*verb, options->pdf);
     verb->add_option("--jobs", options->jobs, "Processes that work on a .pdf; the file is the same with any number (1)")
         ->check(CLI::Range(1, 64));

@@ -15,6 +15,7 @@
 #include "engine/session/session.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/strings.h"
+#include "merge/pull_frame_callback.h"
 
 namespace tarnova {
 namespace {
@@ -91,6 +92,18 @@ bool RunJob::send(EngineCommand& command) {
 bool RunJob::send(std::uint32_t command) {
     EngineCommand bare(command);
     return send(bare);
+}
+
+PictureProblems RunJob::pictureProblems(bool toOutput) const {
+    if (toOutput) return engine.pictureProblems();
+    PictureProblems problems;
+    for (const pictureNoteRec& note : session().missingPictures) {
+        ++(note.text.view() == pictureNoteMissing ? problems.missing : problems.damaged);
+        if (problems.examples.size() < pictureExampleLimit)
+            problems.examples.push_back(
+                pictureExample(note.text.view(), note.fileName.view(), note.record + 1, note.page.view()));
+    }
+    return problems;
 }
 
 bool RunJob::run(std::uint32_t command) {

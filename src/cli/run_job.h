@@ -21,6 +21,10 @@ class RunJob {
     /// Opens the layout in front. Null after telling why on standard error.
     [[nodiscard]] DocumentModel* open(const std::string& path) { return engine.open(path); }
 
+    /// The pictures that the last run couldn't show. One to an output (`toOutput`) hands its pages over bit by bit, and
+    /// its driver counts; any other has all in its report.
+    [[nodiscard]] PictureProblems pictureProblems(bool toOutput) const;
+
     /// Runs a command. False after telling why it was refused.
     [[nodiscard]] bool send(EngineCommand& command);
     /// The same for a command without items.

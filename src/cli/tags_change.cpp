@@ -30,13 +30,15 @@ void changeTags(const tagsChangeRec& options, verbContext& context, const std::f
     if (!outputFits(options.outputPath, context)) return;
     context.exitStatus = exitFailed;
     EngineClient engine;
-    if (options.price) {
-        for (const std::uint32_t command : {commandAttachPriceMode, commandEnterPriceMode})
-            EngineCommand(command).run();
-    }
+    if (options.price) enterPriceMode();
     DocumentModel* const layout = engine.open(options.layoutPath);
     if (layout == nullptr || !change(*layout) || !writeOutput(*layout, options.outputPath)) return;
     context.exitStatus = exitDone;
+}
+
+void enterPriceMode() {
+    for (const std::uint32_t command : {commandAttachPriceMode, commandEnterPriceMode})
+        EngineCommand(command).run();
 }
 
 std::string countOf(std::size_t count, const char* what) {

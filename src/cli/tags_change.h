@@ -28,10 +28,14 @@ void addTagsChangeOptions(CLI::App& verb, tagsChangeRec& options);
 /// after telling why on standard error, and then nothing is written.
 void changeTags(const tagsChangeRec& options, verbContext& context, const std::function<bool(DocumentModel&)>& change);
 
+/// Brings the session of an EngineClient into price mode.
+void enterPriceMode();
+
 /// "1 link", "2 links".
 [[nodiscard]] std::string countOf(std::size_t count, const char* what);
 
 // Each adds its verbs to those of `tags`.
 void addTagsTextVerbs(CLI::App& tags, verbContext& context);
+void addTagsSetVerbs(CLI::App& tags, verbContext& context);
 
 }  // namespace tarnova

@@ -161,6 +161,7 @@ void addTagsVerb(CLI::App& app, verbContext& context) {
         "start+length in characters of the story.\nExample: tarnova tags list card.tvd --json");
     list.callback([options, &context] { context.exitStatus = listLayoutTags(*options); });
 
+    addTagsSetVerbs(tags, context);
     addTagsTextVerbs(tags, context);
 }
 

@@ -274,7 +274,7 @@ void ZavoPullFrameCallback::noteProblem() {
     note.page.set(pageName());
     note.record = value.recordNumber - static_cast<std::int32_t>(run.skipFirst);
     note.fileName.set(newPath);
-    note.text.set(isMissing ? "missing" : "damaged");
+    note.text.set(isMissing ? pictureNoteMissing : pictureNoteDamaged);
     run.missingPictures.push_back(note);
     run.reportOrder.push_back({reportKindPicture, static_cast<std::uint32_t>(run.missingPictures.size() - 1)});
     if (isPriceRun()) return;

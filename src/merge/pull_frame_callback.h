@@ -13,6 +13,10 @@
 
 namespace tarnova {
 
+/// Texts of the report's notes.
+inline constexpr std::string_view pictureNoteMissing = "missing";
+inline constexpr std::string_view pictureNoteDamaged = "damaged";
+
 /// Which frames a walk merges.
 enum class FrameScope : std::uint16_t { textFrames = 0, otherFrames = 1, both = 2 };
 
@@ -50,6 +54,7 @@ class ZavoPullFrameCallback final : public ZavoFrameCallback, private LinkMerge 
     errorWord findPath(const std::string& name);
     errorWord applyFrameValue(errorWord priorError);
     errorWord applyStatus();
+    errorWord clearPassThrough();
     errorWord showProblem();
     void tellDamaged();
     errorWord showText(std::u32string_view text);
@@ -58,6 +63,7 @@ class ZavoPullFrameCallback final : public ZavoFrameCallback, private LinkMerge 
     std::uint16_t askForAsset();
     std::uint16_t missingSubstitute();
     std::uint16_t placeFound();
+    errorWord readArticle();
     void noteProblem();
 
     FrameScope scope;

@@ -111,6 +111,8 @@ std::int32_t PageDriver::start(const driverStartRec& record) {
     outputPath = record.file->path();
     options = readSinkOptions(record.text == nullptr ? std::string_view() : record.text->view());
     slotsDone = slotsGiven = 0;
+    problems = {};
+    problemsSeen = 0;
     failure.clear();
     step = Step::saveCopy;
     return 0;
@@ -192,7 +194,7 @@ bool PageDriver::mergeChunk(std::int32_t slotLimit) {
     EngineCall merge(commandMerge, signature);
     merge.number(0, nextRecord).number(1, recordOfSlot(slotsDone + slots)).number(2, stepBy).number(3, recordPassMode);
     if (!merge.flag(0, true).item(0, &document).item(1, &done).send() || done == 0) return false;
-    if (!writePages(slots)) return false;
+    if (!problems.gather(slots, signature, problemsSeen) || !writePages(slots)) return false;
     if (slotsDone == 0) slotsOfChunk = slots;
     slotsDone += slots;
     slotsGiven = std::max(slotsGiven, slotsDone);
@@ -220,12 +222,16 @@ std::optional<std::string> PageDriver::mergeBatchInWorker(std::int32_t firstSlot
     if (!EngineCall(commandLogFile, signature).send()) return std::nullopt;
     if (!EngineCall(commandShowAlerts, signature).item(0, &show).send()) return std::nullopt;
     sink->keepPages();
+    problems = {};
     slotsDone = firstSlot;
     nextRecord = recordOfSlot(firstSlot);
     while (slotsDone < slotLimit) {
         if (!mergeChunk(slotLimit)) return std::nullopt;
     }
-    return alerts.anyAsked ? std::nullopt : sink->takeKeptPages();
+    if (alerts.anyAsked) return std::nullopt;
+    std::optional<std::string> pages = sink->takeKeptPages();
+    if (pages) pages->insert(0, problems.bytes());
+    return pages;
 }
 
 /// Takes the next batch over, or merges it here when its worker couldn't.
@@ -236,11 +242,14 @@ bool PageDriver::takeBatch() {
     const std::optional<std::string> kept = batches.front().worker.result();
     batches.pop_front();
     bool fits = false;
-    if (kept && !sink->addKeptPages(*kept, fits)) {
+    PictureProblems ofBatch;
+    std::string_view pages = kept ? std::string_view(*kept) : std::string_view();
+    if (kept && ofBatch.take(pages) && !sink->addKeptPages(pages, fits)) {
         failure = sink->error();
         return false;
     }
     if (fits) {
+        problems.add(ofBatch);
         slotsDone = slotLimit;
         nextRecord = recordOfSlot(slotLimit);
         return true;

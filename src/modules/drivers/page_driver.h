@@ -16,6 +16,7 @@
 #include "engine/module/driver_protocol.h"
 #include "engine/module/execute.h"
 #include "modules/drivers/page_sink.h"
+#include "modules/drivers/picture_problems.h"
 #include "modules/drivers/worker_process.h"
 
 namespace tarnova {
@@ -32,6 +33,9 @@ class PageDriver final : public IZavoKelvaneModule {
     PageDriver& operator=(const PageDriver&) = delete;
 
     void Execute(commandBlock& block) override;
+
+    /// Of the last job.
+    [[nodiscard]] const PictureProblems& pictureProblems() const { return problems; }
 
  private:
     enum class Step : std::uint8_t { idle, saveCopy, openCopy, merge };
@@ -75,6 +79,8 @@ class PageDriver final : public IZavoKelvaneModule {
 
     std::unique_ptr<PageSink> sink;
     std::string failure;
+    PictureProblems problems;
+    std::uint32_t problemsSeen = 0;  // entries of the report that are in it
 
     // With several jobs, workers merge batches of chunks; their pages go to the sink in order.
     struct batchRec {
