@@ -8,6 +8,7 @@
 namespace tarnova {
 namespace {
 
+constexpr std::int16_t positionMessage = 2;
 constexpr std::int16_t positionKeep = 4;
 
 /// The host's PDF preferences as long as it lives; then as they were.
@@ -33,17 +34,6 @@ UID pictureIn(UIDRef frame) {
         if (document.itemClass(child) == ItemClass::graphic) return child;
     }
     return kInvalidUID;
-}
-
-/// Places the file at the frame's corner in its own size or, with `keepsPlace`, as the picture before it lay. The file
-/// is tried in front of the old picture's end, so that a damaged one costs nothing.
-errorWord place(UIDRef frame, const std::string& path, bool keepsPlace, UID& outPicture) {
-    Document& document = *frame.database;
-    const bool replaces = pictureIn(frame) != kInvalidUID;
-    errorWord error = document.placeIntoFrame(path, frame.uid, {}, outPicture);
-    if (error != 0 || !replaces || keepsPlace) return error;
-    error = document.deleteItem(outPicture);
-    return error != 0 ? error : document.placeIntoFrame(path, frame.uid, {}, outPicture);
 }
 
 errorWord fitPicture(Document& document, UID picture, std::int16_t picturePosition) {
@@ -119,10 +109,12 @@ std::uint16_t placeFile(UIDRef frame, const std::string& path, const pictureFitR
     errorWord error = 0;
     {
         const PdfPrefsSet prefs(document, pdf);
-        error = place(frame, path, fit.picturePosition == positionKeep, picture);
+        error = document.placeIntoFrame(path, frame.uid, {}, picture);
     }
-    if (error != 0 || picture == kInvalidUID) return frameDamaged;
-    error = fitPicture(document, picture, fit.picturePosition);
+    if (error != 0) return frameDamaged;
+    if (picture == kInvalidUID) return framePlaced;  // a text
+    if (fit.picturePosition != positionKeep) error = document.resetPictureTransform(picture);
+    if (error == 0) error = fitPicture(document, picture, fit.picturePosition);
     if (error == 0) error = alignPicture(frame, picture, fit);
     if (error == 0 && clip.type != clipSettingsRec::Type::none) error = carryClip(document, picture, clip);
     if (error == 0 && wasUnassigned) error = document.setContentKind(frame.uid, ContentKind::unassigned);
@@ -133,18 +125,12 @@ std::uint16_t placeFile(UIDRef frame, const std::string& path, const pictureFitR
     return shown == pdf.page ? framePlaced : frameOtherPage;
 }
 
-std::uint16_t placeArticle(UIDRef frame, const std::string& path) {
+errorWord placePictureBytes(UIDRef frame, std::string bytes) {
     Document& document = *frame.database;
-    const std::string filter = document.importFilterFor(path);
-    if (filter.empty()) return frameDamaged;
-    if (!document.isTextFrame(frame.uid) && document.convertToTextFrame(frame.uid) != 0) return frameDamaged;
-    const UID story = document.textOfFrame(frame.uid);
-    const textSpanRec thread = document.threadSpan(story, 0);
-    textSourceRec source;
-    source.filePath = path;
-    std::int32_t length = 0;
-    const errorWord error = document.importText(story, thread.start, thread.length - 1, source, filter, length);
-    return error == 0 ? framePlaced : frameDamaged;
+    UID picture = kInvalidUID;
+    errorWord error = document.placeBytesIntoFrame(std::move(bytes), frame.uid, picture);
+    if (error == 0) error = document.resetPictureTransform(picture);
+    return error == 0 ? fitPicture(document, picture, positionMessage) : error;
 }
 
 errorWord setFrameText(UIDRef frame, std::u32string_view text) {

@@ -29,14 +29,14 @@ struct pictureFitRec {
     std::int16_t vAlign = 0;
 };
 
-/// Places a picture file. With `refreshLink` its link is updated, as a file of the same name may have new contents. A
-/// frame that is neither for text nor for pictures stays so. Gives a `frameResult`; a damaged file leaves the frame as
-/// it was, and no error stays.
+/// Places a file: a picture, or a text, which makes the frame a text frame. With `refreshLink` a picture's link is
+/// updated, as a file of the same name may have new contents. A frame that is neither for text nor for pictures stays
+/// so around a picture. Gives a `frameResult`; a damaged file leaves the frame as it was, and no error stays.
 [[nodiscard]] std::uint16_t placeFile(UIDRef frame, const std::string& path, const pictureFitRec& fit,
                                       const pdfPlacePrefsRec& pdf, bool refreshLink);
 
-/// Makes a text file the frame's text, which turns another frame into a text frame.
-[[nodiscard]] std::uint16_t placeArticle(UIDRef frame, const std::string& path);
+/// Places a picture file's bytes, which the document keeps: the largest that the frame shows whole, centred.
+[[nodiscard]] errorWord placePictureBytes(UIDRef frame, std::string bytes);
 
 /// Replaces the text of a text frame; other frames stay as they are.
 [[nodiscard]] errorWord setFrameText(UIDRef frame, std::u32string_view text);

@@ -3,6 +3,8 @@
 #include "document/document.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/text_encoding.h"
+#include "merge/message_picture.h"
+#include "merge/picture_placing.h"
 #include "tags/tag_attribute.h"
 
 namespace tarnova {
@@ -31,16 +33,15 @@ std::int32_t ZavoProofStoryCallback::TagProcess(UIDRef story) {
 }
 
 bool ZavoProofFrameCallback::TagIsMine(std::string_view data) {
-    return frameRef.database->isTextFrame(frameRef.uid) && tagRecordDecode(data, &tag, nullptr, nullptr, 0) == 0;
+    return tagRecordDecode(data, &tag, nullptr, nullptr, 0) == 0;
 }
 
 std::int32_t ZavoProofFrameCallback::TagProcess() {
-    Document& document = *frameRef.database;
     auto& error = session().engineError;
-    const UID story = document.textOfFrame(frameRef.uid);
-    if (error != 0 || story == kInvalidUID) return 0;
-    const textSpanRec thread = document.threadSpan(story, 0);
-    error = document.textReplace(story, thread.start, thread.length - 1, proofText(tag), false);
+    if (error != 0) return 0;
+    const std::u32string text = proofText(tag);
+    const bool isText = frameRef.database->isTextFrame(frameRef.uid);
+    error = isText ? setFrameText(frameRef, text) : messagePicture(frameRef, text, 1, proofSwatch, true);
     return 0;
 }
 

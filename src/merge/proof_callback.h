@@ -24,7 +24,7 @@ class ZavoProofStoryCallback final : public ZavoStoryCallback {
     tagDataRec tag{};
 };
 
-/// Shows the name as the whole text of a text frame; other frames have no place for it and stay as they are.
+/// Shows the name as the whole text of a text frame, and in any other frame as a picture.
 class ZavoProofFrameCallback final : public ZavoFrameCallback {
  public:
     bool TagIsMine(std::string_view data) override;

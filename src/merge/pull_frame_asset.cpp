@@ -9,9 +9,12 @@
 #include "engine/toolkit/text_encoding.h"
 #include "merge/asset_search.h"
 #include "merge/group_pictures.h"
+#include "merge/message_picture.h"
 #include "merge/pdf_options.h"
 #include "merge/placed_pictures.h"
 #include "merge/pull_frame_callback.h"
+#include "tags/change_keys.h"
+#include "tags/tag_text.h"
 
 namespace tarnova {
 namespace {
@@ -92,11 +95,22 @@ errorWord ZavoPullFrameCallback::applyFrameValue(errorWord priorError) {
         session().runResult = runAborted;
         return 0;
     }
+    const errorWord error = clearPassThrough();
+    if (error != 0) return error;
     if (frameResult == frameDamaged && promptsAreOn()) {
         tellDamaged();
         if (*cancel != 0) return 0;
     }
     return isMerged() && hasValue ? showProblem() : errorWord{0};
+}
+
+/// A picture that couldn't be placed can't be passed through to an output either.
+errorWord ZavoPullFrameCallback::clearPassThrough() {
+    if (appPrefs().mergeRunType != mergeRunDriver) return 0;
+    const std::uint16_t store = session().engineMode;
+    if (!itemDataView(frameRef, ItemDataPlace::pageItem, itemDataPassThrough, store)) return 0;
+    const bool done = itemDataSet(frameRef, ItemDataPlace::pageItem, itemDataPassThrough, nullptr, 0, store) != 0;
+    return done ? errorWord{0} : errFailed;
 }
 
 /// What a frame shows when there is no value to be placed.
@@ -122,7 +136,8 @@ errorWord ZavoPullFrameCallback::applyStatus() {
 }
 
 errorWord ZavoPullFrameCallback::showText(std::u32string_view text) {
-    return setFrameText(frameRef, text);
+    if (frameRef.database->isTextFrame(frameRef.uid)) return setFrameText(frameRef, text);
+    return messagePicture(frameRef, text, pdf.page);
 }
 
 bool ZavoPullFrameCallback::promptsAreOn() const {
@@ -221,6 +236,13 @@ std::uint16_t ZavoPullFrameCallback::missingSubstitute() {
     return assetFound ? framePlaced : frameMissing;
 }
 
+/// The tags that are written in an article become links, with the key of the article's own.
+errorWord ZavoPullFrameCallback::readArticle() {
+    const UIDRef story{frameRef.database, frameRef.database->textOfFrame(frameRef.uid)};
+    if (convertTagText(story, story.database->totalLength(story.uid)) == tagConversion::aborted) *cancel |= 1;
+    return changeFrameTreeKeys(frameRef, pstrView(tagRec.searchKey), session().engineError);
+}
+
 std::uint16_t ZavoPullFrameCallback::placeFound() {
     Document& document = *frameRef.database;
     const std::int16_t type = value.extraction != nullptr ? value.extraction->type : linkTypePicture;
@@ -236,10 +258,12 @@ std::uint16_t ZavoPullFrameCallback::placeFound() {
         }
     }
     const ContentKind before = document.contentKind(frameRef.uid);
-    const bool isText = type == linkTypeArticle && !document.importFilterFor(newPath).empty();
-    const std::uint16_t result =
-        isText ? placeArticle(frameRef, newPath) : placeFile(frameRef, newPath, fit, pdf, linksGoStale());
+    const std::uint16_t result = placeFile(frameRef, newPath, fit, pdf, linksGoStale());
     if (document.contentKind(frameRef.uid) != before) noteChanged();
+    if (type == linkTypeArticle && result == framePlaced && document.isTextFrame(frameRef.uid)) {
+        error = readArticle();
+        return framePlaced;
+    }
     if (tracks && result != frameDamaged && document.childCount(frameRef.uid) > 0) {
         const UID child = document.childAt(frameRef.uid, 0);
         const clipSettingsRec clip = document.clipSettings(child);
