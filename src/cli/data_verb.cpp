@@ -322,6 +322,24 @@ int indexData(const dataVerbRec& options) {
     return exitDone;
 }
 
+namespace {
+
+void addNumbers(CLI::App& data, verbContext& context) {
+    const auto options = std::make_shared<numberVerbRec>();
+    CLI::App& numbers = *data.add_subcommand("numbers", "Make a data file of running numbers");
+    numbers.add_option("--start", options->start, "First number")->capture_default_str();
+    numbers.add_option("--end", options->end, "Last number; below the first one the numbers go down")->required();
+    numbers.add_option("--width", options->width, "Digits at least")->check(CLI::Range(0, 100));
+    numbers.add_option("--pad", options->pad, "What fills up to the width")->capture_default_str();
+    numbers.add_option("--prefix", options->prefix, "Text in front of each number");
+    numbers.add_option("--suffix", options->suffix, "Text behind each number");
+    numbers.add_option("-o,--output", options->outputPath, "The file, made anew")->required();
+    numbers.footer("Example: tarnova data numbers --end 500 --width 5 --prefix T- -o tickets.txt");
+    numbers.callback([options, &context] { context.exitStatus = makeNumbers(*options); });
+}
+
+}  // namespace
+
 void addDataVerb(CLI::App& app, verbContext& context) {
     const auto options = std::make_shared<dataVerbRec>();
     CLI::App& data = *app.add_subcommand("data", "Look into a data file, take a record out, build its index");
@@ -346,6 +364,8 @@ void addDataVerb(CLI::App& app, verbContext& context) {
         addSubverb(data, context, options, "index", "Build the index and say where it is and how big", indexData);
     index.add_option("--key-field", options->keyField, "Field that holds the key. Without it: the first");
     index.footer("Example: tarnova data index customers.csv --key-field Code");
+
+    addNumbers(data, context);
 }
 
 }  // namespace tarnova

@@ -1,4 +1,4 @@
-// `tarnova data`: what a delimited text file holds, one value of it, and its index.
+// `tarnova data`: what a delimited text file holds, one value of it, and its index; and data files of numbers.
 
 #pragma once
 
@@ -20,6 +20,17 @@ struct dataVerbRec {
     bool json = false;
 };
 
+/// A data file of running numbers.
+struct numberVerbRec {
+    std::string outputPath;
+    std::int32_t start = 1;
+    std::int32_t end = 0;
+    std::int32_t width = 0;  // digits at least
+    std::string prefix;
+    std::string suffix;
+    std::string pad = "0";
+};
+
 // Each gives the program's exit status, after telling on standard error what went wrong.
 
 /// Prints how a file is read and what it holds.
@@ -30,5 +41,8 @@ struct dataVerbRec {
 
 /// Builds a file's index and says where it is and how big.
 [[nodiscard]] int indexData(const dataVerbRec& options);
+
+/// Writes the file.
+[[nodiscard]] int makeNumbers(const numberVerbRec& options);
 
 }  // namespace tarnova

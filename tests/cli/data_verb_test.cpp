@@ -1,5 +1,6 @@
 // `tarnova data` as a person calls it.
 
+#include <gmock/gmock.h>
 #include <rapidjson/document.h>
 
 #include "tests/cli/program_fixture.h"
@@ -90,6 +91,22 @@ TEST_F(DataVerb, LeavesTheSettingsAndDefinitionsOfTheUserAlone) {
     EXPECT_TRUE(read(preferences) == before);
     EXPECT_FALSE(exists("home/Tarnova/Ostreon Tag Display/QelTestFile.txt"));
     EXPECT_EQ(read("data.csv").substr(0, 9), "Code,Name") << "and the data";
+}
+
+TEST_F(DataVerb, MakesFilesOfNumbers) {
+    const struct {
+        const char *arguments, *bytes;
+    } cases[] = {
+        {"--start 99 --end 101 --width 4 --prefix A- --suffix /x", "Number\r\nA-0099/x\r\nA-0100/x\r\nA-0101/x\r\n"},
+        {"--start 1 --end -1 --pad . --width 2", "Number\r\n.1\r\n.0\r\n-1\r\n"},
+    };
+    for (const auto& made : cases) {
+        EXPECT_EQ(run(std::string("data numbers -o numbers.txt ") + made.arguments).status, 0);
+        EXPECT_EQ(read("numbers.txt"), made.bytes);
+    }
+    const outcomeRec refused = run("data numbers --end 5 -o missing/numbers.txt");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.messages, testing::HasSubstr("missing/numbers.txt: The file can't be created"));
 }
 
 }  // namespace
