@@ -6,6 +6,7 @@
 #include <rapidjson/writer.h>
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "cli/interrupt.h"
@@ -30,10 +31,14 @@ constexpr std::uint32_t commandSetOptions = 561;
 
 constexpr std::size_t toldKeys = 5;  // of those without a record; the JSON answer has them all
 
+constexpr std::int32_t kindsBoth = 0, kindsText = 1, kindsFrames = 2;
+const std::map<std::string, std::int32_t> kindCodes = {{"text", kindsText}, {"frame", kindsFrames}};
+
 struct priceOptionsRec {
     std::string layoutPath;
     std::vector<std::string> outputs;  // none: the layout itself
     std::string pages;
+    std::vector<std::int32_t> kinds = {kindsText, kindsFrames};
     bool keepsMissing = false;
     bool json = false;
     dataChoiceRec data;
@@ -105,7 +110,9 @@ bool armRun(RunJob& job, DocumentModel& layout, const priceOptionsRec& options, 
     }
     if (!job.send(EngineCommand(commandArmPriceRun).item(0, document))) return false;
     if (!job.send(EngineCommand(commandOpenData).item(0, dataOfDefinition).item(1, records))) return false;
-    return job.send(EngineCommand(commandSetOptions).item(0, first).item(1, last));
+    const bool isOneKind = std::equal(options.kinds.begin() + 1, options.kinds.end(), options.kinds.begin());
+    std::int32_t kinds = isOneKind ? options.kinds.front() : kindsBoth;
+    return job.send(EngineCommand(commandSetOptions).item(0, first).item(1, last).item(3, kinds));
 }
 
 /// What the run does where a key has no record or a record no value. A definition of the user's own says the latter;
@@ -198,6 +205,10 @@ void addPriceVerb(CLI::App& app, verbContext& context) {
     verb->add_option("--key", options->data.keyField,
                      "Field that holds the keys of the links. Without it: the definition's, or the first");
     verb->add_option("--pages", options->pages, "Pages to update, counted from 1: 3, 3-8 or 4- (all)");
+    verb->add_option("--kinds", options->kinds, "Links to update: text, frame or text,frame (both)")
+        ->transform(CLI::CheckedTransformer(kindCodes).description(""))
+        ->type_name("KINDS")
+        ->delimiter(',');
     verb->add_flag("--keep-missing", options->keepsMissing,
                    "A link whose key has no record keeps its text; else it says so in its place");
     verb->add_option("-o,--output", options->outputs,

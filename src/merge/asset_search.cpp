@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "definitions/definition_state.h"
 #include "engine/toolkit/files.h"
 #include "engine/toolkit/id_file.h"
 
@@ -153,6 +154,19 @@ std::string searchFolder(const std::string& fileName, const std::string& folder,
         if (isFile(fileIn(it->path()))) return fileIn(it->path());
     }
     return {};
+}
+
+assetSearchRec assetSearchOf(const Document& document, std::string_view name, std::uint16_t encoding) {
+    assetSearchRec search;
+    search.document = &document;
+    search.name = name;
+    search.encoding = encoding;
+    if (const recordDefRec* const definition = definitionState().currentRecordDef) {
+        const pictureSearchRec& folder = definition->pictureSearch;
+        if (folder.enable != 0) search.searchFolder = folder.searchPath;
+        search.searchBelow = folder.subDirs != 0;
+    }
+    return search;
 }
 
 errorWord findAsset(const assetSearchRec& search, std::string& outPath, bool& outFound, std::uint32_t& outKind,

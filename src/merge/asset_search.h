@@ -4,7 +4,9 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "document/document.h"
 #include "engine/session/session.h"
@@ -22,6 +24,9 @@ struct assetSearchRec {
     bool useMemo = true;
     bool generated = false;  // the file was made for this run
 };
+
+/// A search for a name that the data gave, with the folder of the current definition.
+[[nodiscard]] assetSearchRec assetSearchOf(const Document& document, std::string_view name, std::uint16_t encoding);
 
 /// Looks for an asset. A name from the root, with a drive, or with "./" (beside the document) names one place. Any
 /// other is looked for by its last part: in the folder that it names, that of the document, of the data file, the

@@ -12,6 +12,7 @@
 #include "document/story_callback.h"
 #include "engine/session/session.h"
 #include "engine/toolkit/pstring.h"
+#include "merge/link_keys.h"
 #include "tags/tag_attribute.h"
 
 namespace tarnova {
@@ -61,8 +62,7 @@ bool takesPart(std::string_view data, tagDataRec& tag) {
     if (definition == nullptr || tagRecordDecode(data, &tag, nullptr, nullptr, 0) != 0) return false;
     extractionRec* link = nullptr;
     if (findExtraction(definition, tag.extractionRecordName, link, 0) != 0 || link == nullptr) return false;
-    const std::int16_t keyType = link->magicKeyNumbers[0];
-    return keyType != keyTypeFirstOnPage && keyType != keyTypeFirstOnSpread;
+    return !keyStandsOnPage(*link);
 }
 
 class ZavoCalcFirstOnFrameLinksCallback final : public ZavoFrameCallback {

@@ -87,6 +87,10 @@ std::optional<std::string> keyOnPage(const linkPlaceRec& place, const extraction
 
 }  // namespace
 
+bool keyStandsOnPage(const extractionRec& link) {
+    return link.magicKeyNumbers[0] == keyTypeFirstOnPage || link.magicKeyNumbers[0] == keyTypeFirstOnSpread;
+}
+
 void LinkKeys::pass(const linkPlaceRec& place, const tagDataRec& tag) {
     passed_.push_back({pstrString(tag.extractionRecordName), pstrString(tag.searchKey), place.start, place.length});
 }

@@ -24,8 +24,11 @@ struct linkPlaceRec {
     UIDRef story;
     std::int32_t start = 0;  // its run
     std::int32_t length = 0;
-    UID page = kInvalidUID;  // that shows it
+    UID page = kInvalidUID;  // that shows it; asked for only where the link's key stands on it
 };
+
+/// Whether a link has its key from another on its page or spread.
+[[nodiscard]] bool keyStandsOnPage(const extractionRec& link);
 
 /// Settles keys along one story, from its first link to its last.
 class LinkKeys {

@@ -17,7 +17,7 @@ enum class LinkState : std::uint8_t { unchanged, changed, deleted };
 struct linkReportRec {
     const tagDataRec& tag;
     UIDRef item;                 // its story
-    std::int32_t pageEntry = 0;  // position of its page in the document, from 0
+    std::int32_t pageEntry = 0;  // position of its page in the document, from 0; see `wantsPages`
     bool locked = false;
     std::int16_t status = 0;  // fetchStatus
     LinkState state = LinkState::unchanged;
@@ -38,7 +38,8 @@ struct linkCountsRec {
 };
 
 struct linkReportStateRec {
-    bool isOn = false;  // while it is off nobody asks for texts
+    bool isOn = false;        // while it is off nobody asks for texts
+    bool wantsPages = false;  // the listener reads pages: to find them a text that several frames show is composed
     linkCountsRec counts;
     std::function<void(const linkReportRec&)> listener;  // may be empty
 };

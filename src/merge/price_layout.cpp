@@ -27,8 +27,9 @@ class PriceText {
     PriceText(UIDRef story, std::int32_t start, errorWord priorError)
         : story_(story), start_(start), error_(priorError) {}
 
+    /// What has the value already is left alone: each look of a run costs the document a list of its own.
     void apply(const priceRangeRec& range, TextAttributeClass kind, double value) {
-        if (error_ != 0 || range.limit <= range.start) return;
+        if (error_ != 0 || range.limit <= range.start || holds(range, kind, value)) return;
         error_ = story_.database->attributeApply(story_.uid, start_ + range.start, range.limit - range.start,
                                                  std::make_shared<NumberAttribute>(kind, value));
     }
@@ -45,6 +46,14 @@ class PriceText {
     [[nodiscard]] errorWord error() const { return error_; }
 
  private:
+    [[nodiscard]] bool holds(const priceRangeRec& range, TextAttributeClass kind, double value) const {
+        for (std::int32_t at = range.start; at < range.limit;) {
+            if (numberAt(at, kind) != value) return false;
+            at += std::max(story_.database->attributeRunAt(story_.uid, start_ + at).length, 1);
+        }
+        return true;
+    }
+
     UIDRef story_;
     std::int32_t start_;
     errorWord error_;
@@ -105,15 +114,15 @@ priceAttributesRec notePriceAttributes(UIDRef story, std::int32_t start, std::in
             numberAt(unkernedPlace(text, first), TextAttributeClass::kerning)};
 }
 
-errorWord resetPriceAttributes(UIDRef story, std::int32_t start, std::int32_t length, const priceAttributesRec& noted,
+errorWord resetPriceAttributes(UIDRef story, std::int32_t start, const priceAttributesRec& noted,
                                errorWord priorError) {
     PriceText text(story, start, priorError);
-    const priceRangeRec all{0, length};
-    text.apply(all, TextAttributeClass::pointSize, noted.pointSize);
-    text.apply(all, TextAttributeClass::baselineShift, noted.baselineShift);
-    text.apply(all, TextAttributeClass::kerning, noted.kerning);
-    text.apply(all, TextAttributeClass::position, static_cast<double>(TextPosition::normal));
-    text.apply(all, TextAttributeClass::underline, 0);
+    const priceRangeRec first{0, 1};
+    text.apply(first, TextAttributeClass::pointSize, noted.pointSize);
+    text.apply(first, TextAttributeClass::baselineShift, noted.baselineShift);
+    text.apply(first, TextAttributeClass::kerning, noted.kerning);
+    text.apply(first, TextAttributeClass::position, static_cast<double>(TextPosition::normal));
+    text.apply(first, TextAttributeClass::underline, 0);
     return text.error();
 }
 

@@ -21,9 +21,10 @@ struct priceAttributesRec {
 /// Reads them at the text's first digit or radix, or at its first character. The range isn't empty.
 [[nodiscard]] priceAttributesRec notePriceAttributes(UIDRef story, std::int32_t start, std::int32_t length);
 
-/// Takes off a range what an earlier price left there: the noted numbers, the normal position, no underline.
-[[nodiscard]] errorWord resetPriceAttributes(UIDRef story, std::int32_t start, std::int32_t length,
-                                             const priceAttributesRec& noted, errorWord priorError);
+/// Takes off a text what an earlier price left there: the noted numbers, the normal position, no underline. Its first
+/// character is enough, as the text that takes the place of all of it looks like that one.
+[[nodiscard]] errorWord resetPriceAttributes(UIDRef story, std::int32_t start, const priceAttributesRec& noted,
+                                             errorWord priorError);
 
 /// Lays out a price that stands in the story from `start` on. What doesn't count as a price stays as it is. Sizes keep
 /// within 2 to 720 points.

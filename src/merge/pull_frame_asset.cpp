@@ -1,6 +1,5 @@
 // The merge of frames that take a file: finding what the value names, placing it, and showing what went wrong.
 
-#include "definitions/definition_state.h"
 #include "document/document.h"
 #include "engine/session/preferences.h"
 #include "engine/session/session.h"
@@ -66,15 +65,7 @@ errorWord ZavoPullFrameCallback::findFrameAsset(errorWord priorError) {
 
 /// Searches for a name; `newPath` takes the path when there is one.
 errorWord ZavoPullFrameCallback::findPath(const std::string& name) {
-    assetSearchRec search;
-    search.document = frameRef.database;
-    search.name = name;
-    search.encoding = value.encoding;
-    if (const recordDefRec* const definition = definitionState().currentRecordDef) {
-        const pictureSearchRec& folder = definition->pictureSearch;
-        if (folder.enable != 0) search.searchFolder = folder.searchPath;
-        search.searchBelow = folder.subDirs != 0;
-    }
+    assetSearchRec search = assetSearchOf(*frameRef.database, name, value.encoding);
     const bool isGroup = value.extraction != nullptr && value.extraction->type == linkTypeGroupPicture;
     search.useMasters = isGroup && appPrefs().groupPicturesUseMasters != 0;
     std::string path;

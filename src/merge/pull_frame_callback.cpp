@@ -14,6 +14,7 @@
 #include "merge/link_keys.h"
 #include "merge/link_report.h"
 #include "merge/price_layout.h"
+#include "merge/text_import.h"
 #include "output/build_tables.h"
 #include "tags/tag_attribute.h"
 #include "tags/tag_manager.h"
@@ -36,17 +37,6 @@ bool takesText(UIDRef frame, const extractionRec* link) {
     const std::int16_t type = link != nullptr ? link->type : linkTypeText;
     if (frame.database->isTextFrame(frame.uid)) return type != linkTypeArticle && type != linkTypeGroupPicture;
     return link != nullptr && type == linkTypeText;
-}
-
-std::string_view filterName(std::int16_t importFilter) {
-    switch (importFilter) {
-        case importFilterHostTags:
-            return textImportFilters[0];
-        case importFilterRtf:
-            return textImportFilters[1];
-        default:
-            return textImportFilters[2];
-    }
 }
 
 /// Three blocks of a module one behind the other.
@@ -168,8 +158,7 @@ errorWord ZavoPullFrameCallback::prepareFrameTag(bool& isMergedNow, errorWord pr
     isTextContent = takesText(frameRef, link);
     if (error != 0 || !isPriceRun()) return error;
     auto& run = session();
-    const std::int16_t keyType = link != nullptr ? link->magicKeyNumbers[0] : keyTypeOwn;
-    const bool waits = keyType == keyTypeFirstOnPage || keyType == keyTypeFirstOnSpread;
+    const bool waits = link != nullptr && keyStandsOnPage(*link);
     if (waits != (run.secondRound != 0)) {
         if (waits) ++run.deferredLinkCount;
         isMergedNow = false;
@@ -233,12 +222,13 @@ errorWord ZavoPullFrameCallback::replaceFrameText(UID story) {
     if (link != nullptr && link->importFilter != importFilterNone && value.status == fetchFound) {
         const std::string bytes = utf32ToUtf8(newText);
         std::int32_t imported = 0;
-        return document.importText(story, thread.start, length, {bytes, {}}, filterName(link->importFilter), imported);
+        return document.importText(story, thread.start, length, {bytes, {}}, importFilterName(link->importFilter),
+                                   imported);
     }
     errorWord error = 0;
     if (value.style != nullptr && length > 0) {
         const priceAttributesRec noted = notePriceAttributes(text, thread.start, length);
-        error = resetPriceAttributes(text, thread.start, length, noted, error);
+        error = resetPriceAttributes(text, thread.start, noted, error);
     }
     return error != 0 ? error : document.textReplace(story, thread.start, length, newText, false);
 }

@@ -1,6 +1,7 @@
 #include "merge/pull_story_callback.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "definitions/definition_state.h"
 #include "definitions/record_def_set.h"
@@ -11,6 +12,7 @@
 #include "merge/delete_question.h"
 #include "merge/link_report.h"
 #include "merge/price_layout.h"
+#include "merge/text_import.h"
 #include "output/build_tables.h"
 #include "tags/tag_attribute.h"
 
@@ -80,7 +82,7 @@ std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
         if (error == 0) decideAction(*cancel);
         error = linkReport().isOn ? replaceAndReport(story, error) : replaceRun(story, error);
     }
-    if (isPriceRun() && !tagIsGone) linkKeys.pass(placeOfTag(story), tagRec);
+    if (isPriceRun() && !tagIsGone) linkKeys.pass({story, tagStart, tagLength - tagTail}, tagRec);
     value = tagValueRec{};
     position = tagStart + tagLength;
     return 0;
@@ -96,14 +98,13 @@ errorWord ZavoPullStoryCallback::prepareTag(UIDRef story, bool& isMerged, errorW
     error = findExtraction(definitionState().currentRecordDef, tagRec.extractionRecordName, link, error);
     if (error != 0 || link == nullptr) return error;
     auto& run = session();
-    const std::int16_t keyType = link->magicKeyNumbers[0];
-    const bool waits = keyType == keyTypeFirstOnPage || keyType == keyTypeFirstOnSpread;
+    const bool waits = keyStandsOnPage(*link);
     if (waits != (run.secondRound != 0)) {
         if (waits) ++run.deferredLinkCount;
         isMerged = false;
         return 0;
     }
-    return keyType == keyTypeOwn ? errorWord{0} : settleKey(story, *link);
+    return link->magicKeyNumbers[0] == keyTypeOwn ? errorWord{0} : settleKey(story, *link);
 }
 
 /// Takes the tag off the white space at both ends of its run, and off a run that has nothing else.
@@ -136,19 +137,18 @@ errorWord ZavoPullStoryCallback::trimTag(UIDRef story, bool& isMerged) {
 
 /// Finds the link's key and stores it in its tag.
 errorWord ZavoPullStoryCallback::settleKey(UIDRef story, const extractionRec& link) {
-    linkKeys.settle(placeOfTag(story), link, firstOnTracker(), tagRec);
+    linkPlaceRec place{story, tagStart, tagLength - tagTail};
+    if (keyStandsOnPage(link)) {
+        const Document& document = *story.database;
+        const std::int32_t pageEntry = pageEntryOfTag(story);
+        if (pageEntry < document.pageCount()) place.page = document.pageAt(pageEntry);
+    }
+    linkKeys.settle(place, link, firstOnTracker(), tagRec);
     std::byte* block = nullptr;
     const errorWord error = tagRecordEncode(&tagRec, &block, 0);
     if (error != 0) return error;
     const blockPtr<std::byte> owned(block);
     return replaceTagData(story, {reinterpret_cast<const char*>(block), blockSize(block)});
-}
-
-linkPlaceRec ZavoPullStoryCallback::placeOfTag(UIDRef story) {
-    const std::int32_t pageEntry = pageEntryOfTag(story);
-    const Document& document = *story.database;
-    const UID page = pageEntry < document.pageCount() ? document.pageAt(pageEntry) : kInvalidUID;
-    return {story, tagStart, tagLength - tagTail, page};
 }
 
 keywordPlaceRec ZavoPullStoryCallback::placeOfLink() {
@@ -172,7 +172,7 @@ errorWord ZavoPullStoryCallback::replaceAndReport(UIDRef story, errorWord priorE
     if (priorError != 0) return priorError;
     const auto runText = [&] { return story.database->textRead(story.uid, tagStart, tagLength - tagTail); };
     linkReportRec link{tagRec, story};
-    link.pageEntry = pageEntryOfTag(story);
+    if (linkReport().wantsPages) link.pageEntry = pageEntryOfTag(story);
     link.locked = lockedLink;
     // A keyword needs no record.
     const bool isKeyword = value.extraction != nullptr && keywordOf(*value.extraction);
@@ -191,6 +191,7 @@ errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) 
     if (priorError != 0 || mergeOn == 0 || lockedLink) return priorError;
     if (deleteMode) return deleteRun(story);
     if (!hasValue) return 0;
+    if (importsValue(value)) return replaceByImport(story);
     if (value.style != nullptr && value.status == fetchFound) return replaceByPrice(story);
     // One replacement for the whole run: the new text takes the attributes of the run's first character, its tag
     // among them, whatever the rest of the run looked like.
@@ -202,9 +203,26 @@ errorWord ZavoPullStoryCallback::replaceByPrice(UIDRef story) {
     const std::int32_t length = tagLength - tagTail;
     const priceAttributesRec noted = notePriceAttributes(story, tagStart, length);
     const formattedPriceRec price = formatPrice(newText, *value.style, appPrefs().priceTrailingText != 0);
-    errorWord error = resetPriceAttributes(story, tagStart, length, noted, 0);
+    errorWord error = resetPriceAttributes(story, tagStart, noted, 0);
     if (error == 0) error = replaceTagText(story, price.text, false);
     return layoutPrice(story, tagStart, price, *value.style, noted, error);
+}
+
+/// The same for a link that imports. The imported text has attributes of its own, so that the tag is laid over it anew.
+errorWord ZavoPullStoryCallback::replaceByImport(UIDRef story) {
+    Document& document = *story.database;
+    const TagAttribute* const stored = ownTagOf(document.attributeRunAt(story.uid, tagStart).attributes);
+    if (stored == nullptr) return errFailed;
+    const auto tag = std::make_shared<const TagAttribute>(stored->attributeClass(), stored->content());
+    const std::int32_t before = document.totalLength(story.uid);
+    bool imported = false;
+    const errorWord error = importValue(story, tagStart, tagLength - tagTail, value, newText, imported, *cancel);
+    if (error != 0 || !imported) return error;
+    const std::int32_t growth = document.totalLength(story.uid) - before;
+    storyEnd += growth;
+    tagLength += growth;
+    const std::int32_t length = tagLength - tagTail;
+    return length > 0 ? document.attributeApply(story.uid, tagStart, length, tag) : errorWord{0};
 }
 
 errorWord ZavoPullStoryCallback::deleteRun(UIDRef story) {

@@ -35,12 +35,12 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback, private LinkMerge 
     errorWord prepareTag(UIDRef story, bool& isMerged, errorWord priorError);
     errorWord trimTag(UIDRef story, bool& isMerged);
     errorWord settleKey(UIDRef story, const extractionRec& link);
-    [[nodiscard]] linkPlaceRec placeOfTag(UIDRef story);
     [[nodiscard]] keywordPlaceRec placeOfLink() override;
     std::int32_t pageEntryOfTag(UIDRef story);
     errorWord replaceRun(UIDRef story, errorWord priorError);
     errorWord replaceAndReport(UIDRef story, errorWord priorError);
     errorWord replaceByPrice(UIDRef story);
+    errorWord replaceByImport(UIDRef story);
     errorWord deleteRun(UIDRef story);
     void queueParagraph(UIDRef story, std::int32_t atPosition, bool unconditional);
     errorWord cleanParagraphs(UIDRef story, errorWord priorError);

@@ -47,6 +47,8 @@ TEST_F(PriceVerbTest, TakesPagesAndKeepsWhatHasNoRecord) {
     ASSERT_EQ(run("price catalog.tvd --data list.csv --key No --keep-missing --pages 2- -o a.tvd -o a.pdf").status, 0);
     EXPECT_TRUE(exists("a.pdf"));
     EXPECT_EQ(textOf("a.tvd"), "at 9.50 on at 9.50 on at [No Data] on at 9.50 on ");
+    EXPECT_EQ(run("price catalog.tvd --data list.csv --key No --kinds frame -o b.tvd").output,
+              "b.tvd: 0 links: 0 changed, 0 unchanged, 0 emptied, 0 without a record\n");
     EXPECT_EQ(read("catalog.tvd"), before);
 }
 
@@ -65,6 +67,7 @@ TEST_F(PriceVerbTest, SaysWhatIsWrong) {
         {"plain.tvd --data list.csv", 1, "plain.tvd: it has no links of price mode"},
         {"catalog.tvd --data list.csv --pages 5", 2, "catalog.tvd: there is no page 5"},
         {"catalog.tvd --data list.csv --pages 1,3", 2, "only pages that follow each other"},
+        {"catalog.tvd --data list.csv --kinds picture", 2, "--kinds: "},
         {"catalog.tvd --data list.csv -o list.doc", 2, "list.doc: the output's name must end in .tvd"},
         {"catalog.tvd --data list.csv --key No -o missing/list.tvd", 1, "missing/list.tvd: "},
     };

@@ -7,6 +7,7 @@
 #include "definitions/definition_state.h"
 #include "engine/run/price_run.h"
 #include "host/text/composer.h"
+#include "merge/link_report.h"
 #include "tests/merge/merge_fixture.h"
 
 namespace tarnova {
@@ -51,6 +52,20 @@ TEST_F(LinkKeyTest, AreTheirOwnOrThoseOfOthers) {
         document->setComposer(makeComposer());
         EXPECT_EQ(priced(), expected.text);
     }
+}
+
+TEST_F(LinkKeyTest, WaitForTheSecondRoundWhereTheyStandOnThePage) {
+    useData("Key,Price\nA1,10\nB2,20\n");
+    link("Price").magicKeyNumbers[0] = keyTypeFirstOnPage;
+    useTemplate("{x:Price} {B2:Key} {y:Price} {A1:Key}");
+    document->setComposer(makeComposer());
+    std::string order;
+    linkReport().listener = [&](const linkReportRec& seen) {
+        order += pstrString(seen.tag.extractionRecordName) + "=" + utf32ToUtf8(seen.newText) + " ";
+    };
+    EXPECT_EQ(priced(), "20 B2 20 A1");
+    linkReport().listener = nullptr;
+    EXPECT_EQ(order, "Key=B2 Key=A1 Price=20 Price=20 ");
 }
 
 TEST_F(LinkKeyTest, AreNotThoseOfLinksThatWereDeleted) {

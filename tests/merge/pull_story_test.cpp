@@ -100,6 +100,36 @@ TEST_F(MergeTest, PrefixAndSuffixOnlyAroundAValue) {
     EXPECT_THAT(merge(), ElementsAre("«x»."));
 }
 
+TEST_F(MergeTest, ValuesAndTheArticlesThatTheyNameAreImported) {
+    const std::string article = (folder / "article.txt").string();
+    std::ofstream(article, std::ios::binary) << "\xEF\xBB\xBFÅ\nsecond";
+    const struct {
+        std::int16_t importFilter;
+        std::uint8_t isafile;
+        std::string value, text;
+    } cases[] = {
+        {3, 0, "plain", "<plain>"},
+        {0, 1, article, "<Å|second>"},
+        {0, 1, article + "x", "<A>"},  // it isn't there, and the run goes on
+        {0, 0, article, "<" + article + ">"},
+    };
+    for (const auto& imported : cases) {
+        SCOPED_TRACE(imported.value);
+        useData("A\n" + imported.value + "\n");
+        link("A").importFilter = imported.importFilter;
+        link("A").isafile = imported.isafile;
+        useTemplate("<{A}>");
+        EXPECT_THAT(merge(), ElementsAre(imported.text));
+        useData("A\nagain\n");
+        EXPECT_THAT(merge(), ElementsAre("<again>")) << "the link is still there";
+    }
+    useData("A\n{\\rtf1 x}\n");
+    link("A").importFilter = importFilterRtf;
+    useTemplate("<{A}>");
+    merge();
+    EXPECT_EQ(error, errImportFilter);
+}
+
 TEST_F(MergeTest, LockedAndIgnoredLinksKeepTheirText) {
     lockNext = true;
     EXPECT_THAT(mergeOne("A\nx\n", "{A}."), ElementsAre("A."));
