@@ -42,6 +42,8 @@ struct ItemReader::ItemTarget {
 
 namespace {
 
+constexpr std::int64_t exactIntegerLimit = std::int64_t{1} << 53;  // numbers of JSON are doubles
+
 /// Levels of JSON that a layout needs at most: down to the items of a page, two for each group, the frame, then for
 /// each text in a text six down to an item in it, its groups and frame, and at last the notes of a link on a run in a
 /// text with threads on a path. What was read can so be written, and that be read again.
@@ -171,7 +173,17 @@ const std::vector<Member<ItemReader::ItemTarget>>& ItemReader::pictureMembers() 
         std::vector<Member<T>> out = placedMembers();
         out.push_back({"file", [](T& t, const JsonValue& v) { t.graphic.filePath = pictureFileOf(v); }});
         out.push_back({"page", [](T& t, const JsonValue& v) { t.graphic.pdfPage = pictureFilePageOf(v); }});
-        out.push_back({"clip", [](T& t, const JsonValue& v) { t.graphic.clip = readClip(v); }});
+        out.push_back({"embedded", [](T& t, const JsonValue& v) {
+                           t.graphic.embedded = std::make_shared<const std::string>(bytesOf(v));
+                       }});
+        out.push_back({"crop", [](T& t, const JsonValue& v) { t.graphic.pdfCrop = pictureCropOf(v); }});
+        out.push_back({"transparent", [](T& t, const JsonValue& v) { t.graphic.pdfTransparent = boolOf(v); }});
+        out.push_back({"fileTime", [](T& t, const JsonValue& v) {
+                           t.graphic.fileTime = integerOf(v, -exactIntegerLimit, exactIntegerLimit);
+                       }});
+        out.push_back(
+            {"fileSize", [](T& t, const JsonValue& v) { t.graphic.fileSize = integerOf(v, 0, exactIntegerLimit); }});
+        out.push_back({"clip", [](T& t, const JsonValue& v) { readClip(v, t.graphic); }});
         return out;
     }();
     return rows;
@@ -323,7 +335,7 @@ void ItemReader::readFrame(ItemTarget& target, UID parent, bool onLayer) {
     if (target.picture != nullptr && shape->content == ContentKind::text) {
         faultAt(*target.picture, "A frame has either a picture or text.");
     }
-    if (target.picture != nullptr) readPicture(*target.picture, uid);
+    if (target.picture != nullptr) readPicture(*target.picture, uid, shape->bounds);
     if (target.pathText != nullptr) makePathStory(*target.pathText, uid, *shape, target.shapeKey);
     if (shape->content == ContentKind::text) {
         noteFrame(target, uid, shape->text.columns, name);
@@ -332,16 +344,18 @@ void ItemReader::readFrame(ItemTarget& target, UID parent, bool onLayer) {
     }
 }
 
-void ItemReader::readPicture(const JsonValue& value, UID frame) {
+void ItemReader::readPicture(const JsonValue& value, UID frame, const PMRect& frameBounds) {
     ItemTarget target(names, value);
     readMembers<ItemTarget>(value, "a picture", pictureMembers(), target);
-    if (target.graphic.filePath.empty()) faultAt(value, "A picture needs \"file\", the path of its file.");
-    if (!target.look.inner) faultAt(value, "A picture needs \"inner\", its own [left, top, right, bottom].");
+    if (target.graphic.filePath.empty() == (target.graphic.embedded == nullptr)) {
+        faultAt(value, "A picture needs \"file\", the path of its file, or else \"embedded\".");
+    }
     uids.countObjects(value, 1);
     target.item.uid = uids.uidOf(target.uid);
     takeLinks(target);
     takeBounds(target);
-    target.graphic.bounds = *target.look.inner;
+    if (target.look.inner) target.graphic.bounds = *target.look.inner;
+    completeGraphic(target.graphic, target.look.inner.has_value(), frameBounds, folder);
     target.item.itemClass = ItemClass::graphic;
     target.item.graphic = std::make_shared<const PlacedGraphic>(std::move(target.graphic));
     builder.addItem(frame, std::move(target.item));

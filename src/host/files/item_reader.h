@@ -32,9 +32,10 @@ struct DataBlocks {
 
 class ItemReader {
  public:
+    /// Relative paths of pictures count from `itsFolder`.
     ItemReader(DocumentBuilder& itsBuilder, UidReader& itsUids, const LayoutNames& itsNames,
-               const LayerIndex& itsLayers)
-        : builder(itsBuilder), uids(itsUids), names(itsNames), layers(itsLayers) {}
+               const LayerIndex& itsLayers, const std::string& itsFolder)
+        : builder(itsBuilder), uids(itsUids), names(itsNames), layers(itsLayers), folder(itsFolder) {}
 
     /// Shapes and texts that items name by their index; each may be null. Before the items.
     void readShared(const JsonValue* shapeList, const JsonValue* textList);
@@ -86,7 +87,7 @@ class ItemReader {
     [[nodiscard]] UID parentOf(const ItemTarget& target, const Place& place) const;
     void readGroup(ItemTarget& target, UID parent);
     void readFrame(ItemTarget& target, UID parent, bool onLayer);
-    void readPicture(const JsonValue& value, UID frame);
+    void readPicture(const JsonValue& value, UID frame, const PMRect& frameBounds);
     static void takeLinks(ItemTarget& target);
     static void takeFlow(ItemTarget& target, const Place& place);
     void takeBounds(ItemTarget& target) const;
@@ -106,6 +107,7 @@ class ItemReader {
     UidReader& uids;
     const LayoutNames& names;
     const LayerIndex& layers;
+    const std::string& folder;
     std::size_t groupDepth = 0;   // of the groups around the item under reading, to the page or text that they are in
     std::size_t anchorDepth = 0;  // of the texts around it
     std::vector<std::shared_ptr<const ItemShape>> shapes;

@@ -87,19 +87,23 @@ bool replaceFile(const std::string& folder, const std::string& path, std::string
     return false;
 }
 
-void setLocationOf(DocumentModel& document, const std::string& path) {
+/// The folder of a file, from the root.
+std::string folderOf(const std::string& path) {
     std::error_code code;
-    const std::filesystem::path whole = std::filesystem::absolute(path, code);
-    document.setLocation(whole.parent_path().string(), whole.filename().string());
+    return std::filesystem::absolute(path, code).parent_path().string();
+}
+
+void setLocationOf(DocumentModel& document, const std::string& path) {
+    document.setLocation(folderOf(path), std::filesystem::path(path).filename().string());
 }
 
 }  // namespace
 
-std::unique_ptr<DocumentModel> readLayout(std::string_view bytes, layoutError& error) {
+std::unique_ptr<DocumentModel> readLayout(std::string_view bytes, layoutError& error, const std::string& folder) {
     error = {};
     try {
         const JsonTree tree(bytes);
-        return LayoutReader(tree).read();
+        return LayoutReader(tree, folder).read();
     } catch (const LayoutFault& fault) {
         error = {fault.what(), fault.line()};
     } catch (const std::bad_alloc&) {
@@ -125,13 +129,13 @@ std::unique_ptr<DocumentModel> openLayout(const std::string& path, layoutError& 
         error.message = "The layout \"" + path + "\" can't be read: " + systemReason() + ".";
         return nullptr;
     }
-    std::unique_ptr<DocumentModel> document = readLayout(bytes, error);
+    std::unique_ptr<DocumentModel> document = readLayout(bytes, error, folderOf(path));
     if (document != nullptr) setLocationOf(*document, path);
     return document;
 }
 
-std::string writeLayout(const DocumentModel& document) {
-    return LayoutWriter(document).write();
+std::string writeLayout(const DocumentModel& document, const std::string& folder) {
+    return LayoutWriter(document, folder).write();
 }
 
 bool saveLayout(DocumentModel& document, const std::string& path, layoutError& error) {
@@ -146,7 +150,7 @@ bool saveLayoutCopy(const DocumentModel& document, const std::string& path, layo
         error.message = "The document has used up the UIDs that a layout file can hold.";
         return false;
     }
-    LayoutWriter writer(document);
+    LayoutWriter writer(document, folderOf(path));
     const std::string bytes = writer.write();
     if (bytes.size() > jsonBytesLimit || writer.isTooDeep()) {
         error.message = bytes.size() > jsonBytesLimit

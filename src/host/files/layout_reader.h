@@ -26,7 +26,8 @@ inline constexpr const char* numberingStyleWords[] = {"arabic", "upperRoman", "l
 
 class LayoutReader {
  public:
-    explicit LayoutReader(const JsonTree& itsTree) : tree(itsTree) {}
+    /// `itsFolder` is that of the layout; both are borrowed.
+    LayoutReader(const JsonTree& itsTree, const std::string& itsFolder) : tree(itsTree), folder(itsFolder) {}
     /// Once. Throws LayoutFault.
     [[nodiscard]] std::unique_ptr<DocumentModel> read();
 
@@ -77,12 +78,13 @@ class LayoutReader {
     void readData();
 
     const JsonTree& tree;
+    const std::string& folder;
     Parts parts;
     DocumentBuilder builder;
     UidReader uids{builder};
     LayoutNames names;
     LayerIndex layerIndex;
-    ItemReader items{builder, uids, names, layerIndex};
+    ItemReader items{builder, uids, names, layerIndex, folder};
     PMPoint pageSize;
     bool facing = false;
     /// A master that is based on another by way of one of its pages.

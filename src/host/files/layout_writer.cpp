@@ -12,6 +12,7 @@
 #include "host/files/tag_members.h"
 #include "host/files/text_members.h"
 #include "host/model/limits.h"
+#include "host/model/placed_picture.h"
 #include "host/model/story_reader.h"
 
 namespace tarnova {
@@ -340,7 +341,9 @@ void LayoutWriter::writePicture(const PageItem& picture) {
     if (!picture.toParent.isIdentity()) writePlace(picture.toParent);
     writeFlags(picture);
     writeItemData(picture);
-    writeGraphic(out, *picture.graphic);
+    const bool isElsewhere = !folder.empty() && folder != document.documentFolder();
+    writeGraphic(out, *picture.graphic,
+                 isElsewhere ? pathOfGraphic(*picture.graphic, document.documentFolder()) : picture.graphic->filePath);
     out.end();
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "host/files/json_writer.h"
@@ -14,7 +15,9 @@ namespace tarnova {
 
 class LayoutWriter {
  public:
-    explicit LayoutWriter(const DocumentModel& itsDocument) : document(itsDocument) {}
+    /// For a file in this folder; an empty one stands for the document's own.
+    LayoutWriter(const DocumentModel& itsDocument, std::string itsFolder)
+        : document(itsDocument), folder(std::move(itsFolder)) {}
     [[nodiscard]] std::string write();
     /// What was written has groups in groups or texts in texts that no reader takes.
     [[nodiscard]] bool isTooDeep() const { return tooDeep; }
@@ -59,6 +62,7 @@ class LayoutWriter {
     void writeItemData(const PageItem& item);
 
     const DocumentModel& document;
+    const std::string folder;
     JsonWriter out;
     SharedList<ItemShape> shapes;
     SharedList<StoryText> texts;

@@ -1,29 +1,40 @@
 #include "host/files/picture_members.h"
 
+#include <iterator>
+
+#include "host/files/base64.h"
+#include "host/files/shape_members.h"
+#include "host/model/placed_picture.h"
+#include "host/pictures/clip_outline.h"
+
 namespace tarnova {
 
 namespace {
 
-constexpr std::int64_t pictureFilePageLimit = 1'000'000;
-
 constexpr const char* clipWords[] = {"none", "detectedEdges", "embeddedPath", "userPath"};
 
-constexpr Member<clipSettingsRec> clipMembers[] = {
-    {"type", [](clipSettingsRec& t, const JsonValue& v) { t.type = wordAs<clipSettingsRec::Type>(v, clipWords); }},
+/// In the order of their numbers; 1 stands for what the place preferences don't name.
+constexpr const char* cropWords[] = {"visibleContent", "cropBox", "art",   "crop",
+                                     "trim",           "bleed",   "media", "allContent"};
+
+constexpr Member<PlacedGraphic> clipMembers[] = {
+    {"type", [](PlacedGraphic& t, const JsonValue& v) { t.clip.type = wordAs<clipSettingsRec::Type>(v, clipWords); }},
     {"threshold",
-     [](clipSettingsRec& t, const JsonValue& v) { t.threshold = numberOf(v, -coordinateLimit, coordinateLimit); }},
+     [](PlacedGraphic& t, const JsonValue& v) { t.clip.threshold = numberOf(v, -coordinateLimit, coordinateLimit); }},
     {"tolerance",
-     [](clipSettingsRec& t, const JsonValue& v) { t.tolerance = numberOf(v, -coordinateLimit, coordinateLimit); }},
-    {"inset", [](clipSettingsRec& t, const JsonValue& v) { t.inset = lengthOf(v); }},
-    {"path", [](clipSettingsRec& t, const JsonValue& v) { t.pathName = stringOf(v); }},
-    {"invert", [](clipSettingsRec& t, const JsonValue& v) { t.invert = boolOf(v); }},
-    {"insideEdges", [](clipSettingsRec& t, const JsonValue& v) { t.insideEdges = boolOf(v); }},
-    {"restrictToFrame", [](clipSettingsRec& t, const JsonValue& v) { t.restrictToFrame = boolOf(v); }},
+     [](PlacedGraphic& t, const JsonValue& v) { t.clip.tolerance = numberOf(v, -coordinateLimit, coordinateLimit); }},
+    {"inset", [](PlacedGraphic& t, const JsonValue& v) { t.clip.inset = lengthOf(v); }},
+    {"path", [](PlacedGraphic& t, const JsonValue& v) { t.clip.pathName = stringOf(v); }},
+    {"invert", [](PlacedGraphic& t, const JsonValue& v) { t.clip.invert = boolOf(v); }},
+    {"insideEdges", [](PlacedGraphic& t, const JsonValue& v) { t.clip.insideEdges = boolOf(v); }},
+    {"restrictToFrame", [](PlacedGraphic& t, const JsonValue& v) { t.clip.restrictToFrame = boolOf(v); }},
+    {"outline", [](PlacedGraphic& t, const JsonValue& v) { t.clipPath = readPath(v); }},
 };
 
-void writeClip(JsonWriter& out, const clipSettingsRec& clip) {
+void writeClip(JsonWriter& out, const PlacedGraphic& graphic) {
+    const clipSettingsRec& clip = graphic.clip;
     const clipSettingsRec usual;
-    if (clip == usual) return;
+    if (clip == usual && graphic.clipPath.empty()) return;
     out.key("clip");
     out.beginObject();
     if (clip.type != usual.type) out.member("type", clipWords[static_cast<std::size_t>(clip.type)]);
@@ -34,6 +45,7 @@ void writeClip(JsonWriter& out, const clipSettingsRec& clip) {
     if (clip.invert) out.member("invert", true);
     if (clip.insideEdges) out.member("insideEdges", true);
     if (clip.restrictToFrame) out.member("restrictToFrame", true);
+    if (!graphic.clipPath.empty()) out.member("outline", pathText(graphic.clipPath));
     out.end();
 }
 
@@ -41,27 +53,58 @@ void writeClip(JsonWriter& out, const clipSettingsRec& clip) {
 
 std::string pictureFileOf(const JsonValue& value) {
     const std::string_view path = stringOf(value);
-    if (path.empty() || path.size() > pictureFileBytesLimit) {
-        faultAt(value, "The path of a picture's file has 1 to " + std::to_string(pictureFileBytesLimit) + " bytes.");
+    if (path.empty() || path.size() > picturePathLimit) {
+        faultAt(value, "The path of a picture's file has 1 to " + std::to_string(picturePathLimit) + " bytes.");
     }
     return std::string(path);
 }
 
 std::int32_t pictureFilePageOf(const JsonValue& value) {
-    return static_cast<std::int32_t>(integerOf(value, 1, pictureFilePageLimit) - 1);
+    return static_cast<std::int32_t>(integerOf(value, 1, pdfPageLimit) - 1);
 }
 
-clipSettingsRec readClip(const JsonValue& value) {
-    clipSettingsRec clip;
-    readMembers<clipSettingsRec>(value, "a clip", clipMembers, clip);
-    return clip;
+std::uint32_t pictureCropOf(const JsonValue& value) {
+    return static_cast<std::uint32_t>(wordOf(value, cropWords));
 }
 
-void writeGraphic(JsonWriter& out, const PlacedGraphic& graphic) {
-    out.member("file", graphic.filePath);
+void readClip(const JsonValue& value, PlacedGraphic& out) {
+    readMembers<PlacedGraphic>(value, "a clip", clipMembers, out);
+}
+
+void completeGraphic(PlacedGraphic& graphic, bool hasBounds, const PMRect& frame, const std::string& folder) {
+    using Type = clipSettingsRec::Type;
+    const bool isMade = graphic.clip.type == Type::detectedEdges || graphic.clip.type == Type::embeddedPath;
+    const bool wantsClip = isMade && graphic.clipPath.empty();
+    if (hasBounds && !wantsClip) return;
+    const OpenedPicture opened = openGraphic(graphic, folder);
+    if (!hasBounds) graphic.bounds = frame;
+    if (opened.picture == nullptr) return;
+    const PMPoint size = opened.picture->size();
+    if (!hasBounds) graphic.bounds = {0, 0, size.x, size.y};
+    PictureOutline outline;
+    if (wantsClip && makeClipOutline(*opened.picture, graphic.clip, outline)) {
+        graphic.clipPath = subPathsOf(outline, pictureToItem(graphic, size));
+    }
+}
+
+void writeGraphic(JsonWriter& out, const PlacedGraphic& graphic, const std::string& path) {
+    const PlacedGraphic usual;
+    if (graphic.embedded != nullptr) {
+        out.member("embedded", toBase64(*graphic.embedded));
+    } else {
+        out.member("file", path);
+    }
     out.numbers("inner", {graphic.bounds.left, graphic.bounds.top, graphic.bounds.right, graphic.bounds.bottom});
-    if (graphic.pdfPage != 0) out.member("page", graphic.pdfPage + 1);
-    writeClip(out, graphic.clip);
+    if (graphic.pdfPage != usual.pdfPage) out.member("page", graphic.pdfPage + 1);
+    if (graphic.pdfCrop != usual.pdfCrop && graphic.pdfCrop < std::size(cropWords)) {
+        out.member("crop", cropWords[graphic.pdfCrop]);
+    }
+    if (!graphic.pdfTransparent) out.member("transparent", false);
+    if (graphic.fileSize != usual.fileSize) {
+        out.member("fileTime", graphic.fileTime);
+        out.member("fileSize", graphic.fileSize);
+    }
+    writeClip(out, graphic);
 }
 
 }  // namespace tarnova

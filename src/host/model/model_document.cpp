@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/model/placed_picture.h"
+
 namespace tarnova {
 
 std::uint64_t newStamp() {
@@ -61,7 +63,24 @@ void ModelDocument::markTemplate() {
     templateStampValue = newStamp();
 }
 
+/// The document leaves the folder from which relative links count.
+void ModelDocument::rootLinks() {
+    std::vector<UID> pictures;
+    table.forEach([&](UID uid, const ObjectSlot&) {
+        const PageItem* found = item(uid);
+        if (found != nullptr && found->graphic != nullptr) pictures.push_back(uid);
+    });
+    for (UID uid : pictures) {
+        PageItem* picture = table.find<PageItem>(uid);
+        if (pathOfGraphic(*picture->graphic, folder) == picture->graphic->filePath) continue;
+        auto graphic = std::make_shared<PlacedGraphic>(*picture->graphic);
+        graphic->filePath = pathOfGraphic(*graphic, folder);
+        picture->graphic = std::move(graphic);
+    }
+}
+
 void ModelDocument::setLocation(std::string newFolder, std::string newName) {
+    if (!folder.empty() && newFolder != folder) rootLinks();
     folder = std::move(newFolder);
     fileName = std::move(newName);
     savedState = state;

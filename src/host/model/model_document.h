@@ -331,6 +331,7 @@ class ModelDocument final : public DocumentModel, public DocumentLooks {
     errorWord placeText(const std::string& filePath, UID frame);
     [[nodiscard]] bool isPlacedAsText(const std::string& path) const;
     errorWord failPlacing(std::string reason);
+    void rootLinks();
     errorWord changeGraphic(UID picture, PlacedGraphic graphic, std::string_view name);
     errorWord placePicture(UID picture, const PMMatrix& place);
     errorWord scalePicture(UID picture, bool fills);

@@ -28,7 +28,7 @@ void takePicture(PlacedGraphic& graphic, const OpenedPicture& opened) {
         graphic.pdfCrop = PlacedGraphic().pdfCrop;
         graphic.pdfTransparent = true;
     }
-    graphic.fileTime = opened.stamp.nanoseconds;
+    graphic.fileTime = millisecondsOf(opened.stamp);
     graphic.fileSize = opened.stamp.size;
 }
 

@@ -124,7 +124,7 @@ struct PlacedGraphic {
     std::int32_t pdfPage = 0;                     // of a PDF file, from 0
     std::uint32_t pdfCrop = 3;                    // a host crop value
     bool pdfTransparent = true;                   // false: a PDF page lies on a white ground
-    std::int64_t fileTime = 0;                    // of the file as it was placed: nanoseconds since 1970 of its change
+    std::int64_t fileTime = 0;                    // of the file as it was placed: milliseconds since 1970 of its change
     std::int64_t fileSize = -1;                   // bytes; -1: not known
     clipSettingsRec clip;
     std::vector<SubPath> clipPath;  // what the clip leaves visible (even-odd); empty: all

@@ -40,8 +40,9 @@ LinkStatus linkStatusOf(const PlacedGraphic& graphic, const std::string& documen
     if (graphic.embedded != nullptr) return LinkStatus::good;
     const FileStamp now = stampOfFile(pathOfGraphic(graphic, documentFolder));
     if (!now.isKnown()) return LinkStatus::missing;
-    const FileStamp placed{graphic.fileTime, graphic.fileSize};
-    return !placed.isKnown() || placed == now ? LinkStatus::good : LinkStatus::outOfDate;
+    const bool isKnown = graphic.fileSize >= 0;
+    const bool isSame = graphic.fileSize == now.size && graphic.fileTime == millisecondsOf(now);
+    return !isKnown || isSame ? LinkStatus::good : LinkStatus::outOfDate;
 }
 
 }  // namespace tarnova

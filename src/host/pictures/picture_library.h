@@ -23,6 +23,11 @@ struct FileStamp {
     [[nodiscard]] bool isKnown() const { return size >= 0; }
 };
 
+/// Milliseconds of a stamp, which a number of a layout file can hold.
+[[nodiscard]] inline std::int64_t millisecondsOf(const FileStamp& stamp) {
+    return stamp.nanoseconds / 1'000'000;
+}
+
 /// The stamp of a plain file; unknown for anything else.
 [[nodiscard]] FileStamp stampOfFile(const std::string& path);
 
