@@ -69,6 +69,8 @@ struct mergeResultRec {
     std::int64_t overset = 0;
     std::uint32_t records = 0;
     PictureProblems pictures;
+    std::uint32_t withoutRecord = 0;  // links on places behind the last record
+    std::uint32_t withoutData = 0;    // links whose field is empty
 };
 
 /// Saves the built document and counts what it holds.
@@ -205,6 +207,10 @@ void answer(const mergeOptionsRec& options, const mergeResultRec& result) {
     writer.Uint64(result.pictures.missing);
     writer.Key("damagedPictures");
     writer.Uint64(result.pictures.damaged);
+    writer.Key("linksWithoutRecord");
+    writer.Uint(result.withoutRecord);
+    writer.Key("linksWithoutData");
+    writer.Uint(result.withoutData);
     writer.EndObject();
     fmt::print("{}\n", buffer.GetString());
 }
@@ -227,6 +233,8 @@ void runMerge(const mergeOptionsRec& options, verbContext& context) {
     const bool done = armRun(job, *layout, options, result) && runToOutput(job, *layout, options, result);
     if (wasInterrupted()) context.exitStatus = exitInterrupted;
     if (!done) return;
+    result.withoutRecord = session().fillerCount;
+    result.withoutData = session().noDataCount;
     if (result.overset > 0) {
         sayError(fmt::format("{}: text doesn't fit its frame in {} place{}; make the frames larger or the text smaller",
                              options.outputPath, result.overset, result.overset == 1 ? "" : "s"));

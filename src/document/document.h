@@ -209,6 +209,14 @@ class PageItems {
     ~PageItems() = default;
 };
 
+/// A font that a text asks for.
+struct usedFontRec {
+    std::string family;
+    std::string style;
+    bool isMissing = false;  // another one stands in for it
+    friend bool operator==(const usedFontRec&, const usedFontRec&) = default;
+};
+
 /// Stories: one flat run of code points each, in threads that end in a closing mark (a return that is no text).
 class DocumentText {
  public:
@@ -269,6 +277,9 @@ class DocumentText {
     [[nodiscard]] virtual errorWord releaseItem(UID item) = 0;
     /// The paragraph at a position, its return included.
     [[nodiscard]] virtual textSpanRec paragraphAt(UID story, std::int32_t position) const = 0;
+
+    /// The fonts that the document's texts ask for, each once, by name.
+    [[nodiscard]] virtual std::vector<usedFontRec> usedFonts() const = 0;
 
     /// Composes the whole document, or a story at least to the position. Asking below does it by itself.
     virtual void composeDocument() = 0;

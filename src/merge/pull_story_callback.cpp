@@ -46,11 +46,10 @@ bool commonPageEntry(UIDRef story, std::int32_t& pageEntry) {
 }  // namespace
 
 ZavoPullStoryCallback::ZavoPullStoryCallback(PMString statusText, std::uint16_t* changedWord)
-    : ZavoStoryCallback(!statusText.empty(), std::move(statusText)),
+    : TagTrimmer(std::move(statusText)),
       LinkMerge(defaultSetText),
       sharedChanged(changedWord),
       mergeOn(session().mergeOn) {
-    wantsFrame = false;  // asked for only where the page can't be known without composition
     initError = openData() ? 0 : 1;
 }
 
@@ -64,9 +63,7 @@ bool ZavoPullStoryCallback::StoryBegin(UIDRef story) {
 }
 
 bool ZavoPullStoryCallback::TagIsMine(UIDRef story, const TagAttribute& attribute) {
-    if (attribute.ownerName() != engineName()) return false;
-    if (runEndsThread && runLength < 2) return false;
-    if (story.database->hasOwnedItem(story.uid, position, runLength)) return false;
+    if (!TagTrimmer::TagIsMine(story, attribute)) return false;
     tagIsGone = false;
     return readTag(attribute.data());
 }
@@ -92,7 +89,10 @@ std::int32_t ZavoPullStoryCallback::TagProcess(UIDRef story) {
 /// round, which merges just them.
 errorWord ZavoPullStoryCallback::prepareTag(UIDRef story, bool& isMerged, errorWord priorError) {
     errorWord error = priorError;
-    if (error == 0 && appPrefs().trimTagText != 0) error = trimTag(story, isMerged);
+    if (error == 0 && appPrefs().trimTagText != 0 && session().trimDone == 0) {
+        error = trimTag(story, tagIsGone);
+        isMerged = !tagIsGone;
+    }
     if (error != 0 || !isMerged || !isPriceRun()) return error;
     extractionRec* link = nullptr;
     error = findExtraction(definitionState().currentRecordDef, tagRec.extractionRecordName, link, error);
@@ -105,34 +105,6 @@ errorWord ZavoPullStoryCallback::prepareTag(UIDRef story, bool& isMerged, errorW
         return 0;
     }
     return link->magicKeyNumbers[0] == keyTypeOwn ? errorWord{0} : settleKey(story, *link);
-}
-
-/// Takes the tag off the white space at both ends of its run, and off a run that has nothing else.
-errorWord ZavoPullStoryCallback::trimTag(UIDRef story, bool& isMerged) {
-    constexpr std::u32string_view white = U" \t";
-    Document& document = *story.database;
-    const std::u32string text = document.textRead(story.uid, tagStart, tagLength - tagTail);
-    const std::size_t first = text.find_first_not_of(white);
-    if (first == text.npos) {
-        isMerged = false;
-        tagIsGone = true;
-        return removeTag(story);
-    }
-    const auto lead = static_cast<std::int32_t>(first);
-    const auto limit = static_cast<std::int32_t>(text.find_last_not_of(white)) + 1;
-    const auto trail = static_cast<std::int32_t>(text.size()) - limit;
-    errorWord error = 0;
-    if (trail > 0) {
-        error = document.attributeRemove(story.uid, tagStart + limit, tagLength - limit, tagClassOfMode());
-        tagLength = limit;
-        tagTail = 0;
-    }
-    if (error == 0 && lead > 0) {
-        error = document.attributeRemove(story.uid, tagStart, lead, tagClassOfMode());
-        tagStart += lead;
-        tagLength -= lead;
-    }
-    return error;
 }
 
 /// Finds the link's key and stores it in its tag.

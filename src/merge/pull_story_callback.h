@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "document/story_callback.h"
 #include "engine/toolkit/pm_string.h"
 #include "merge/link_keys.h"
 #include "merge/link_merge.h"
+#include "merge/tag_trimmer.h"
 
 namespace tarnova {
 
 /// A visitor for one walk of a pass. A link's tag stays on its new text, so that the next pass can merge it again.
-class ZavoPullStoryCallback final : public ZavoStoryCallback, private LinkMerge {
+class ZavoPullStoryCallback final : public TagTrimmer, private LinkMerge {
  public:
     /// Opens the data of the current definition; a failure is in `engineError` and makes `GetInitError` non-zero. With
     /// a text in `statusText` the progress is shown. `changedWord` (borrowed, may be null) gets what changed.
@@ -33,7 +33,6 @@ class ZavoPullStoryCallback final : public ZavoStoryCallback, private LinkMerge 
     };
 
     errorWord prepareTag(UIDRef story, bool& isMerged, errorWord priorError);
-    errorWord trimTag(UIDRef story, bool& isMerged);
     errorWord settleKey(UIDRef story, const extractionRec& link);
     [[nodiscard]] keywordPlaceRec placeOfLink() override;
     std::int32_t pageEntryOfTag(UIDRef story);

@@ -1,6 +1,7 @@
 #include "output/after_merge.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "document/document.h"
@@ -77,11 +78,24 @@ std::uint32_t copiesOfSlot(std::int32_t slot) {
 
 }  // namespace
 
+void noteUsedFonts(const Document& document) {
+    auto& lists = session();
+    for (const usedFontRec& font : document.usedFonts()) {
+        const std::string name = font.family + " " + font.style;
+        const bool isNoted = std::any_of(lists.fontsInUse.begin(), lists.fontsInUse.end(),
+                                         [&name](const fontNoteRec& note) { return note.name.view() == name; });
+        if (isNoted) continue;
+        lists.reportOrder.push_back({reportKindFont, static_cast<std::uint32_t>(lists.fontsInUse.size())});
+        lists.fontsInUse.push_back({PMString(name), static_cast<std::uint16_t>(font.isMissing ? fontIsMissing : 0), 1});
+    }
+}
+
 errorWord finishMergedPages(UIDRef document, errorWord priorError) {
     if (priorError != 0) return priorError;
     const errorWord error = removeMarkedPages(*document.database);
     if (error != 0) return error;
     countPlacedLinks(*document.database);
+    noteUsedFonts(*document.database);
     document.database->composeDocument();
     return 0;
 }

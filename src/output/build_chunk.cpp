@@ -4,6 +4,7 @@
 
 #include "document/document.h"
 #include "engine/session/session.h"
+#include "merge/tag_trimmer.h"
 #include "output/build_document.h"
 #include "output/build_tables.h"
 #include "output/master_items.h"
@@ -40,7 +41,12 @@ errorWord buildChunk(UIDRef document, std::int32_t wantedSlots, const chunkOptio
     if (priorError != 0) return priorError;
     auto& run = session();
     const UnrecordedChanges unrecorded(document);
-    errorWord error = prepareWorkingTemplate(document, options.detachMasters, unrecorded.error());
+    errorWord error = unrecorded.error();
+    if (options.sweepFirst && run.trimDone == 0 && run.templatePrepared == 0) {
+        error = trimAllTags(document, options.showProgress, error);
+        run.trimDone = 1;
+    }
+    error = prepareWorkingTemplate(document, options.detachMasters, error);
     error = resetBuildTables(document, error);
     run.slotTarget = slotsOfChunk(document, wantedSlots, options.multiSlot);
     error = buildDocument(

@@ -12,6 +12,7 @@ namespace tarnova {
 inline constexpr std::uint32_t chunkPagesAutomatic = 250;  // the most while the engine chooses the size
 
 struct chunkOptionsRec {
+    bool sweepFirst = false;  // of a run's first chunk: trims all tags, where that is wanted
     bool showProgress = false;
     bool multiSlot = false;  // more than one slot; never on a document with page rules
     bool replicateSections = false;

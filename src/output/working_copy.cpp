@@ -81,7 +81,7 @@ errorWord openWorkingCopy(UIDRef& outDocument, errorWord priorError) {
         error = openTemplate(run.templateDoc);
         if (error != 0) return error;
         run.templateCopy = run.templateDoc.database->documentCopy();
-        run.templatePrepared = 0;
+        run.templatePrepared = run.trimDone = 0;
         error = restoreBuildTables(0);
     }
     outDocument = run.templateDoc;

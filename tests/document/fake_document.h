@@ -318,6 +318,7 @@ class FakeDocument final : public Document {
     [[nodiscard]] errorWord anchorItem(UID, UID, std::int32_t) override { return 1; }
     [[nodiscard]] errorWord releaseItem(UID) override { return 1; }
     [[nodiscard]] textSpanRec paragraphAt(UID, std::int32_t) const override { return {}; }
+    std::vector<usedFontRec> usedFonts() const override { return {}; }
     void composeDocument() override {}
     void composeStoryThrough(UID, std::int32_t) override {}
     [[nodiscard]] UID frameAt(UID storyUid, std::int32_t) override {

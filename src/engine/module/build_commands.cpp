@@ -17,7 +17,7 @@ std::int32_t buildChunkOfRun(commandCall& call) {
     const auto document = call.valueOr<UIDRef>(0, {});
     if (document.database == nullptr) return commandDocument;
     const commandArgs& args = call.args;
-    const chunkOptionsRec options{args.flag1 != 0, args.flag2 != 0, args.flag3 != 0, args.flag4 != 0};
+    const chunkOptionsRec options{args.flag0 != 0, args.flag1 != 0, args.flag2 != 0, args.flag3 != 0, args.flag4 != 0};
     const auto wanted = static_cast<std::int32_t>(std::min<std::uint32_t>(args.num0, INT32_MAX));
     const errorWord error = buildChunk(document, wanted, options, 0);
     call.args.num0 = static_cast<std::uint32_t>(session().slotCount);
@@ -90,7 +90,7 @@ constexpr commandArgument mergeChunkArgs[] = {
 constexpr commandArgument buildChunkArgs[] = {
     itemIn(0, uidRef, "the document"),
     numberInOut(0, "slots wanted, then slots built"),
-    flagIn(0, "sweeps first (nothing needs it yet)"),
+    flagIn(0, "trims all tags first, where that is wanted, and not each before its merge"),
     flagIn(1, "shows progress"),
     flagIn(2, "several slots"),
     flagIn(3, "replicates sections"),

@@ -16,6 +16,7 @@
 #include "merge/pull_frame_callback.h"
 #include "merge/pull_story_callback.h"
 #include "merge/tag_value.h"
+#include "output/after_merge.h"
 
 namespace tarnova {
 namespace {
@@ -207,8 +208,10 @@ errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel,
     error = run.engineError;
     summarize();
     done = error == 0 && cancel == 0 && priceSummary().status >= 0;
-    if (error == 0) document.database->composeDocument();
-    return error;
+    if (error != 0) return error;
+    noteUsedFonts(*document.database);
+    document.database->composeDocument();
+    return 0;
 }
 
 }  // namespace tarnova

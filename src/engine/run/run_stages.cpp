@@ -231,7 +231,7 @@ void clearRun() {
     run.workingCopyMade = run.docWasReopened = 0;
     run.templateFile.clear();
     run.sourceFile.clear();
-    run.warnsAtEnd = run.paddingUsed = run.noAdvance = run.askBeforeDelete = 0;
+    run.warnsAtEnd = run.paddingUsed = run.noAdvance = run.askBeforeDelete = run.trimDone = 0;
     run.masterNotes.clear();
     run.mergeOn = 0;
 }

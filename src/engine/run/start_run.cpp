@@ -144,7 +144,7 @@ void beginJob(UIDRef document) {
     run.slotCopies.clear();
     run.pageTotal = run.pageTotalOfFile = 0;
     run.slotsInFront = run.slotsOfOutput = 0;
-    run.fillersUsed = run.smartTagsApplied = 0;
+    run.fillersUsed = run.smartTagsApplied = run.trimDone = 0;
     run.runResult = 0;
     run.cancelRun = 0;
     run.runDocument = document;

@@ -85,8 +85,9 @@ inline constexpr std::uint16_t reportKindFont = 1;
 inline constexpr std::uint16_t reportKindOverset = 2;
 inline constexpr std::uint16_t reportKindPicture = 3;
 
+inline constexpr std::uint16_t fontIsMissing = 1;  // status of a fontNoteRec: another one stands in for it
 struct fontNoteRec {
-    PMString name;
+    PMString name;  // family and style
     std::uint16_t status = 0;
     std::uint32_t count = 0;
 };
@@ -193,6 +194,7 @@ struct buildStateRec : buildCountsRec {
     std::uint8_t workingCopyMade = 0;
     std::uint8_t docWasReopened = 0;
     std::uint8_t smartTagsApplied = 0;  // in this run
+    std::uint8_t trimDone = 0;          // all tags of the template were trimmed; they aren't trimmed one by one
     std::uint8_t fillersUsed = 0;       // fillerStackPad and fillerEndOfFile, as links were given them
     std::int32_t slotsInFront = 0;      // of the chunk, in the output that it is a part of,
     std::int32_t slotsOfOutput = 0;     // and in all; 0: the chunk is the whole output

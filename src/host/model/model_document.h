@@ -113,6 +113,7 @@ class ModelDocument final : public DocumentModel, public DocumentLooks {
                           bool keepCharacters) override;
     errorWord textDelete(UID story, std::int32_t start, std::int32_t count) override;
     attributeRunRec attributeRunAt(UID story, std::int32_t position) const override;
+    std::vector<usedFontRec> usedFonts() const override;
     double numberAttributeAt(UID story, std::int32_t position, TextAttributeClass attributeClass) const override;
     errorWord attributeApply(UID story, std::int32_t start, std::int32_t count,
                              std::shared_ptr<const TextAttribute> attribute) override;

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <limits>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "engine/toolkit/files.h"
@@ -9,6 +11,23 @@
 #include "host/model/story_text.h"
 
 namespace tarnova {
+
+namespace {
+
+/// Adds the formats of a text, whose attributes are those of the document.
+void addFormats(const DocumentModel& document, const StoryText& text, std::set<const CharFormat*>& out) {
+    StoryReader reader(text);
+    for (std::int32_t start = 0; start < text.length();) {
+        const StoryParagraph paragraph = reader.paragraphAt(start);
+        while (start < paragraph.limit()) {
+            const RunSpan run = reader.runInChunkAt(start);
+            out.insert(document.resolveChar(*paragraph.attributes, *run.attributes));
+            start = std::min(run.limit, paragraph.limit());
+        }
+    }
+}
+
+}  // namespace
 
 std::vector<UID> ModelDocument::stories() const {
     std::vector<UID> out;
@@ -247,6 +266,21 @@ const StoryLayout* ModelDocument::layoutThroughFrame(UID uid, std::int32_t frame
     while (layout != nullptr && layout->filledFrames() <= frameIndex)
         layout = layoutOf(uid, layout->composedThrough());
     return layout;
+}
+
+std::vector<usedFontRec> ModelDocument::usedFonts() const {
+    std::set<const CharFormat*> used;
+    table.forEach([this, &used](UID, const ObjectSlot& slot) {
+        if (const auto* const found = std::get_if<std::unique_ptr<Story>>(&slot))
+            addFormats(*this, *(*found)->content, used);
+    });
+    std::set<std::pair<std::string, std::string>> names;
+    for (const CharFormat* const format : used)
+        names.emplace(format->family, format->fontStyle);
+    std::vector<usedFontRec> out;
+    for (const auto& [family, style] : names)
+        out.push_back({family, style, composer != nullptr && !composer->hasFont(family, style)});
+    return out;
 }
 
 void ModelDocument::composeDocument() {

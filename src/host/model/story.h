@@ -103,6 +103,8 @@ class Composer {
     [[nodiscard]] virtual std::shared_ptr<const StoryLayout> compose(const DocumentModel& document, const Story& story,
                                                                      std::int32_t through,
                                                                      const StoryPageTexts& pageTexts) = 0;
+    /// Whether there is a font of that family, under this name or another one of it.
+    [[nodiscard]] virtual bool hasFont(const std::string& family, const std::string& style) const = 0;
 };
 
 /// How a story lies on the path of its frame. Lengths are points along the path, or across it.

@@ -7,6 +7,7 @@
 #include "host/model/document_model.h"
 #include "host/model/story_reader.h"
 #include "host/text/composed_story.h"
+#include "host/text/font.h"
 #include "host/text/long_story.h"
 #include "host/text/path_flow.h"
 #include "host/text/span_gatherer.h"
@@ -117,6 +118,12 @@ class ThreadComposer final : public Composer {
         input.places = &places;
         if (isComposedInParts(story, input)) return composeParts(document, story, through, input);
         return composeWhole(document, story, pageTexts, input);
+    }
+
+    bool hasFont(const std::string& family, const std::string& style) const override {
+        bool substituted = false;
+        static_cast<void>(FontService::instance().find(family, style, &substituted));
+        return !substituted;
     }
 
  private:

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "document/document.h"
+#include "engine/module/run_counters.h"
 #include "engine/toolkit/messages.h"
 #include "engine/toolkit/pstring.h"
 #include "modules/drivers/engine_call.h"
@@ -24,12 +25,18 @@ constexpr std::uint32_t commandMerge = 1203;
 constexpr std::uint32_t commandLogFile = 1204;
 constexpr std::uint32_t commandShowAlerts = 1213;
 constexpr std::int32_t batchesOfWorker = 4;
-// A worker starts with the words that the program has shaped, few as yet, so batches are large; and they end, so that
-// what they hand over fits memory.
+// What is handed over at a time: worth the handing over, and fit for memory.
 constexpr std::int32_t leastChunksOfBatch = 8;
 constexpr std::int32_t mostChunksOfBatch = 128;
 constexpr std::size_t picturesTold = 10;
+constexpr std::int64_t mostBatchesHere = 16;
 constexpr char driverName[] = "PDF";
+
+/// The counts of the run before and behind a batch, at the end of a worker's result.
+struct countsOfBatchRec {
+    runCountersRec begin;
+    runCountersRec end;
+};
 
 /// Shows nothing and notes that there was something to show.
 class SilentAlerts final : public AlertService {
@@ -113,6 +120,7 @@ std::int32_t PageDriver::start(const driverStartRec& record) {
     slotsDone = slotsGiven = 0;
     problems = {};
     problemsSeen = 0;
+    batchesHere = 1;
     failure.clear();
     step = Step::saveCopy;
     return 0;
@@ -202,16 +210,27 @@ bool PageDriver::mergeChunk(std::int32_t slotLimit) {
     return nextRecord >= recordLimit || EngineCall(commandReset, signature).item(0, &document).send();
 }
 
-/// So many chunks for a worker that each has several turns.
-void PageDriver::startBatch() {
-    const std::int32_t chunksLeft = (slotsOfRun - slotsGiven) / slotsOfChunk;
-    const std::int32_t chunks =
-        std::clamp(chunksLeft / (batchesOfWorker * options.jobs), leastChunksOfBatch, mostChunksOfBatch);
-    const std::int32_t firstSlot = slotsGiven;
-    slotsGiven = std::min(firstSlot + chunks * slotsOfChunk, slotsOfRun);
-    batchRec& batch = batches.emplace_back();
-    batch.slotLimit = slotsGiven;
-    batch.worker.start([this, firstSlot] { return mergeBatchInWorker(firstSlot, slotsGiven); });
+void PageDriver::startWorkers() {
+    for (int i = 0; i < options.jobs; ++i) {
+        workers.emplace_back().start([this](std::int32_t firstSlot, std::int32_t slotLimit) {
+            return mergeBatchInWorker(firstSlot, slotLimit);
+        });
+    }
+}
+
+/// Gives out batches by turns, so large that each worker has several turns.
+void PageDriver::giveBatches() {
+    const std::size_t most = workers.size() * WorkerProcess::mostTasks;
+    while (batches.size() < most && slotsGiven < slotsOfRun) {
+        const std::int32_t chunksLeft = (slotsOfRun - slotsGiven) / slotsOfChunk;
+        const std::int32_t chunks =
+            std::clamp(chunksLeft / (batchesOfWorker * options.jobs), leastChunksOfBatch, mostChunksOfBatch);
+        const std::int32_t firstSlot = slotsGiven;
+        slotsGiven = std::min(firstSlot + chunks * slotsOfChunk, slotsOfRun);
+        WorkerProcess& worker = workers[batchesGiven++ % workers.size()];
+        worker.give(firstSlot, slotsGiven);
+        batches.push_back({slotsGiven, &worker});
+    }
 }
 
 /// Whatever there is to say is said by the program itself, which then merges the batch again.
@@ -221,6 +240,7 @@ std::optional<std::string> PageDriver::mergeBatchInWorker(std::int32_t firstSlot
     std::uint8_t show = 1;
     if (!EngineCall(commandLogFile, signature).send()) return std::nullopt;
     if (!EngineCall(commandShowAlerts, signature).item(0, &show).send()) return std::nullopt;
+    countsOfBatchRec counts{runCounters(), {}};
     sink->keepPages();
     problems = {};
     slotsDone = firstSlot;
@@ -229,35 +249,63 @@ std::optional<std::string> PageDriver::mergeBatchInWorker(std::int32_t firstSlot
         if (!mergeChunk(slotLimit)) return std::nullopt;
     }
     if (alerts.anyAsked) return std::nullopt;
-    std::optional<std::string> pages = sink->takeKeptPages();
-    if (pages) pages->insert(0, problems.bytes());
-    return pages;
+    std::optional<std::string> result = sink->takeKeptPages();
+    counts.end = runCounters();
+    if (!result) return std::nullopt;
+    result->insert(0, problems.bytes());
+    result->append(reinterpret_cast<const char*>(&counts), sizeof counts);
+    return result;
 }
 
-/// Takes the next batch over, or merges it here when its worker couldn't.
-bool PageDriver::takeBatch() {
-    while (static_cast<int>(batches.size()) < options.jobs && slotsGiven < slotsOfRun)
-        startBatch();
-    const std::int32_t slotLimit = batches.front().slotLimit;
-    const std::optional<std::string> kept = batches.front().worker.result();
-    batches.pop_front();
-    bool fits = false;
+/// Puts a worker's pages into the output. False in `fits` when they don't go with what the output holds by now.
+bool PageDriver::addBatch(std::string_view result, bool& fits) {
+    countsOfBatchRec counts;
+    const std::size_t size = result.size() - sizeof counts;
+    std::memcpy(&counts, result.data() + size, sizeof counts);
+    std::string_view pages = result.substr(0, size);
     PictureProblems ofBatch;
-    std::string_view pages = kept ? std::string_view(*kept) : std::string_view();
-    if (kept && ofBatch.take(pages) && !sink->addKeptPages(pages, fits)) {
+    if (!ofBatch.take(pages)) return true;
+    if (!sink->addKeptPages(pages, fits)) {
         failure = sink->error();
         return false;
     }
+    if (!fits) return true;
+    addRunCounters(counts.begin, counts.end);
+    problems.add(ofBatch);
+    return true;
+}
+
+/// Takes the next batch over, or merges it here when its worker couldn't. Workers then start anew, with what the output
+/// has got by that. Where that happens again and again, more and more is merged here, since what they do is lost.
+bool PageDriver::takeBatch() {
+    if (workers.empty()) startWorkers();
+    giveBatches();
+    const batchRec batch = batches.front();
+    batches.pop_front();
+    const std::optional<std::string_view> result = batch.worker->take();
+    bool fits = false;
+    if (result && !addBatch(*result, fits)) return false;
     if (fits) {
-        problems.add(ofBatch);
-        slotsDone = slotLimit;
-        nextRecord = recordOfSlot(slotLimit);
+        slotsDone = batch.slotLimit;
+        nextRecord = recordOfSlot(batch.slotLimit);
+        batchesHere = 1;
         return true;
     }
+    dismissWorkers();
+    const std::int64_t slotsHere = std::int64_t{batch.slotLimit - slotsDone} * batchesHere;
+    const auto slotLimit = static_cast<std::int32_t>(std::min<std::int64_t>(slotsDone + slotsHere, slotsOfRun));
+    batchesHere = std::min(batchesHere * 2, mostBatchesHere);
     while (slotsDone < slotLimit) {
-        if (!mergeChunk(slotLimit)) return false;
+        if (!mergeChunk(slotsOfRun)) return false;
     }
     return true;
+}
+
+void PageDriver::dismissWorkers() {
+    batches.clear();
+    workers.clear();
+    batchesGiven = 0;
+    slotsGiven = slotsDone;
 }
 
 bool PageDriver::writePages(std::int32_t slots) {
@@ -284,7 +332,7 @@ bool PageDriver::finishOutput() {
 /// Closes the working copy, whatever stands open; an output that isn't finished goes.
 void PageDriver::putAway() {
     step = Step::idle;
-    batches.clear();
+    dismissWorkers();
     sink.reset();
     UIDRef closed;
     static_cast<void>(sendDeferred(commandCloseCopy, closed));

@@ -48,9 +48,12 @@ class PageDriver final : public IZavoKelvaneModule {
     [[nodiscard]] bool openOutput();
     [[nodiscard]] bool mergeSome();
     [[nodiscard]] bool mergeChunk(std::int32_t slotLimit);
-    void startBatch();
+    void startWorkers();
+    void giveBatches();
     [[nodiscard]] std::optional<std::string> mergeBatchInWorker(std::int32_t firstSlot, std::int32_t slotLimit);
+    [[nodiscard]] bool addBatch(std::string_view result, bool& fits);
     [[nodiscard]] bool takeBatch();
+    void dismissWorkers();
     [[nodiscard]] bool writePages(std::int32_t slots);
     [[nodiscard]] bool finishOutput();
     [[nodiscard]] bool sendDeferred(std::uint32_t command, UIDRef& about);
@@ -85,9 +88,12 @@ class PageDriver final : public IZavoKelvaneModule {
     // With several jobs, workers merge batches of chunks; their pages go to the sink in order.
     struct batchRec {
         std::int32_t slotLimit = 0;  // the slot behind its last
-        WorkerProcess worker;
+        WorkerProcess* worker = nullptr;
     };
+    std::deque<WorkerProcess> workers;
     std::deque<batchRec> batches;
+    std::size_t batchesGiven = 0;  // to these workers
+    std::int64_t batchesHere = 1;  // to merge here when a worker couldn't
     std::int32_t slotsOfChunk = 1;
     std::int32_t slotsGiven = 0;  // to workers or done
 };

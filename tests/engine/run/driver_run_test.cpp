@@ -114,7 +114,7 @@ class DriverRunTest : public MergeTest {
         EXPECT_EQ(send(573), 0);
         return args.num0;
     }
-    std::uint32_t merge(std::uint32_t first, std::uint32_t limit) {
+    std::uint32_t merge(std::uint32_t first, std::uint32_t limit, std::int32_t status = 0) {
         std::uint32_t done = 0;
         args = {};
         args.item0 = &copy;
@@ -124,7 +124,7 @@ class DriverRunTest : public MergeTest {
         args.num2 = 2;
         args.num3 = passModeStep;
         args.flag0 = 1;
-        EXPECT_EQ(send(1203), 0);
+        EXPECT_EQ(send(1203), status);
         return done;
     }
     void closeAll() {
@@ -209,6 +209,50 @@ TEST_F(DriverRunTest, ChunksGoThroughAWorkingCopyWithTheirTables) {
     EXPECT_EQ(session().jobPercent, 40U) << "a driver's own";
     EXPECT_EQ(layout->pageCount(), 1);
     EXPECT_THAT(textsOf(*layout), ElementsAre("A;A."));
+}
+
+/// The next chunk reads what the file says by then; what it lacks by then is told and never taken from elsewhere.
+TEST_F(DriverRunTest, DataThatChangesInMidRunIsReadAnew) {
+    struct testRow {
+        const char* name;
+        const char* data;  // null: the file goes
+        std::vector<std::string> texts;
+        errorWord error;
+    };
+    const testRow rows[] = {
+        {"other values", "A\nlonger than r1\ns2\ns3\ns4\ns5\ns6\ns7\ns8\ns9\ns10\n", {"s5;s6.", "s7;s8."}, 0},
+        {"fewer records", "A\ns1\ns2\ns3\ns4\ns5\ns6\ns7\n", {"s5;s6.", "s7;[No Data]."}, 0},
+        {"no file", nullptr, {"A;A.", "A;A."}, errDataFileDate},
+    };
+    for (const testRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        session().showAlertsUnattended = 1;
+        useData("A\nr1\nr2\nr3\nr4\nr5\nr6\nr7\nr8\nr9\nr10\n");
+        std::vector<std::string> texts;
+        driver.onTick = [&](driverArgsRec&) {
+            openCopy();
+            build(2);
+            EXPECT_EQ(merge(1, 5), 4U);
+            EXPECT_THAT(textsOf(*copy.database), ElementsAre("r1;r2.", "r3;r4."));
+            EXPECT_EQ(send(586, {&copy}), 0);
+            const std::filesystem::path file = folder / ("data" + std::to_string(fileCount) + ".csv");
+            std::filesystem::remove(file);
+            if (row.data != nullptr) {
+                std::ofstream(file) << row.data;
+                std::filesystem::last_write_time(file,
+                                                 std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+            }
+            build(2);
+            static_cast<void>(merge(5, 9, row.error == 0 ? 0 : -1));
+            texts = textsOf(*copy.database);
+            EXPECT_EQ(send(532, {&copy}), 0);
+        };
+        alerts.shown.clear();
+        startRun();
+        push();
+        EXPECT_THAT(texts, testing::ElementsAreArray(row.texts));
+        EXPECT_EQ(alerts.shown.empty() ? 0 : alerts.shown[0].number, row.error);
+    }
 }
 
 TEST_F(DriverRunTest, PagesAreFlaggedAndRemoved) {

@@ -36,6 +36,7 @@ class TenCharacterComposer : public Composer {
         }
         void addBounds(std::int32_t, std::int32_t, std::vector<LineBounds>&) const override {}
     };
+    bool hasFont(const std::string&, const std::string&) const override { return true; }
     std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story& story, std::int32_t,
                                                const StoryPageTexts& pageTexts) override {
         ++calls;
