@@ -14,10 +14,8 @@ bool onlyLines(const SubPath& path) {
 }  // namespace
 
 void notePicture(std::vector<PictureProblem>& problems, const PlacedGraphic& graphic, const std::string& reason) {
-    const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const PictureProblem& problem) {
-        return problem.path == graphic.filePath && problem.reason == reason;
-    });
-    if (!isKnown) problems.push_back({graphic.filePath, reason});
+    const PictureProblem found{graphic.filePath.empty() ? "that the layout holds" : graphic.filePath, reason};
+    if (std::find(problems.begin(), problems.end(), found) == problems.end()) problems.push_back(found);
 }
 
 bool frameClips(const DisplayItem& item) {

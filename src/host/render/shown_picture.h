@@ -13,8 +13,9 @@ namespace tarnova {
 
 /// A picture in whose place an output shows a grey box with a cross.
 struct PictureProblem {
-    std::string path;    // as the layout has it; empty for one that it holds
+    std::string path;    // as the layout has it, or words for one that it holds
     std::string reason;  // a sentence without the path
+    friend bool operator==(const PictureProblem&, const PictureProblem&) = default;
 };
 
 /// Notes a picture that can't be drawn, once.

@@ -3,6 +3,8 @@
 #include <cairo-svg.h>
 #include <fmt/format.h>
 
+#include <map>
+
 #include "host/render/cairo_painter.h"
 #include "host/render/cairo_target.h"
 #include "host/render/output_file.h"
@@ -41,6 +43,33 @@ void dropSurfaceName(std::string& svg) {
     svg.erase(name, svg.find('>', name) - name);
 }
 
+/// Names such as "image12" have a number that counts what the process has made; here it counts what the file has.
+std::string withOwnNumbers(const std::string& svg, std::string_view kind) {
+    std::map<std::string, std::size_t> numbers;
+    std::string out;
+    std::size_t from = 0;
+    for (std::size_t at = svg.find(kind); at != std::string::npos; at = svg.find(kind, at + 1)) {
+        const std::size_t digits = at + kind.size(), end = svg.find_first_not_of("0123456789", digits);
+        const bool isName = at > 0 && (svg[at - 1] == '"' || svg[at - 1] == '#') && end != digits;
+        if (!isName || end == std::string::npos) continue;
+        const auto number = numbers.try_emplace(svg.substr(digits, end - digits), numbers.size()).first->second;
+        out.append(svg, from, digits - from).append(std::to_string(number));
+        from = end;
+    }
+    return out.append(svg, from);
+}
+
+/// cairo gives the rule of a clip to what is clipped, where it has no effect; it belongs to the path that clips.
+void moveClipRules(std::string& svg) {
+    constexpr std::string_view rule = " clip-rule=\"evenodd\"", path = "<path";
+    for (std::size_t at = svg.find(rule); at != std::string::npos; at = svg.find(rule, at + 2 * rule.size())) {
+        const std::size_t name = svg.rfind('#', at) + 1;
+        const std::string clip = "<clipPath id=\"" + svg.substr(name, svg.find(')', name) - name) + "\">";
+        const std::size_t clipPath = svg.find(path, svg.find(clip));
+        if (clipPath < at) svg.insert(clipPath + path.size(), rule);
+    }
+}
+
 /// A URI as an attribute's value; the other characters that XML minds are percent-encoded in it.
 std::string attributeValue(const std::string& uri) {
     std::string out;
@@ -73,6 +102,9 @@ void addLinks(std::string& svg, const DisplayList& page) {
         return false;
     }
     dropSurfaceName(svg);
+    for (const char* kind : {"image", "surface"})
+        svg = withOwnNumbers(svg, kind);
+    moveClipRules(svg);
     addLinks(svg, page);
     OutputFile file;
     bool written = file.open(path);

@@ -50,6 +50,12 @@ TEST_F(PlacedPictures, EveryOutputShowsTheSame) {
     kit.rectangle({10, 100, 60, 150}, {PageKit::bluish, 1});
     kit.picture(cut, {0, 0, 90, 60}, frameOf({0, 0, 90, 60}), {1, 0, 0, 1, 30, 90});
     kit.picture(gray, {0, 0, 60, 40}, frameOf({0, 0, 60, 40}), {1, 0, 0, 1, 130, 100});
+    PlacedGraphic clipped;
+    clipped.filePath = photo;
+    clipped.bounds = {0, 0, 90, 60};
+    clipped.clipPath = pathOf(pathInfoRec::Kind::ellipse, clipped.bounds);
+    clipped.clipPath.push_back(pathOf(pathInfoRec::Kind::rectangle, {30, 20, 60, 40}).front());
+    kit.picture(clipped, frameOf({0, 0, 90, 45}), {1, 0, 0, 1, 20, 230});
     kit.picture(folder.path("none.png"), {0, 0, 60, 40}, frameOf({0, 0, 60, 40}), {1, 0, 0, 1, 30, 180});
     expectOutputsAgree(kit.list, folder);
 }
@@ -108,6 +114,54 @@ TEST_F(PlacedPictures, APictureThatCantBeDrawnIsAGreyBoxAndTold) {
     EXPECT_EQ(problems[0].path, damaged);
     EXPECT_EQ(problems[1].path, missing);
     EXPECT_EQ(countOf(unpackedPdf(path), "0 0 100.000 50.000 re"), 1u) << "one box for all of a size";
+}
+
+TEST_F(PlacedPictures, PagesOfPdfKeepTheirFontsAndAreStoredOnce) {
+    PageKit first(100, 60), second(100, 60);
+    first.line(U"first page", 10, 30);
+    first.rectangle({0, 50, 100, 60}, {PageKit::bluish, 1});
+    second.line(U"second page", 10, 30);
+    writePdf({&first.list, &second.list});
+    const std::string source = folder.path("source.pdf");
+    std::filesystem::rename(path, source);
+
+    PlacedGraphic graphic;
+    graphic.filePath = source;
+    graphic.bounds = {0, 0, 100, 60};
+    const ItemShape frame = frameOf(graphic.bounds);
+    kit.rectangle({0, 0, 150, 60}, {PageKit::red, 0.3});
+    kit.picture(graphic, frame, {1, 0, 0, 1, 10, 10});
+    kit.picture(graphic, frame, {0.5, 0.3, -0.3, 0.5, 140, 100});
+    graphic.pdfPage = 1;
+    graphic.pdfTransparent = false;
+    kit.picture(graphic, frame, {1, 0, 0, 1, 70, 40});
+    expectOutputsAgree(kit.list, folder);
+    writePdf({&kit.list, &kit.list});
+    EXPECT_EQ(problems.size(), 0u);
+    EXPECT_EQ(countOf(runCommand("pdffonts '" + path + "'").output, "yes yes yes"), 1u) << "the font of both pages";
+    const std::string text = runCommand("pdftotext '" + path + "' -").output;
+    EXPECT_EQ(countOf(text, "first page"), 2u) << text;
+    EXPECT_EQ(countOf(text, "second page"), 2u) << text;
+    EXPECT_EQ(countOf(unpackedPdf(path), "/Subtype /Form"), 3u) << "two pages and the ground of one";
+}
+
+TEST_F(PlacedPictures, HiddenLayersOfAPageStayHidden) {
+    std::ofstream(folder.path("raw.pdf"))
+        << "%PDF-1.5\n"
+           "1 0 obj<</Type/Catalog/Pages 2 0 R/OCProperties<</OCGs[5 0 R 6 0 R]/D<</OFF[5 0 R]>>>>>>endobj\n"
+           "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1/Rotate 90/MediaBox[0 0 40 20]>>endobj\n"
+           "3 0 obj<</Type/Page/Parent 2 0 R/Contents 4 0 R/Resources<</Properties<</A 5 0 R/B 6 0 R>>>>>>endobj\n"
+           "4 0 obj<</Length 69>>stream\n/OC/A BDC 0 0 20 20 re f EMC /OC/B BDC 30 0 10 20 re f EMC           "
+           "\nendstream endobj\n"
+           "5 0 obj<</Type/OCG/Name(Notes)>>endobj\n6 0 obj<</Type/OCG/Name(Art)>>endobj\ntrailer<</Root 1 0 R>>\n";
+    const std::string source = folder.path("layers.pdf");
+    ASSERT_EQ(runCommand("qpdf --warning-exit-0 '" + folder.path("raw.pdf") + "' '" + source + "'").status, 0);
+    kit.picture(source, {0, 0, 100, 200}, frameOf({0, 0, 100, 200}));
+    writePdf({&kit.list});
+    ASSERT_EQ(runCommand("pdftoppm -r 72 -png -singlefile '" + path + "' '" + folder.path("shown") + "'").status, 0);
+    const PngPicture shown(folder.path("shown.png"));
+    EXPECT_EQ(shown.darkPixels(), 100 * 50) << "the right quarter, turned to the lower one";
+    EXPECT_EQ(shown.darkPixels(0, 150, 100, 200), 100 * 50);
 }
 
 /// Pages of which some are drawn in a fork: the fork is played by a second writer in the same state.
