@@ -1,5 +1,5 @@
-// A picture from any bytes: refused with a reason, or with a size, and with pixels of that size or none. EPS is left to
-// the tests, because it starts a program.
+// A picture from any bytes: refused with a reason, or with a size, and with pixels of that size or none. EPS and SVG
+// are left to the tests, because they start a program.
 
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/pictures/clip_outline.h"
+#include "host/pictures/picture_format.h"
 #include "host/pictures/picture_library.h"
 
 namespace tarnova {
@@ -36,7 +37,8 @@ void tryPixels(const Picture& picture) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tarnova;
     const auto bytes = std::make_shared<const std::string>(reinterpret_cast<const char*>(data), size);
-    if (bytes->starts_with("%!PS") || bytes->starts_with("\xC5\xD0\xD3\xC6")) return 0;
+    const FormatReader* format = formatOf(*bytes);
+    if (format != nullptr && format->toPdf != nullptr) return 0;
     PictureLibrary library;
     const OpenedPicture opened = library.openBytes(bytes);
     if ((opened.picture == nullptr) == opened.reason.empty()) std::abort();

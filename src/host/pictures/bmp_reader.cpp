@@ -13,7 +13,8 @@ namespace tarnova {
 
 namespace {
 
-constexpr std::uint32_t coreHeaderBytes = 12;  // of the oldest form, with 16-bit sizes and no resolution
+constexpr std::uint32_t coreHeaderBytes = 12;   // of the oldest form, with 16-bit sizes and no resolution
+constexpr std::uint32_t mostHeaderBytes = 124;  // of the newest form
 
 struct Unref {
     void operator()(GdkPixbufLoader* loader) const { g_object_unref(loader); }
@@ -41,6 +42,7 @@ bool isBmp(std::string_view bytes) {
 void readBmp(std::string_view bytes, const PageChoice&, PictureInfo& out) {
     const ByteReader file(bytes, false);
     RasterInfo& raster = out.raster;
+    if (file.u32(14) > mostHeaderBytes) throw PictureFault("The header of the BMP file is damaged.");
     if (file.u32(14) == coreHeaderBytes) {
         raster.width = file.u16(18);
         raster.height = file.u16(20);

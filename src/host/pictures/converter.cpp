@@ -12,6 +12,8 @@
 #include <chrono>
 #include <cstdio>
 
+#include "host/pictures/picture_format.h"
+
 namespace tarnova {
 
 namespace {
@@ -96,6 +98,23 @@ ConverterEnd runConverter(const char* const* arguments, std::string_view input, 
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     return whole ? endOf(status) : ConverterEnd::outOfBounds;
+}
+
+std::string convertedToPdf(const char* const* arguments, std::string_view input, const std::string& kind,
+                           const std::string& maker) {
+    constexpr int drawingSeconds = 20;
+    std::string out;
+    switch (runConverter(arguments, input, drawingSeconds, out)) {
+        case ConverterEnd::done:
+            return out;
+        case ConverterEnd::notThere:
+            throw PictureFault(kind + " files need the program " + arguments[0] + " (" + maker +
+                               "), which isn't there.");
+        case ConverterEnd::outOfBounds:
+            throw PictureFault("The " + kind + " file takes too long, or too much room, to be drawn.");
+        default:
+            throw PictureFault("The " + kind + " file is damaged.");
+    }
 }
 
 }  // namespace tarnova

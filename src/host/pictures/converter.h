@@ -20,4 +20,8 @@ enum class ConverterEnd : std::uint8_t { done, failed, notThere, outOfBounds };
 [[nodiscard]] ConverterEnd runConverter(const char* const* arguments, std::string_view input, int seconds,
                                         std::string& out);
 
+/// The same for a picture, within 20 seconds. Throws PictureFault, which calls the picture and who made the program.
+[[nodiscard]] std::string convertedToPdf(const char* const* arguments, std::string_view input, const std::string& kind,
+                                         const std::string& maker);
+
 }  // namespace tarnova

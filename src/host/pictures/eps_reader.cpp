@@ -8,7 +8,6 @@ namespace tarnova {
 
 namespace {
 
-constexpr int drawingSeconds = 20;
 constexpr std::string_view dosMark("\xC5\xD0\xD3\xC6", 4);  // a file that holds a preview as well
 
 std::string_view postScriptOf(std::string_view bytes) {
@@ -48,17 +47,7 @@ std::string epsToPdf(std::string_view bytes) {
                                    "-sOutputFile=%stdout",
                                    "-",
                                    nullptr};
-    std::string out;
-    switch (runConverter(command, postScriptOf(bytes), drawingSeconds, out)) {
-        case ConverterEnd::done:
-            return out;
-        case ConverterEnd::notThere:
-            throw PictureFault("EPS files need the program gs (Ghostscript), which isn't there.");
-        case ConverterEnd::outOfBounds:
-            throw PictureFault("The EPS file takes too long, or too much room, to be drawn.");
-        default:
-            throw PictureFault("The EPS file is damaged.");
-    }
+    return convertedToPdf(command, postScriptOf(bytes), "EPS", "Ghostscript");
 }
 
 }  // namespace tarnova

@@ -4,7 +4,8 @@
 #include <poppler.h>
 
 #include <algorithm>
-#include <cstring>
+
+#include "host/pictures/surface_samples.h"
 
 namespace tarnova {
 
@@ -84,23 +85,8 @@ std::shared_ptr<const PictureSamples> drawPage(const Picture& picture, std::uint
     const cairo_matrix_t matrix{m.a, m.b, m.c, m.d, m.tx, m.ty};
     cairo_transform(context.get(), &matrix);
     poppler_page_render(open.page.get(), context.get());
-    cairo_surface_flush(surface.get());
     if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-
-    auto out = std::make_shared<PictureSamples>();
-    *out = {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), PictureColor::rgb, {}, {}};
-    out->values.reserve(std::size_t{out->width} * out->height * 3);
-    for (int y = 0; y < height; ++y) {
-        const unsigned char* row = cairo_image_surface_get_data(surface.get()) +
-                                   std::ptrdiff_t{y} * cairo_image_surface_get_stride(surface.get());
-        for (int x = 0; x < width; ++x) {
-            std::uint32_t pixel;
-            std::memcpy(&pixel, row + std::ptrdiff_t{x} * 4, sizeof pixel);
-            for (const int shift : {16, 8, 0})
-                out->values.push_back(static_cast<std::uint8_t>(pixel >> shift));
-        }
-    }
-    return out;
+    return std::make_shared<const PictureSamples>(samplesOfSurface(surface.get()));
 }
 
 PMRect paintedBounds(std::string_view pdf, std::int32_t page, bool onAllLayers) {

@@ -100,11 +100,13 @@ void readPdf(std::string_view bytes, const PageChoice& choice, PictureInfo& out)
         throw PictureFault("The file is cut off.");
     }
     readPage(bytes, choice, out);
+} catch (const PictureFault&) {
+    throw;
 } catch (const QPDFExc& fault) {
     throw PictureFault(fault.getErrorCode() == qpdf_e_password
                            ? "The PDF file is encrypted."
                            : "The PDF file is damaged: " + fault.getMessageDetail());
-} catch (const std::logic_error&) {
+} catch (const std::exception&) {  // numbers out of range and other surprises
     throw PictureFault("The PDF file is damaged.");
 }
 

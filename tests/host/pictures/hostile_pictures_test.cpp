@@ -75,6 +75,11 @@ TEST(HostilePictures, SayMoreThanTheyHold) {
         {"side.bmp", bmp, "pixels"},
         {"size.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='1e9' height='2'/>", "no size"},
         {"files.eps", std::string(epsStart) + "(/etc/passwd) (r) file\n", "damaged"},
+        {"number.pdf",
+         "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 99999999999999999999 0 R>>endobj\n"
+         "trailer<</Root 1 0 R/Size 99999999999999999999>>\n%%EOF",
+         "PDF"},
+        {"header.bmp", std::string(files.makeBytes("", "b.bmp")).replace(17, 1, "\xC0"), "header"},
         {"pages.pdf", "%PDF-1.4\n1 0 obj<</Type/Catalog>>endobj\ntrailer<</Root 1 0 R>>\n%%EOF", "PDF"},
     };
     for (const auto& [name, bytes, reason] : rows)
