@@ -164,18 +164,20 @@ errorWord ZavoPullStoryCallback::replaceRun(UIDRef story, errorWord priorError) 
     if (deleteMode) return deleteRun(story);
     if (!hasValue) return 0;
     if (importsValue(value)) return replaceByImport(story);
-    if (value.style != nullptr && value.status == fetchFound) return replaceByPrice(story);
+    if (value.style != nullptr) return replaceByPrice(story);
     // One replacement for the whole run: the new text takes the attributes of the run's first character, its tag
     // among them, whatever the rest of the run looked like.
     return replaceTagText(story, newText, false);
 }
 
-/// The same for a link with a price style: what an earlier price left on the run goes first.
+/// The same for a link with a price style: what an earlier price left on the run goes first. A text that stands in for
+/// a price is none.
 errorWord ZavoPullStoryCallback::replaceByPrice(UIDRef story) {
     const std::int32_t length = tagLength - tagTail;
     const priceAttributesRec noted = notePriceAttributes(story, tagStart, length);
-    const formattedPriceRec price = formatPrice(newText, *value.style, appPrefs().priceTrailingText != 0);
     errorWord error = resetPriceAttributes(story, tagStart, noted, 0);
+    if (value.status != fetchFound) return error != 0 ? error : replaceTagText(story, newText, false);
+    const formattedPriceRec price = formatPrice(newText, *value.style, appPrefs().priceTrailingText != 0);
     if (error == 0) error = replaceTagText(story, price.text, false);
     return layoutPrice(story, tagStart, price, *value.style, noted, error);
 }

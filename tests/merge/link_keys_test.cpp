@@ -131,7 +131,7 @@ TEST_F(LinkKeyTest, TrackerFindsTheFirstInEachOrder) {
 }
 
 TEST_F(LinkKeyTest, PricedTwiceIsPricedOnce) {
-    useData("Key,Price\nA1,5.00\nB2,12.50 each\n");
+    useData("Key,Price,None\nA1,5.00,\nB2,12.50 each,\n");
     Str31 name;
     pstrFromView(name, sizeof(name), "Price");
     styleRec* style = nullptr;
@@ -162,6 +162,12 @@ TEST_F(LinkKeyTest, PricedTwiceIsPricedOnce) {
     const std::vector<double> once = look();
     EXPECT_EQ(priced(), "$500 and $1250 each");
     EXPECT_EQ(look(), once);
+    // What stands in for a price begins where its symbol stood, and isn't superior.
+    pstrFromView(link("Price").field, sizeof(Str31), "None");
+    EXPECT_EQ(priced(), "[No Data] and [No Data]");
+    const UID story = document->stories().front();
+    EXPECT_EQ(document->numberAttributeAt(story, 0, TextAttributeClass::position), 0);
+    EXPECT_EQ(document->numberAttributeAt(story, 0, TextAttributeClass::kerning), 0);
 }
 
 }  // namespace
