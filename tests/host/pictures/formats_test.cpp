@@ -111,6 +111,38 @@ TEST(PictureFormats, TurnsAsTheFileSays) {
     }
 }
 
+TEST(PictureFormats, ReadsTheNotesOfCameras) {
+    const PictureFiles files;
+    std::string jpeg = files.makeBytes("-resize 40x20! -density 0 -units Undefined", "a.jpg");
+    const std::string exif(
+        "Exif\0\0MM\0*\0\0\0\x08\0\x04"
+        "\x01\x12\0\x03\0\0\0\x01\0\x06\0\0"
+        "\x01\x1A\0\x05\0\0\0\x01\0\0\0\x3E"
+        "\x01\x1B\0\x05\0\0\0\x01\0\0\0\x3E"
+        "\x01\x28\0\x03\0\0\0\x01\0\x02\0\0"
+        "\0\0\0\0\0\0\x01\x20\0\0\0\x02",
+        6 + 10 + 4 * 12 + 4 + 8);
+    jpeg.insert(2, std::string("\xFF\xE1\0", 3) + static_cast<char>(exif.size() + 2) + exif);
+    const OpenedPicture opened = PictureLibrary().open(files.file("exif.jpg", jpeg));
+    ASSERT_EQ(opened.status, PictureStatus::good) << opened.reason;
+    EXPECT_EQ(opened.picture->info().raster.orientation, 6);
+    EXPECT_EQ(opened.picture->size(), (PMPoint{10, 20}));  // 144 to the inch, turned
+}
+
+TEST(PictureFormats, KeepsProfilesThatFit) {
+    const PictureFiles files;
+    const std::string folder = "/usr/share/color/icc/ghostscript/";
+    std::string profile;
+    ASSERT_EQ(fileReadWhole((folder + "srgb.icc").c_str(), profile, 1 << 20, 0), 0);
+    for (const char* name : {"a.jpg", "a.png", "a.tif", "a.webp"}) {
+        const auto picture = PictureLibrary().open(files.make("-profile " + folder + "srgb.icc", name)).picture;
+        ASSERT_NE(picture, nullptr) << name;
+        EXPECT_EQ(picture->info().raster.iccProfile, profile) << name;
+    }
+    const std::string gray = files.make("-profile " + folder + "srgb.icc -type Grayscale", "gray.jpg");
+    EXPECT_EQ(PictureLibrary().open(gray).picture->info().raster.iccProfile, "");
+}
+
 TEST(PictureFormats, ShowsTheWantedPartOfAPdfPage) {
     const std::string boxes = "/CropBox[10 10 190 90]/TrimBox[20 20 180 80]/BleedBox[15 15 185 85]/ArtBox[30 30 50 60]";
     struct testRow {
