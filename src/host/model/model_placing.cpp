@@ -144,6 +144,7 @@ errorWord ModelDocument::placeGraphic(PlacedGraphic graphic, UID frameUid, UID& 
 
 /// The text of the file in the place of that of the frame.
 errorWord ModelDocument::placeText(const std::string& filePath, UID frame) {
+    Command command(*this, "Place");
     if (contentKind(frame) != ContentKind::text && convertToTextFrame(frame) != 0) {
         return failPlacing("The frame can't hold text.");
     }

@@ -59,7 +59,7 @@ class PictureLibrary::Shelf : public std::enable_shared_from_this<PictureLibrary
 
     /// Opens what isn't kept under `key` as opened already, as good or as damaged.
     OpenedPicture opened(const std::string& key, const Source& source, const PageChoice& choice);
-    std::shared_ptr<const std::string> fileBytes(const Source& source, std::string& reason);
+    std::shared_ptr<const std::string> fileBytes(const Source& source);
     std::shared_ptr<const PictureSamples> samples(const Source& source, const PictureInfo& info,
                                                   const ContentKey& file);
     std::shared_ptr<const std::string> madePdf(const Source& source, PictureFormat format, const ContentKey& file);
@@ -93,10 +93,7 @@ class LibraryPicture final : public Picture {
         key = facts.kind == PictureKind::page ? keyOf(file, choice) : file;
     }
 
-    std::shared_ptr<const std::string> fileBytes() const override {
-        std::string reason;
-        return shelf->fileBytes(source, reason);
-    }
+    std::shared_ptr<const std::string> fileBytes() const override { return shelf->fileBytes(source); }
     std::shared_ptr<const PictureSamples> samples() const override {
         return facts.kind == PictureKind::raster ? shelf->samples(source, facts, file) : nullptr;
     }
@@ -122,14 +119,13 @@ std::size_t bytesHeldBy(const PictureInfo& info) {
 
 }  // namespace
 
-std::shared_ptr<const std::string> PictureLibrary::Shelf::fileBytes(const Source& source, std::string& reason) {
+std::shared_ptr<const std::string> PictureLibrary::Shelf::fileBytes(const Source& source) {
     if (source.bytes != nullptr) return source.bytes;
     const std::string key = "file " + keyText(source.stamp) + ' ' + source.path;
     if (auto found = kept.find<std::string>(key)) return found;
     auto bytes = std::make_shared<std::string>();
     if (stampOfFile(source.path) != source.stamp ||
         fileReadWhole(source.path.c_str(), *bytes, pictureFileSizeLimit, 0) != 0) {
-        reason = "The file can't be read.";
         return nullptr;
     }
     ++filesRead;
@@ -148,8 +144,7 @@ std::shared_ptr<const PictureSamples> PictureLibrary::Shelf::decode(const Pictur
 std::shared_ptr<const PictureSamples> PictureLibrary::Shelf::samples(const Source& source, const PictureInfo& info,
                                                                      const ContentKey& file) try {
     if (auto found = kept.find<PictureSamples>("samples " + keyText(file))) return found;
-    std::string reason;
-    const auto bytes = fileBytes(source, reason);
+    const auto bytes = fileBytes(source);
     return bytes == nullptr ? nullptr : decode(info, file, *bytes);
 } catch (const std::exception&) {
     return nullptr;
@@ -166,8 +161,7 @@ std::shared_ptr<const std::string> PictureLibrary::Shelf::makePdf(const FormatRe
 std::shared_ptr<const std::string> PictureLibrary::Shelf::madePdf(const Source& source, PictureFormat format,
                                                                   const ContentKey& file) try {
     if (auto found = kept.find<std::string>("pdf " + keyText(file))) return found;
-    std::string reason;
-    const auto bytes = fileBytes(source, reason);
+    const auto bytes = fileBytes(source);
     return bytes == nullptr ? nullptr : makePdf(readerOf(format), file, *bytes);
 } catch (const std::exception&) {
     return nullptr;
@@ -198,8 +192,9 @@ std::shared_ptr<const Picture> PictureLibrary::Shelf::read(const Source& source,
 
 OpenedPicture PictureLibrary::Shelf::open(const Source& source, const PageChoice& choice) {
     OpenedPicture out{PictureStatus::good, nullptr, {}, source.stamp};
-    const auto bytes = fileBytes(source, out.reason);
+    const auto bytes = fileBytes(source);
     if (bytes == nullptr) {
+        out.reason = "The file can't be read, or is larger than 1 GiB.";
         out.status = source.stamp.size > static_cast<std::int64_t>(pictureFileSizeLimit) ? PictureStatus::damaged
                                                                                          : PictureStatus::missing;
         return out;

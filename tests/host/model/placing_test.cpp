@@ -167,6 +167,9 @@ TEST_F(Placing, KnowsHowItsLinksStand) {
 TEST_F(Placing, PutsATextFileIntoTheFrame) {
     folder.file("article.txt", "First\nSecond");
     EXPECT_EQ(place("article.txt"), kInvalidUID);
+    ASSERT_TRUE(document->undo());
+    EXPECT_EQ(document->contentKind(frame), ContentKind::unassigned);
+    ASSERT_TRUE(document->redo());
     EXPECT_EQ(document->contentKind(frame), ContentKind::text);
     const UID text = document->textOfFrame(frame);
     EXPECT_EQ(document->textRead(text, 0, 5), U"First");
