@@ -182,7 +182,7 @@ void tellPictureProblems(const std::string& outputPath, const PictureProblems& p
                              pictures(problems.damaged)));
     for (const std::string& example : problems.examples)
         sayError("  " + example);
-    if (problems.missing + problems.damaged > problems.examples.size() && !problems.examples.empty()) sayError("  ...");
+    if (problems.examples.size() == pictureExampleLimit) sayError("  ...");
 }
 
 void answer(const mergeOptionsRec& options, const mergeResultRec& result) {

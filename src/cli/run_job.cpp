@@ -99,9 +99,7 @@ PictureProblems RunJob::pictureProblems(bool toOutput) const {
     PictureProblems problems;
     for (const pictureNoteRec& note : session().missingPictures) {
         ++(note.text.view() == pictureNoteMissing ? problems.missing : problems.damaged);
-        if (problems.examples.size() < pictureExampleLimit)
-            problems.examples.push_back(
-                pictureExample(note.text.view(), note.fileName.view(), note.record + 1, note.page.view()));
+        problems.addExample(pictureExample(note.text.view(), note.fileName.view(), note.record + 1, note.page.view()));
     }
     return problems;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "data/record_selection.h"
 #include "definitions/definition_state.h"
 #include "definitions/record_def_set.h"
 #include "document/document.h"
@@ -262,7 +263,8 @@ void ZavoPullFrameCallback::noteProblem() {
     pictureNoteRec note;
     note.frame = frameRef;
     note.page.set(pageName());
-    note.record = value.recordNumber - static_cast<std::int32_t>(run.skipFirst);
+    const std::int32_t record = isPriceRun() ? value.recordNumber : recordOfPosition(recordPosition, run.skipFirst);
+    note.record = record - static_cast<std::int32_t>(run.skipFirst);
     note.fileName.set(newPath);
     note.text.set(isMissing ? pictureNoteMissing : pictureNoteDamaged);
     run.missingPictures.push_back(note);

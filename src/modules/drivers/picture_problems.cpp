@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 
 #include "engine/toolkit/pm_string.h"
@@ -14,6 +15,9 @@ constexpr std::uint32_t commandSlotInfo = 542;
 constexpr std::uint32_t commandReportCounts = 1253;
 constexpr std::uint32_t commandReportEntry = 1235;
 constexpr std::uint16_t kindPicture = 3;
+
+constexpr std::uint32_t entriesLookedAt = 1000;  // of the report; finding one takes longer the more there are
+constexpr std::string_view placeOpening = " (record ";  // of an example, behind the picture
 
 /// Cuts a number and the line end behind it off.
 bool takeNumber(std::string_view& bytes, std::uint64_t& number) {
@@ -30,7 +34,15 @@ void PictureProblems::add(const PictureProblems& more) {
     missing += more.missing;
     damaged += more.damaged;
     for (const std::string& example : more.examples)
-        if (examples.size() < pictureExampleLimit) examples.push_back(example);
+        addExample(example);
+}
+
+void PictureProblems::addExample(const std::string& example) {
+    const std::string_view picture = std::string_view(example).substr(0, example.rfind(placeOpening));
+    const bool isThere = std::any_of(examples.begin(), examples.end(), [picture](std::string_view known) {
+        return known.substr(0, known.rfind(placeOpening)) == picture;
+    });
+    if (!isThere && examples.size() < pictureExampleLimit) examples.push_back(example);
 }
 
 bool PictureProblems::gather(std::int32_t slots, std::uint32_t signature, std::uint32_t& entriesSeen) {
@@ -44,14 +56,14 @@ bool PictureProblems::gather(std::int32_t slots, std::uint32_t signature, std::u
     std::uint32_t entries = 0;
     EngineCall counts(commandReportCounts, signature);
     static_cast<void>(counts.item(2, &entries).send());  // its status is another count
-    for (; entriesSeen < entries && examples.size() < pictureExampleLimit; ++entriesSeen) {
+    for (; entriesSeen < std::min(entries, entriesLookedAt) && examples.size() < pictureExampleLimit; ++entriesSeen) {
         std::uint16_t kind = kindPicture;
         PMString name, text, page;
         std::int32_t record = 0;
         EngineCall entry(commandReportEntry, signature);
         entry.item(0, &entriesSeen).item(1, &kind).item(3, &name).item(4, &text).item(5, &page).item(6, &record);
         if (!entry.send()) return false;
-        examples.push_back(pictureExample(text.view(), name.view(), record, page.view()));
+        addExample(pictureExample(text.view(), name.view(), record, page.view()));
     }
     entriesSeen = entries;
     return true;
@@ -78,7 +90,7 @@ bool PictureProblems::take(std::string_view& bytes) {
 
 std::string pictureExample(std::string_view problem, std::string_view name, std::int32_t record,
                            std::string_view page) {
-    return fmt::format("{}: {} (record {}{}{})", problem, name, record, page.empty() ? "" : ", page ", page);
+    return fmt::format("{}: {}{}{}{}{})", problem, name, placeOpening, record, page.empty() ? "" : ", page ", page);
 }
 
 }  // namespace tarnova

@@ -14,10 +14,13 @@ inline constexpr std::size_t pictureExampleLimit = 5;
 struct PictureProblems {
     std::uint64_t missing = 0;
     std::uint64_t damaged = 0;
-    std::vector<std::string> examples;  // "missing: flag.png (record 3, page 1)", at most pictureExampleLimit
+    /// "missing: flag.png (record 3, page 1)", one for each picture, at most pictureExampleLimit.
+    std::vector<std::string> examples;
 
     /// Adds what stands behind.
     void add(const PictureProblems& more);
+    /// Enters an example unless there are enough, or one of the same picture.
+    void addExample(const std::string& example);
     /// Asks the engine about the slots that were merged last. `entriesSeen` is the number of the report's pictures that
     /// were asked about before, and goes on.
     [[nodiscard]] bool gather(std::int32_t slots, std::uint32_t signature, std::uint32_t& entriesSeen);
