@@ -37,5 +37,6 @@ void enterPriceMode();
 // Each adds its verbs to those of `tags`.
 void addTagsTextVerbs(CLI::App& tags, verbContext& context);
 void addTagsSetVerbs(CLI::App& tags, verbContext& context);
+void addTagsBulkVerbs(CLI::App& tags, verbContext& context);
 
 }  // namespace tarnova

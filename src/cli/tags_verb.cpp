@@ -163,6 +163,7 @@ void addTagsVerb(CLI::App& app, verbContext& context) {
 
     addTagsSetVerbs(tags, context);
     addTagsTextVerbs(tags, context);
+    addTagsBulkVerbs(tags, context);
 }
 
 }  // namespace tarnova

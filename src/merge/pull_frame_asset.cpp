@@ -230,8 +230,10 @@ std::uint16_t ZavoPullFrameCallback::missingSubstitute() {
 /// The tags that are written in an article become links, with the key of the article's own.
 errorWord ZavoPullFrameCallback::readArticle() {
     const UIDRef story{frameRef.database, frameRef.database->textOfFrame(frameRef.uid)};
-    if (convertTagText(story, story.database->totalLength(story.uid)) == tagConversion::aborted) *cancel |= 1;
-    return changeFrameTreeKeys(frameRef, pstrView(tagRec.searchKey), session().engineError);
+    const textSpanRec all{0, story.database->totalLength(story.uid)};
+    if (convertTagText(story, all) == tagConversion::aborted) *cancel |= 1;
+    const errorWord error = session().engineError;
+    return error != 0 ? error : changeFrameTreeKeys(frameRef, pstrView(tagRec.searchKey), ItemKinds::all);
 }
 
 std::uint16_t ZavoPullFrameCallback::placeFound() {

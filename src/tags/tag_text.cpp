@@ -163,19 +163,23 @@ void walkAllStories(Document& document, IStoryCallback& stories) {
 
 }  // namespace
 
-tagConversion convertTagText(UIDRef story, std::int32_t length) {
-    if (!story || length <= 0) return tagConversion::done;
-    const std::u32string text = story.database->textRead(story.uid, 0, length);
+tagConversion convertTagText(UIDRef story, textSpanRec range) {
+    if (!story || range.length <= 0) return tagConversion::done;
+    const std::u32string text = story.database->textRead(story.uid, range.start, range.length);
     const blockPtr<char> buffer(static_cast<char*>(newBlock(text.size() + bufferSpare)));
     if (buffer == nullptr) return tagConversion::noMemory;
     reduceTagText(text, buffer.get());
     std::uint16_t status = 0;
     const parsedTagList list = tagTextParse(static_cast<std::int32_t>(text.size()), buffer.get(), status);
+    for (parsedTag* at = list.get(); at != nullptr; at = at->next) {
+        at->tagStart += range.start;
+        at->dataStart += range.start;
+    }
     return convertBackward(story, list.get()) ? tagConversion::done : tagConversion::aborted;
 }
 
 std::int32_t tagTextConvert(UIDRef story, std::int32_t length) {
-    return convertTagText(story, length) == tagConversion::noMemory ? -1 : 0;
+    return convertTagText(story, {0, length}) == tagConversion::noMemory ? -1 : 0;
 }
 
 errorWord tagTextWrite(UIDRef story, std::int32_t position, const tagDataRec& tag, tagMarksRec& outMarks) {
@@ -202,8 +206,9 @@ ZavoConvertStoryCallback::ZavoConvertStoryCallback()
 
 bool ZavoConvertStoryCallback::StoryBegin(UIDRef story) {
     const std::int32_t length = story.database->totalLength(story.uid);
-    const tagConversion result = convertTagText(story, length);
+    const tagConversion result = convertTagText(story, {0, length});
     hasFailed = hasFailed || result == tagConversion::noMemory;
+    isAborted = isAborted || result == tagConversion::aborted;
     if (result != tagConversion::done) *cancel = 1;
     walked += length;
     if (total > 0) {
@@ -239,7 +244,7 @@ bool convertTextToLinks(UIDRef document) {
     return convertInOneStep(document, "kZavoConvertTextTagsToVarLinksMenuKey", [](Document& target) {
         ZavoConvertStoryCallback stories;
         walkAllStories(target, stories);
-        return !stories.failed() && convertTagFrames(target);
+        return !stories.failed() && (stories.aborted() || convertTagFrames(target));
     });
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "document/text_span.h"
 #include "document/walk.h"
 #include "tags/tag_record.h"
 
@@ -18,11 +19,11 @@ struct tagMarksRec {
 /// What became of the text tags of a story.
 enum class tagConversion : std::uint8_t { done, aborted, noMemory };
 
-/// Makes links of the text tags in the first `length` characters of a story, the last one first. A tag that can't be
+/// Makes links of the text tags in a range of a story, the last one first. A tag that can't be
 /// made a link is asked about, and stays as text; so does one that is only to be checked, without a word. When the user
 /// aborts, the tags in front of that one are text still. Nothing happens without a story or a length.
-[[nodiscard]] tagConversion convertTagText(UIDRef story, std::int32_t length);
-/// The same as a result: 0, or -1 without memory for the text.
+[[nodiscard]] tagConversion convertTagText(UIDRef story, textSpanRec range);
+/// The same for the first `length` characters, as a result: 0, or -1 without memory for the text.
 std::int32_t tagTextConvert(UIDRef story, std::int32_t length);
 
 /// Writes `tag` as text around the data of the link at `position`, which is no link any more then; without a link there
@@ -37,10 +38,12 @@ class ZavoConvertStoryCallback final : public ZavoStoryCallback {
     /// Does all there is to do and says that the story needs no scan.
     bool StoryBegin(UIDRef story) override;
     [[nodiscard]] bool failed() const { return hasFailed; }
+    [[nodiscard]] bool aborted() const { return isAborted; }
 
  private:
     std::int32_t walked = 0;  // characters of the stories so far, as they were
     bool hasFailed = false;
+    bool isAborted = false;
 };
 
 /// Writes each text link of the store as a text tag. A link whose record can't be read stays.
@@ -56,8 +59,8 @@ class ZavoConvertLinksToTagsCallback final : public ZavoStoryCallback {
     bool hasFailed = false;
 };
 
-/// Converts all stories of a document, and behind them its tag frames (tag_frames.h), in one step that can be undone.
-/// False after telling the user that it failed.
+/// Converts all stories of a document, and behind them, unless the user aborts, its tag frames (tag_frames.h), in one
+/// step that can be undone. False after telling the user that it failed.
 bool convertTextToLinks(UIDRef document);
 
 /// Converts the text links of all stories, in one step. False after telling the user that it failed.

@@ -86,14 +86,14 @@ std::int32_t tagFrame(commandCall& call) {
 
 /// Gives all links of an item a key: its own, those of its text, and those of what it holds.
 std::int32_t changeKeysOf(UIDRef item, std::string_view key) {
-    const errorWord err = changeFrameTreeKeys(item, key, 0);
+    const errorWord err = changeFrameTreeKeys(item, key, ItemKinds::all);
     return err == 0 ? commandDone : failWith(err, commandFailed);
 }
 
 std::int32_t setFrameRecordKey(commandCall& call) {
     const auto frame = call.valueOr<UIDRef>(0, {});
-    if (!objectExists(frame)) return commandDocument;
-    if (!frame.database->itemExists(frame.uid)) return noneFound;
+    if (frame.database == nullptr) return commandDocument;
+    if (!objectExists(frame)) return noneFound;
     return changeKeysOf(frame, std::to_string(call.valueOr<std::uint32_t>(1, 1)));
 }
 
@@ -103,14 +103,16 @@ std::int32_t setSelectionKey(std::string_view key) {
     if (host == nullptr || document.database == nullptr) return commandDocument;
     const selectionRec selection = host->selection(document);
     if (selection.story != kInvalidUID) {
-        const errorWord err = changeTextKeys({document.database, selection.story}, selection.range, key, 0);
+        const errorWord err = changeKeysText({document.database, selection.story}, selection.range, key);
         return err == 0 ? commandDone : failWith(err, commandFailed);
     }
-    for (const UID item : selection.items) {
-        const std::int32_t status = changeKeysOf({document.database, item}, key);
-        if (status != commandDone) return status;
-    }
-    return commandDone;
+    const PMString title = PMString::ofKey("kZavoChangeKeysStringKey");
+    if (document.database->BeginCommandSequence(title.view()) != 0) return failWith(errCommandSequence, commandFailed);
+    std::int32_t status = commandDone;
+    for (const UID item : selection.items)
+        if (status == commandDone) status = changeKeysOf({document.database, item}, key);
+    document.database->EndCommandSequence();
+    return status;
 }
 
 std::int32_t setFrameKey(commandCall& call) {

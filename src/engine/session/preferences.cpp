@@ -4,6 +4,7 @@
 
 #include "engine/session/session.h"
 #include "engine/toolkit/strings.h"
+#include "tags/search_replace.h"
 
 namespace tarnova {
 
@@ -203,6 +204,8 @@ void resetTableTagging(appPrefsRec& prefs) {
     prefs.auxKeyMode = 3;
     prefs.skipSingleCellRows = 0;
     std::memset(prefs.searchReplace, 0, sizeof prefs.searchReplace);
+    const searchReplaceRec search = searchReplaceDefaults();
+    std::memcpy(prefs.searchReplace, &search, sizeof search);
     pstrSet(prefs.reserved22048, ".eps");
 }
 
