@@ -221,10 +221,8 @@ errorWord ZavoPullFrameCallback::replaceFrameText(UID story) {
     const std::int32_t length = thread.length - 1;
     const extractionRec* const link = value.extraction;
     if (link != nullptr && link->importFilter != importFilterNone && value.status == fetchFound) {
-        const std::string bytes = utf32ToUtf8(newText);
         std::int32_t imported = 0;
-        return document.importText(story, thread.start, length, {bytes, {}}, importFilterName(link->importFilter),
-                                   imported);
+        return importFormattedValue(text, thread.start, length, value, newText, imported);
     }
     errorWord error = 0;
     if (value.style != nullptr && length > 0) {

@@ -9,11 +9,18 @@
 #include "engine/toolkit/text_encoding.h"
 #include "merge/asset_search.h"
 #include "merge/placed_pictures.h"
+#include "tags/tagged_text.h"
 
 namespace tarnova {
 namespace {
 
 constexpr std::uint16_t messageNotFound = 90;
+constexpr std::int16_t importFilterAny = 3;  // each filter is tried
+
+/// The value as the data has it: marks of XPress Tags may be single bytes.
+std::string bytesOf(const tagValueRec& value, const std::string& utf8) {
+    return value.encoding == 0 && !value.isHostText ? utf8ToWindows1252(utf8) : utf8;
+}
 
 bool promptsAreOn() {
     const bool isUnattended = session().unattended != 0 && session().showAlertsUnattended == 0;
@@ -55,14 +62,27 @@ errorWord findArticle(const Document& document, const std::string& name, const t
 
 }  // namespace
 
-std::string_view importFilterName(std::int16_t importFilter) {
-    switch (importFilter) {
+errorWord importFormattedValue(UIDRef story, std::int32_t start, std::int32_t count, const tagValueRec& value,
+                               std::u32string_view text, std::int32_t& outLength) {
+    const std::string bytes = utf32ToUtf8(text);
+    const auto importBy = [&](std::string_view filter) {
+        return story.database->importText(story.uid, start, count, {bytes, {}}, filter, outLength);
+    };
+    switch (value.extraction->importFilter) {
         case importFilterHostTags:
-            return textImportFilters[0];
+            return importTaggedText(bytes, story, start, count, outLength);
         case importFilterRtf:
-            return textImportFilters[1];
+            return importBy(textImportFilters[1]);
+        case importFilterTaggedText:
+            return importXpressText(bytesOf(value, bytes), story, start, count, outLength);
+        case importFilterAny: {
+            errorWord error = errImportFilter;
+            for (const std::string_view filter : textImportFilters)
+                if (error == errImportFilter) error = importBy(filter);
+            return error;
+        }
         default:
-            return textImportFilters[2];
+            return importBy(textImportFilters[2]);
     }
 }
 
@@ -75,13 +95,10 @@ bool importsValue(const tagValueRec& value) {
 errorWord importValue(UIDRef story, std::int32_t start, std::int32_t count, const tagValueRec& value,
                       std::u32string_view text, bool& imported, std::uint16_t& cancel) {
     Document& document = *story.database;
-    const std::string bytes = utf32ToUtf8(text);
     std::int32_t length = 0;
     imported = value.extraction->isafile == 0;
-    if (imported) {
-        return document.importText(story.uid, start, count, {bytes, {}},
-                                   importFilterName(value.extraction->importFilter), length);
-    }
+    if (imported) return importFormattedValue(story, start, count, value, text, length);
+    const std::string bytes = utf32ToUtf8(text);
     std::string path;
     const errorWord error = findArticle(document, bytes, value, path, cancel);
     if (error != 0 || path.empty()) return error;

@@ -11,8 +11,12 @@
 
 namespace tarnova {
 
-/// The host's filter for a link's `importFilter`.
-[[nodiscard]] std::string_view importFilterName(std::int16_t importFilter);
+/// Imports a value, `text` its characters, in place of `count` characters, through the filter of its link: tagged text
+/// with its head, RTF, XPress Tags, the first filter that takes it, or plain text. `outLength` gets how many characters
+/// it is now. Errors: errImportFilter.
+[[nodiscard]] errorWord importFormattedValue(UIDRef story, std::int32_t start, std::int32_t count,
+                                             const tagValueRec& value, std::u32string_view text,
+                                             std::int32_t& outLength);
 
 /// Whether a value is imported: it was found, and its link has a filter or names files. Tests of lines show the path.
 [[nodiscard]] bool importsValue(const tagValueRec& value);

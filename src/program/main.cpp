@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "cli/console_alerts.h"
+#include "cli/import_text_verb.h"
 #include "cli/verb.h"
 #include "engine/session/session.h"
 #include "output/build_tables.h"
@@ -27,6 +28,7 @@ int runProgram(int argumentCount, char** arguments) {
     addDataVerb(app, context);
     addDdfVerb(app, context);
     addTagsVerb(app, context);
+    addImportTextVerb(app, context);
     addDescribeVerb(app, context);
     addExecVerb(app, context);
 

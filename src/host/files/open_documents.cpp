@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "document/error_utils.h"
+#include "host/files/import_text_filters.h"
 #include "host/files/layout_file.h"
 
 namespace tarnova {
@@ -60,6 +61,7 @@ DocumentModel& OpenDocuments::add(std::unique_ptr<DocumentModel> document, bool 
 }
 
 DocumentModel& OpenDocuments::insert(std::unique_ptr<DocumentModel> document, bool withWindow) {
+    addTextImportFilters();
     document->setComposer(composer);
     DocumentModel& added = *document;
     const auto behind = withWindow ? documents.end() : documents.begin();

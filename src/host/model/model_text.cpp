@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "engine/toolkit/files.h"
 #include "engine/toolkit/text_encoding.h"
 #include "host/model/limits.h"
 #include "host/model/model_document.h"
@@ -92,10 +91,6 @@ std::u32string ModelDocument::textRead(UID uid, std::int32_t start, std::int32_t
 }
 
 namespace {
-
-constexpr std::string_view plainTextFilter = textImportFilters[2];
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
-constexpr std::size_t importBytesLimit = std::size_t{1} << 28;
 
 /// True when the attribute's values are those that a layout file takes.
 bool canBeSaved(const TextAttribute& attribute) {
@@ -202,29 +197,6 @@ errorWord ModelDocument::attributeRemove(UID uid, std::int32_t start, std::int32
     changeRuns(*changeableText(uid)->content, start, count,
                [&](const RunAttributes& list) { return formats->attributes.without(list, attributeClass); });
     return 0;
-}
-
-errorWord ModelDocument::importText(UID uid, std::int32_t start, std::int32_t count, const textSourceRec& source,
-                                    std::string_view filter, std::int32_t& outLength) {
-    outLength = 0;
-    if (filter != plainTextFilter) return errImportFilter;
-    std::string fileBytes;
-    if (!source.filePath.empty() && fileReadWhole(source.filePath.c_str(), fileBytes, importBytesLimit, 0) != 0) {
-        return errImportFilter;
-    }
-    std::string_view bytes = source.filePath.empty() ? source.bytes : fileBytes;
-    if (bytes.starts_with(utf8Mark)) bytes.remove_prefix(utf8Mark.size());
-    if (!isUtf8(bytes)) return errImportFilter;
-    const std::int32_t before = totalLength(uid);
-    const errorWord error = textReplace(uid, start, count, utf8ToUtf32(bytes), false);
-    if (error == 0) outLength = count + totalLength(uid) - before;
-    return error;
-}
-
-std::string ModelDocument::importFilterFor(const std::string& filePath) const {
-    std::string bytes;
-    if (fileReadWhole(filePath.c_str(), bytes, importBytesLimit, 0) != 0 || !isUtf8(bytes)) return {};
-    return std::string(plainTextFilter);
 }
 
 std::vector<ownedItemRec> ModelDocument::ownedItems(UID uid, std::int32_t start, std::int32_t count) const {
