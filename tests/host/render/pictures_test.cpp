@@ -164,6 +164,24 @@ TEST_F(PlacedPictures, HiddenLayersOfAPageStayHidden) {
     EXPECT_EQ(shown.darkPixels(0, 150, 100, 200), 100 * 50);
 }
 
+TEST_F(PlacedPictures, EachIsReadAndDecodedOnceHoweverOftenItRecurs) {
+    std::vector<std::string> made;
+    for (const char* color : {"red", "green", "blue"})
+        made.push_back(make(std::string(color) + ".png", std::string("-size 20x10 xc:") + color));
+    const PictureLibrary::Counts before = PictureLibrary::shared().counts();
+    std::vector<PageKit> kits(30);
+    std::vector<const DisplayList*> pages;
+    for (std::size_t i = 0; i < kits.size(); ++i) {
+        kits[i].picture(made[i % 3], {0, 0, 20, 10}, frameOf({0, 0, 20, 10}));
+        pages.push_back(&kits[i].list);
+    }
+    writePdf(pages);
+    const PictureLibrary::Counts after = PictureLibrary::shared().counts();
+    EXPECT_EQ(after.decoded - before.decoded, 3u);
+    EXPECT_EQ(after.filesRead - before.filesRead, 3u);
+    EXPECT_EQ(countOf(fileBytes(path), "/Subtype/Image"), 3u);
+}
+
 /// Pages of which some are drawn in a fork: the fork is played by a second writer in the same state.
 TEST_F(PlacedPictures, ThoseOfPagesDrawnElsewhereGiveTheSameBytes) {
     const std::string first = make("first.png", "-size 20x20 xc:red"),
