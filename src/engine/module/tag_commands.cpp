@@ -92,8 +92,8 @@ std::int32_t changeKeysOf(UIDRef item, std::string_view key) {
 
 std::int32_t setFrameRecordKey(commandCall& call) {
     const auto frame = call.valueOr<UIDRef>(0, {});
-    if (!objectExists(frame)) return commandDocument;
-    if (frame.database->itemClass(frame.uid) == ItemClass::none) return noneFound;
+    if (frame.database == nullptr) return commandDocument;
+    if (!objectExists(frame)) return noneFound;
     return changeKeysOf(frame, std::to_string(call.valueOr<std::uint32_t>(1, 1)));
 }
 
