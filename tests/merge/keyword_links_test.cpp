@@ -48,6 +48,14 @@ class KeywordTest : public MergeTest {
         EXPECT_EQ(value.status, fetchFound);
         return {value.bytes.get(), value.length};
     }
+
+    /// What a merge of one record makes of a keyword.
+    std::string merged(std::string_view keyword) {
+        pstrFromView(link("A").dataFunction, sizeof(link("A").dataFunction), keyword);
+        useTemplate("{A}");
+        const std::vector<std::string> texts = merge();
+        return texts.size() == 1 ? texts[0] : "(no page)";
+    }
 };
 
 TEST_F(KeywordTest, TellsTheTime) {
@@ -62,13 +70,18 @@ TEST_F(KeywordTest, TellsTheTime) {
         {localSeconds(2026, 1, 1, 23, 59), {"11:59 PM", "1/1/2026", "January 1, 2026", "1", "1", "January", "26"}},
     };
     const char* const keywords[] = {"_TIME", "_DATE", "_DATE_LONG", "_DAY", "_MONTH", "_MONTH_NAME", "_YEAR"};
+    useData("A,B\n,x\n");
     for (const auto& expected : cases) {
         now = expected.seconds;
         for (std::size_t i = 0; i < std::size(keywords); ++i)
-            EXPECT_EQ(valueOf(keywords[i], {}), expected.texts[i]) << keywords[i];
+            EXPECT_EQ(merged(keywords[i]), expected.texts[i]) << keywords[i];
     }
-    EXPECT_EQ(valueOf("_YEAR_LONGER", {}), "2026");  // a keyword goes on as it likes
-    EXPECT_EQ(valueOf("_date", {}), "(none)");       // but not in another case
+    EXPECT_EQ(merged("_TIME_START"), "11:59 PM");
+    EXPECT_EQ(merged("_JOBS_TO_PROCESS"), "1");
+    EXPECT_EQ(merged("_PAGE_NAME"), "1");
+    EXPECT_EQ(merged("_PAGE_SET_PAGE_COUNT"), "1");
+    EXPECT_EQ(merged("_YEAR_LONGER"), "2026");  // a keyword goes on as it likes
+    EXPECT_EQ(valueOf("_date", {}), "(none)");  // but not in another case
     EXPECT_EQ(valueOf("_Custom", {}), "(none)");
     EXPECT_EQ(valueOf("_READ_2D_BARCODE_DATA", {}), "(none)");
 }

@@ -256,6 +256,7 @@ TEST_F(DriverRunTest, DataThatChangesInMidRunIsReadAnew) {
 }
 
 TEST_F(DriverRunTest, PagesAreFlaggedAndRemoved) {
+    pstrFromView(link("A").dataFunction, sizeof(Str31), "_PAGE_SET_PAGE_NUMBER");
     driver.onTick = [&](driverArgsRec&) {
         openCopy();
         ASSERT_EQ(build(4), 4U);
@@ -265,6 +266,7 @@ TEST_F(DriverRunTest, PagesAreFlaggedAndRemoved) {
         EXPECT_EQ(send(541, {&flagged, &bits}), 0);
         EXPECT_EQ(merge(1, 9), 8U);
         EXPECT_EQ(copy.database->pageCount(), 3) << "the marked page went behind the merge";
+        EXPECT_THAT(textsOf(*copy.database), ElementsAre("1;1.", "OMITTED(1);OMITTED(1).", "1;1."));
         EXPECT_EQ(pageMapAt(1)->pageFlags, 5);
         EXPECT_EQ(pageMapAt(3), nullptr);
         std::int32_t first = 0, many = 9;

@@ -138,21 +138,30 @@ TEST_F(RunTest, WithoutSteppingEveryPlaceShowsThePagesRecord) {
 }
 
 TEST_F(RunTest, ARecordListGivesItsRecordsAndPads) {
-    useRecords(9, true);
-    usePlaces(2);
-    pstrFromView(appPrefs().textDefaults.stackPad.string, sizeof(Str255), "pad");
-    beginJob(document->ref());
-    session().recordList = {1, recordListPad, 4, 7, 99};
-    session().rangeFirst = 1;
-    session().rangeLast = 5;
-    session().stepBy = 0;
-    ASSERT_EQ(fitRangeToData(9, 0), 0);
-    EXPECT_EQ(session().totalRecords, 4U);
-    session().skipFirst = 1;
-    session().recordPassMode = passModeStep;
-    ASSERT_EQ(startScriptedRun(mergeRunBuildDocument, 0), 0);
-    push();
-    EXPECT_THAT(textsOf(*document), ElementsAre("r2;pad.", "r5;r8."));
+    const struct {
+        const char* keyword;  // in place of the field
+        std::vector<std::string> texts;
+    } rows[] = {{"", {"r2;pad.", "r5;r8."}},
+                {"_RECORD_NUMBER", {"2;[Stack Pad].", "5;8."}},
+                {"_CONSECUTIVE_NUMBER", {"0;[Stack Pad].", "3;6."}}};
+    for (const auto& row : rows) {
+        useRecords(9, true);
+        pstrFromView(link("A").dataFunction, sizeof(Str31), row.keyword);
+        usePlaces(2);
+        pstrFromView(appPrefs().textDefaults.stackPad.string, sizeof(Str255), "pad");
+        beginJob(document->ref());
+        session().recordList = {1, recordListPad, 4, 7, 99};
+        session().rangeFirst = 1;
+        session().rangeLast = 5;
+        session().stepBy = 0;
+        ASSERT_EQ(fitRangeToData(9, 0), 0);
+        EXPECT_EQ(session().totalRecords, 4U);
+        session().skipFirst = 1;
+        session().recordPassMode = passModeStep;
+        ASSERT_EQ(startScriptedRun(mergeRunBuildDocument, 0), 0);
+        push();
+        EXPECT_THAT(textsOf(*document), testing::ElementsAreArray(row.texts)) << row.keyword;
+    }
 }
 
 TEST_F(RunTest, StartsThatAreRefusedLeaveTheSessionIdle) {
