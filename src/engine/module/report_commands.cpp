@@ -97,6 +97,11 @@ std::int32_t getAssetEntry(commandCall& call) {
     return commandDone;
 }
 
+/// No rule is worked out while no module does it.
+std::int32_t getRuleContext(commandCall&) {
+    return commandRunState;
+}
+
 std::int32_t getSourcePath(commandCall& call) {
     const Document* const document = session().runDocument.database;
     if (document == nullptr && session().sourceFile.empty()) return commandRunState;
@@ -263,7 +268,8 @@ constexpr commandRow rows[] = {
     {612, "kKelvaneCmdWriteTagsReport", any, second, nullptr, tagsReportArgs, "JSON of a document's rules and links."},
     {1277, "kKelvaneCmdGetSourcePath", any, second, getSourcePath, sourcePathArgs, "Path of the run's document."},
     {1296, "kKelvaneCmdGetWorkingCopy", any, second, getWorkingCopy, workingCopyArgs, "The working copy of a run."},
-    {566, "kKelvaneCmdGetRuleContext", price, second, nullptr, ruleContextArgs, "Values of a rule's evaluation."},
+    {566, "kKelvaneCmdGetRuleContext", price, second, getRuleContext, ruleContextArgs,
+     "Values of the evaluation of a rule that is under way."},
     {1241, "kKelvaneCmdGetPreflightAsset", merge, second, nullptr, preflightAssetArgs, "An asset of a preflight."},
     {1293, "kKelvaneCmdGetRunPosition", merge, second, getRunPosition, positionArgs,
      "Positions of a run through its record list."},

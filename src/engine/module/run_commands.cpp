@@ -131,6 +131,17 @@ std::int32_t beginPriceRun(commandCall&) {
     return commandDone;
 }
 
+std::int32_t processSelection(commandCall&) {
+    if (priceRunIsOn() || runIsActive()) return commandRunState;
+    const DocumentHost* const host = session().documentHost;
+    const UIDRef document = frontDocument();
+    if (host == nullptr || document.database == nullptr) return commandDocument;
+    std::uint16_t cancel = 0;
+    const errorWord error = priceSelection(document, host->selection(document), cancel, 0);
+    if (error != 0) return failWith(error, commandFailed);
+    return cancel == 0 ? commandDone : commandFailed;
+}
+
 std::int32_t getPriceRunStatus(commandCall& call) {
     const std::int32_t status = getRunStatus(call);
     call.put(2, priceRunIsOn() ? armedRunning : armedNot);
@@ -205,7 +216,7 @@ constexpr commandRow rows[] = {
      beginPriceRun,
      {},
      "Starts a price run: the texts of the document are filled by their keys at the next idle call."},
-    {1273, "kKelvaneCmdProcessSelection", price, second, nullptr, {}, "Merges prices into the selection."},
+    {1273, "kKelvaneCmdProcessSelection", price, second, processSelection, {}, "Merges prices into the selection."},
     {567, "kKelvaneCmdGetPriceRunStatus", price, second, getPriceRunStatus, statusArgs, "How far a price run is."},
     {1206, "kKelvaneCmdGetRunStatus", merge, second, getRunStatus, statusArgs, "How far a run is."},
 };

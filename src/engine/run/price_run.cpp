@@ -105,14 +105,13 @@ void priceFrames(UIDRef document, std::uint16_t& cancel) {
 }
 
 /// Links that need the finished layout wait for the second round.
-void priceRounds(UIDRef document, std::uint16_t& cancel) {
+template <typename Merge>
+void inTwoRounds(const std::uint16_t& cancel, Merge merge) {
     auto& run = session();
     run.deferredLinkCount = 0;
     for (run.secondRound = 0; run.secondRound < 2; ++run.secondRound) {
         if (run.secondRound == 1 && run.deferredLinkCount == 0) break;
-        inPassOrder(
-            appPrefs().linkKinds, cancel, [&] { priceFrames(document, cancel); },
-            [&] { priceTexts(document, cancel); });
+        merge();
         if (cancel != 0 || run.engineError != 0) break;
     }
     run.secondRound = 0;
@@ -140,6 +139,58 @@ errorWord messageOfStatus(std::int16_t status) {
 void summarize() {
     const linkCountsRec& counts = linkReport().counts;
     priceSummary() = {counts.lowestStatus, counts.lowestText, messageOfStatus(counts.lowestStatus)};
+}
+
+/// Does `merge` in price mode, in two rounds and as one step of undo with the name, and sums up.
+template <typename Merge>
+errorWord priceAsOneStep(UIDRef document, const char* nameKey, const std::uint16_t& cancel, Merge merge) {
+    priceSummary() = {};
+    const PriceScope scope(document);
+    errorWord error = openPriceData();
+    if (error != 0) return error;
+    if (document.database->BeginCommandSequence(PMString::ofKey(nameKey).view()) != 0) {
+        reportErrorKey("kZavoErrorMergeSequenceFailed");
+        return errFailed;
+    }
+    inTwoRounds(cancel, merge);
+    document.database->EndCommandSequence();
+    error = session().engineError;
+    summarize();
+    if (error != 0) return error;
+    noteUsedFonts(*document.database);
+    document.database->composeDocument();
+    return 0;
+}
+
+PMString progressText(const char* key) {
+    return appPrefs().showProgress != 0 ? PMString::ofKey(key) : PMString{};
+}
+
+void priceTextRange(UIDRef story, textSpanRec range, std::uint16_t& cancel) {
+    std::uint16_t changed = 0;
+    ZavoPullStoryCallback texts(progressText("kZavoProcessingTextSelectionMessageStringKey"), &changed);
+    if (texts.GetInitError() != 0) {
+        cancel |= 1;
+        return;
+    }
+    std::int32_t start = range.start, length = range.length;
+    texts.SetTotal(length);
+    texts.Process(story, start, length, kInvalidUIDRef, &cancel);
+}
+
+void priceItems(Document& document, const std::vector<UID>& items, std::uint16_t& cancel) {
+    std::uint16_t changed = 0;
+    ZavoPullFrameCallback frames(progressText("kZavoProcessingFrameSelectionMessageStringKey"), FrameScope::both,
+                                 nullptr);
+    ZavoPullStoryCallback texts(PMString{}, &changed);
+    if (texts.GetInitError() != 0 || frames.GetInitError() != 0) {
+        cancel |= 1;
+        return;
+    }
+    for (const UID item : items) {
+        if (cancel == 0 && document.itemClass(item) != ItemClass::none)
+            processItem({&document, item}, &frames, &texts, &cancel);
+    }
 }
 
 void clearPriceRun() {
@@ -193,25 +244,29 @@ errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel,
     done = false;
     if (priorError != 0) return priorError;
     if (document.database == nullptr) return openedFile ? errNoDocumentOpen : errNoDocument;
-    priceSummary() = {};
-    auto& run = session();
-    const PriceScope scope(document);
-    errorWord error = openPriceData();
-    if (error != 0) return error;
-    const PMString name = PMString::ofKey("kZavoPriceDocumentStringKey");
-    if (document.database->BeginCommandSequence(name.view()) != 0) {
-        reportErrorKey("kZavoErrorMergeSequenceFailed");
-        return errFailed;
-    }
-    priceRounds(document, cancel);
-    document.database->EndCommandSequence();
-    error = run.engineError;
-    summarize();
+    const errorWord error = priceAsOneStep(document, "kZavoPriceDocumentStringKey", cancel, [&] {
+        inPassOrder(
+            appPrefs().linkKinds, cancel, [&] { priceFrames(document, cancel); },
+            [&] { priceTexts(document, cancel); });
+    });
     done = error == 0 && cancel == 0 && priceSummary().status >= 0;
-    if (error != 0) return error;
-    noteUsedFonts(*document.database);
-    document.database->composeDocument();
-    return 0;
+    return error;
+}
+
+errorWord priceSelection(UIDRef document, const selectionRec& selection, std::uint16_t& cancel, errorWord priorError) {
+    if (priorError != 0) return priorError;
+    if (!startPriceRun(document)) return errNoDocument;
+    const errorWord error = priceAsOneStep(document, "kZavoPriceRangeStringKey", cancel, [&] {
+        if (selection.story != kInvalidUID) {
+            priceTextRange({document.database, selection.story}, selection.range, cancel);
+        } else {
+            priceItems(*document.database, selection.items, cancel);
+        }
+    });
+    dataSourceCloseAll();
+    session().ruleRefusedLink = 0;
+    session().runDocument = kInvalidUIDRef;
+    return error;
 }
 
 }  // namespace tarnova

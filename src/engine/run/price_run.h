@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "document/document_host.h"
 #include "document/uid.h"
 #include "engine/toolkit/types.h"
 
@@ -30,5 +31,10 @@ struct priceSummaryRec {
 /// came to its end and no link failed. With `openedFile` an empty `document` is a file that couldn't be opened.
 [[nodiscard]] errorWord priceDocument(UIDRef document, bool openedFile, std::uint16_t& cancel, bool& done,
                                       errorWord priorError);
+
+/// Merges what is selected in a document, a range of a text or page items with what they hold, in price mode and as one
+/// step of undo.
+[[nodiscard]] errorWord priceSelection(UIDRef document, const selectionRec& selection, std::uint16_t& cancel,
+                                       errorWord priorError);
 
 }  // namespace tarnova

@@ -257,6 +257,21 @@ TEST_F(RunTest, APriceRunFillsEachLinkByItsKey) {
     ASSERT_TRUE(document->undoNamedStep(PMString::ofKey("kZavoPriceDocumentStringKey").view()));
     EXPECT_THAT(textsOf(*document), ElementsAre("B B B."));
 
+    selectionRec selection;
+    std::uint16_t cancel = 0;
+    selection.story = document->stories()[0];
+    selection.range = {2, 1};
+    EXPECT_EQ(priceSelection(document->ref(), selection, cancel, 0), 0);
+    EXPECT_THAT(textsOf(*document), ElementsAre("B one B."));
+    ASSERT_TRUE(document->undoNamedStep(PMString::ofKey("kZavoPriceRangeStringKey").view()));
+    EXPECT_EQ(priceSelection(document->ref(), {}, cancel, 0), 0);
+    EXPECT_THAT(textsOf(*document), ElementsAre("B B B.")) << "nothing is selected";
+    selection.items = document->framesOfStory(selection.story);
+    selection.story = kInvalidUID;
+    EXPECT_EQ(priceSelection(document->ref(), selection, cancel, 0), 0);
+    EXPECT_THAT(textsOf(*document), ElementsAre("two one two."));
+    EXPECT_EQ(cancel + session().inRun, 0);
+
     session().priceStart = 1;
     idleStep();
     EXPECT_EQ(session().engineError, errNoDocument) << "nothing is armed and nothing is in front";
