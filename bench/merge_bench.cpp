@@ -57,6 +57,7 @@ class NoComposer final : public Composer {
     };
 
  public:
+    bool hasFont(const std::string&, const std::string&) const override { return true; }
     std::shared_ptr<const StoryLayout> compose(const DocumentModel&, const Story&, std::int32_t,
                                                const StoryPageTexts&) override {
         return layout;

@@ -33,6 +33,14 @@ std::size_t bytesOfPixels(const ByteReader& file, const RasterInfo& raster) {
     return (raster.width * bits + 31) / 32 * 4 * raster.height;
 }
 
+/// The table of colours stands between the header and the pixels. Its reader believes any number of them.
+void checkColors(const ByteReader& file) {
+    const std::uint32_t header = file.u32(14);
+    if (header == coreHeaderBytes) return;
+    const std::uint64_t colors = file.u32(46);
+    if (14 + header + colors * 4 > file.u32(10)) throw PictureFault("The table of colours of the BMP file is damaged.");
+}
+
 }  // namespace
 
 bool isBmp(std::string_view bytes) {
@@ -54,6 +62,7 @@ void readBmp(std::string_view bytes, const PageChoice&, PictureInfo& out) {
         raster.yPerInch = file.u32(42) * metresPerInch;
     }
     checkPixels(raster.width, raster.height);
+    checkColors(file);
     (void)file.span(file.u32(10), bytesOfPixels(file, raster));
 }
 
