@@ -46,11 +46,14 @@ double cpuSeconds() {
     return secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
 }
 
-costRec bestOf(int runs, const std::vector<std::string>& arguments, const std::string& folder) {
-    costRec best = runProgram(arguments, folder);
-    for (int i = 1; i < runs && best.ran; ++i) {
+costRec bestOf(int runs, const std::vector<std::string>& arguments, const std::string& folder,
+               const std::function<void()>& before) {
+    costRec best;
+    for (int i = 0; i < runs; ++i) {
+        if (before) before();
         const costRec next = runProgram(arguments, folder);
-        if (next.ran && next.cpuSeconds < best.cpuSeconds) best = next;
+        if (!next.ran) return next;
+        if (i == 0 || next.cpuSeconds < best.cpuSeconds) best = next;
     }
     return best;
 }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct costRec {
 [[nodiscard]] costRec runProgram(const std::vector<std::string>& arguments, const std::string& folder);
 
 /// The best of several runs by CPU time: what the work costs when nothing else disturbs it.
-[[nodiscard]] costRec bestOf(int runs, const std::vector<std::string>& arguments, const std::string& folder);
+[[nodiscard]] costRec bestOf(int runs, const std::vector<std::string>& arguments, const std::string& folder,
+                             const std::function<void()>& before = {});
 
 }  // namespace tarnova::bench
