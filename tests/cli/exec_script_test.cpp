@@ -38,6 +38,7 @@ constexpr const char* cardLayout = R"({"tarnovaLayout": 1, "uid": 1, "pageSize":
 constexpr const char* twiceLayout = R"({"tarnovaLayout": 1, "pages": [{"items": [
     {"bounds": [10, 10, 190, 90], "text": "{{City}}"},
     {"bounds": [0, 0, 9, 9], "data": {"kelvane": "AAAADAAAAAEAAAAEYXFtRwAAAAA="}},
+    {"bounds": [60, 10, 20, 20], "picture": {"file": "none.png"}},
     {"bounds": [0, 9, 9, 9], "data": {"kelvane": "AAAADAAAAAEAAAAEYXFtRwAAAAA="}}]}]})";
 
 class ExecScript : public ProgramTest {

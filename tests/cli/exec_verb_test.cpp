@@ -192,7 +192,7 @@ TEST_F(ExecVerb, StartsAndListsAndSaysWhyNot) {
     const outcomeRec list = run("exec --commands");
     EXPECT_EQ(list.status, 0);
     EXPECT_NE(list.output.find("1205  kKelvaneCmdSetRunOptions  merge mode\n"), std::string::npos);
-    EXPECT_NE(list.output.find("1273  kKelvaneCmdProcessSelection  price mode  not yet available\n"), std::string::npos);
+    EXPECT_NE(list.output.find("1240  kKelvaneCmdRunPreflight  merge mode  not yet available\n"), std::string::npos);
     EXPECT_EQ(run("exec missing").status, 1);
     EXPECT_EQ(run("exec --home data </dev/null").output, "");
     EXPECT_EQ(read("data/Tarnova/Config/Ostreon Tag Display.prf").size(), 30612U);

@@ -10,6 +10,7 @@
 #include "engine/module/front_document.h"
 #include "engine/session/session.h"
 #include "merge/placed_pictures.h"
+#include "reports/document_analysis.h"
 
 namespace tarnova {
 
@@ -94,6 +95,31 @@ std::int32_t getAssetEntry(commandCall& call) {
     if (index >= list.size()) return commandAssetIndex;
     for (unsigned i = 0; i < assetTextCount; ++i)
         call.putString(1 + i, list[index][i].view());
+    return commandDone;
+}
+
+std::int32_t analyse(commandCall& call) {
+    const UIDRef document = documentOrFront(call, 0);
+    if (document.database == nullptr) return commandDocument;
+    documentAnalysisRec found;
+    const errorWord error = analyseDocument(document, found, 0);
+    if (error != 0) return failWith(error, commandFailed);
+    std::vector<PMString> fonts, pictures, missing;
+    std::vector<std::int32_t> fontFlags;
+    for (const usedFontRec& font : found.fonts) {
+        fonts.emplace_back(font.family + " " + font.style);
+        fontFlags.push_back(font.isMissing ? 1 : 0);
+    }
+    for (const std::string& path : found.pictures)
+        pictures.emplace_back(path);
+    for (const std::string& path : found.missingPictures)
+        missing.emplace_back(path);
+    call.put(1, static_cast<std::uint32_t>(found.pages));
+    call.put(2, found.problems);
+    call.put(3, fonts);
+    call.put(4, fontFlags);
+    call.put(5, pictures);
+    call.put(6, missing);
     return commandDone;
 }
 
@@ -228,9 +254,12 @@ constexpr commandArgument placedArgs[] = {
     itemOut(5, numbers, "scale of the picture across and down, its offset from the frame's corner across and down"),
 };
 constexpr commandArgument analyseArgs[] = {
-    itemIn(0, uidRef, "the document"),       itemOut(1, u32, "pages"),
-    itemOut(2, u32, "resource errors"),      itemOut(3, strings, "fonts"),
-    itemOut(4, numbers, "their flags"),      itemOut(5, strings, "pictures"),
+    itemIn(0, uidRef, "the document; the one in front when not given"),
+    itemOut(1, u32, "pages"),
+    itemOut(2, u32, "missing or outdated pictures, missing fonts, overset texts"),
+    itemOut(3, strings, "fonts, by family and style"),
+    itemOut(4, numbers, "their flags: 1 when another one stands in for it"),
+    itemOut(5, strings, "pictures"),
     itemOut(6, strings, "missing pictures"),
 };
 constexpr commandArgument sourcePathArgs[] = {itemOut(0, string, "path of the run's document")};
@@ -263,8 +292,10 @@ constexpr commandRow rows[] = {
      "Notes a signature once; 1 when the 40 places are taken."},
     {575, "kKelvaneCmdGetPlacedPicture", any, second, getPlacedPicture, placedArgs,
      "What the run placed in a frame, or in the one that it shows again."},
-    {1220, "kKelvaneCmdAnalyseDocument", merge, second, nullptr, analyseArgs, "Pages, fonts, pictures of a document."},
-    {1264, "kKelvaneCmdAnalyseDocument", price, second, nullptr, analyseArgs, "Pages, fonts, pictures of a document."},
+    {1220, "kKelvaneCmdAnalyseDocument", merge, second, analyse, analyseArgs,
+     "Updates linked files and lists pages, fonts and pictures of a document."},
+    {1264, "kKelvaneCmdAnalyseDocument", price, second, analyse, analyseArgs,
+     "Updates linked files and lists pages, fonts and pictures of a document."},
     {612, "kKelvaneCmdWriteTagsReport", any, second, nullptr, tagsReportArgs, "JSON of a document's rules and links."},
     {1277, "kKelvaneCmdGetSourcePath", any, second, getSourcePath, sourcePathArgs, "Path of the run's document."},
     {1296, "kKelvaneCmdGetWorkingCopy", any, second, getWorkingCopy, workingCopyArgs, "The working copy of a run."},
