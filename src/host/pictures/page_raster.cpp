@@ -1,10 +1,10 @@
 #include "host/pictures/page_raster.h"
 
 #include <cairo.h>
-#include <poppler.h>
 
 #include <algorithm>
 
+#include "host/pictures/poppler_library.h"
 #include "host/pictures/surface_samples.h"
 
 namespace tarnova {
@@ -31,28 +31,29 @@ struct OpenPage {
 /// The page is null when the file can't be read. The bytes have to outlive it.
 OpenPage openPage(std::string_view pdf, std::int32_t index) {
     OpenPage out;
+    if (!popplerIsInstalled()) return out;
     GBytes* bytes = g_bytes_new_static(pdf.data(), pdf.size());
-    out.document.reset(poppler_document_new_from_bytes(bytes, nullptr, nullptr));
+    out.document.reset(poppler().document_new_from_bytes(bytes, nullptr, nullptr));
     g_bytes_unref(bytes);
-    if (out.document != nullptr) out.page.reset(poppler_document_get_page(out.document.get(), index));
+    if (out.document != nullptr) out.page.reset(poppler().document_get_page(out.document.get(), index));
     return out;
 }
 
 void showLayers(PopplerLayersIter* layers) {
     if (layers == nullptr) return;
     do {
-        const Owned<PopplerLayer> layer(poppler_layers_iter_get_layer(layers));
-        if (layer != nullptr) poppler_layer_show(layer.get());
-        PopplerLayersIter* inner = poppler_layers_iter_get_child(layers);
+        const Owned<PopplerLayer> layer(poppler().layers_iter_get_layer(layers));
+        if (layer != nullptr) poppler().layer_show(layer.get());
+        PopplerLayersIter* inner = poppler().layers_iter_get_child(layers);
         showLayers(inner);
-        if (inner != nullptr) poppler_layers_iter_free(inner);
-    } while (poppler_layers_iter_next(layers) != 0);
+        if (inner != nullptr) poppler().layers_iter_free(inner);
+    } while (poppler().layers_iter_next(layers) != 0);
 }
 
 void showAllLayers(PopplerDocument* document) {
-    PopplerLayersIter* layers = poppler_layers_iter_new(document);
+    PopplerLayersIter* layers = poppler().layers_iter_new(document);
     showLayers(layers);
-    if (layers != nullptr) poppler_layers_iter_free(layers);
+    if (layers != nullptr) poppler().layers_iter_free(layers);
 }
 
 }  // namespace
@@ -76,7 +77,7 @@ std::shared_ptr<const PictureSamples> drawPage(const Picture& picture, std::uint
     // box.
     PictureInfo whole = picture.info();
     PopplerRectangle cropBox{};
-    poppler_page_get_crop_box(open.page.get(), &cropBox);
+    poppler().page_get_crop_box(open.page.get(), &cropBox);
     whole.page.box = {cropBox.x1, cropBox.y1, cropBox.x2, cropBox.y2};
     whole.page.userUnit = 1;
     const std::optional<PMMatrix> toUser = pageMatrixOf(whole).inverse();
@@ -84,7 +85,7 @@ std::shared_ptr<const PictureSamples> drawPage(const Picture& picture, std::uint
     const PMMatrix m = toUser->then(picture.pageMatrix());
     const cairo_matrix_t matrix{m.a, m.b, m.c, m.d, m.tx, m.ty};
     cairo_transform(context.get(), &matrix);
-    poppler_page_render(open.page.get(), context.get());
+    poppler().page_render(open.page.get(), context.get());
     if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
     return std::make_shared<const PictureSamples>(samplesOfSurface(surface.get()));
 }
@@ -95,10 +96,10 @@ PMRect paintedBounds(std::string_view pdf, std::int32_t page, bool onAllLayers) 
     if (onAllLayers) showAllLayers(open.document.get());
     const Surface surface(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
     const Context context(cairo_create(surface.get()));
-    poppler_page_render(open.page.get(), context.get());
+    poppler().page_render(open.page.get(), context.get());
     double x = 0, y = 0, width = 0, height = 0, pageWidth = 0, pageHeight = 0;
     cairo_recording_surface_ink_extents(surface.get(), &x, &y, &width, &height);
-    poppler_page_get_size(open.page.get(), &pageWidth, &pageHeight);
+    poppler().page_get_size(open.page.get(), &pageWidth, &pageHeight);
     const PMRect out{std::max(x, 0.0), std::max(y, 0.0), std::min(x + width, pageWidth),
                      std::min(y + height, pageHeight)};
     return out.width() > 0 && out.height() > 0 ? out : PMRect{};

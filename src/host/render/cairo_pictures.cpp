@@ -1,12 +1,12 @@
 #include "host/render/cairo_pictures.h"
 
 #include <fmt/format.h>
-#include <poppler.h>
 
 #include <list>
 #include <memory>
 #include <string>
 
+#include "host/pictures/poppler_library.h"
 #include "host/render/pdf_placed_pages.h"
 #include "host/render/raster_surface.h"
 
@@ -63,17 +63,18 @@ void readyRaster(const Picture& picture, ReadyPicture& ready) {
 }
 
 void openPage(ReadyPicture& ready, std::int32_t page) {
+    if (!popplerIsInstalled()) return;
     GBytes* const bytes = g_bytes_new_static(ready.pdf->data(), ready.pdf->size());
     ready.page.reset();
-    ready.document.reset(poppler_document_new_from_bytes(bytes, nullptr, nullptr));
+    ready.document.reset(poppler().document_new_from_bytes(bytes, nullptr, nullptr));
     g_bytes_unref(bytes);
-    if (ready.document != nullptr) ready.page.reset(poppler_document_get_page(ready.document.get(), page));
+    if (ready.document != nullptr) ready.page.reset(poppler().document_get_page(ready.document.get(), page));
 }
 
 bool showsBox(PopplerPage* page, const PMRect& box) {
     constexpr double rounding = 0.01;
     PopplerRectangle crop;
-    poppler_page_get_crop_box(page, &crop);
+    poppler().page_get_crop_box(page, &crop);
     return std::abs(crop.x1 - box.left) < rounding && std::abs(crop.y1 - box.top) < rounding &&
            std::abs(crop.x2 - box.right) < rounding && std::abs(crop.y2 - box.bottom) < rounding;
 }
@@ -140,10 +141,10 @@ void drawPage(cairo_t* context, const Picture& picture, PopplerPage* page) {
         cairo_paint(context);
     }
     double width = 0, height = 0;
-    poppler_page_get_size(page, &width, &height);
+    poppler().page_get_size(page, &width, &height);
     if (!(width > 0 && height > 0)) return;
     cairo_scale(context, size.x / width, size.y / height);
-    poppler_page_render_for_printing_with_options(page, context, POPPLER_PRINT_DOCUMENT);
+    poppler().page_render_for_printing_with_options(page, context, POPPLER_PRINT_DOCUMENT);
 }
 
 }  // namespace
